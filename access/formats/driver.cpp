@@ -1,0 +1,90 @@
+#include "access/formats/driver.h"
+
+namespace velnor {
+namespace {
+
+[[noreturn]] void notSupported(const char* what)
+{
+    throw EngineError(EngineErrorNumber::NotSupported,
+                      std::string("This kind of file has no such operation: ") + what + ".");
+}
+
+}  // namespace
+
+ValueKind valueKindOf(FieldType type)
+{
+    switch (type) {
+    case FieldType::None:
+        return ValueKind::Null;
+    case FieldType::Boolean:
+        return ValueKind::Boolean;
+    case FieldType::Byte:
+    case FieldType::Integer:
+    case FieldType::Long:
+    case FieldType::BigInt:
+        return ValueKind::Integer;
+    case FieldType::Currency:
+        return ValueKind::Currency;
+    case FieldType::Single:
+    case FieldType::Double:
+    case FieldType::Float:
+        return ValueKind::Real;
+    case FieldType::Date:
+    case FieldType::Time:
+    case FieldType::TimeStamp:
+        return ValueKind::Date;
+    case FieldType::Numeric:
+    case FieldType::Decimal:
+        return ValueKind::Decimal;
+    case FieldType::Text:
+    case FieldType::Memo:
+    case FieldType::Char:
+    case FieldType::Guid:
+        return ValueKind::Text;
+    case FieldType::Binary:
+    case FieldType::VarBinary:
+    case FieldType::LongBinary:
+        return ValueKind::Bytes;
+    }
+    return ValueKind::Null;
+}
+
+bool RowCursor::moveToOrdinal(std::int64_t n)
+{
+    if (n < 0 || !first())
+        return false;
+    while (n-- > 0)
+        if (!next())
+            return false;
+    return true;
+}
+
+std::int64_t RowCursor::ordinal()
+{
+    const RowId here = row();
+    std::int64_t n = 0;
+    for (bool there = first(); there && row() != here; there = next())
+        ++n;
+    return n;
+}
+
+bool RowCursor::seek(Comparison, std::span<const ValueView>)
+{
+    throw EngineError(EngineErrorNumber::NoCurrentIndex, "Seek needs an index.");
+}
+
+void Store::createTable(const TableLayout&) { notSupported("create a table"); }
+void Store::dropTable(std::string_view) { notSupported("delete a table"); }
+void Store::addField(std::string_view, const FieldDef&) { notSupported("add a field"); }
+void Store::dropField(std::string_view, std::string_view) { notSupported("delete a field"); }
+void Store::addIndex(std::string_view, const IndexDef&) { notSupported("add an index"); }
+void Store::dropIndex(std::string_view, std::string_view) { notSupported("delete an index"); }
+
+void Driver::create(FileSystem&, const CreateRequest&) const { notSupported("create a file"); }
+void Driver::compact(FileSystem&, const OpenRequest&, const CreateRequest&) const
+{
+    notSupported("compact");
+}
+void Driver::repair(FileSystem&, const OpenRequest&) const { notSupported("repair"); }
+
+}  // namespace velnor

@@ -1,0 +1,23 @@
+// core/upcalls.h - calls from a lower room to a later one, filled in by app/.
+#pragma once
+
+#include <functional>
+
+#include <QString>
+
+namespace velnor {
+
+struct Upcalls {
+    std::function<void(const QString& path)> DisplayFile = [](const QString&) {};
+    std::function<void()> LoadGroupList = [] {};
+    std::function<void(const QString& path)> OpenwithOLE = [](const QString&) {};
+    /// Copies a file as the user names it; the backup before a copy (Save As).
+    std::function<void(const QString& path)> SaveFileAs = [](const QString&) {};
+    std::function<void()> WriteCopyLog = [] {};
+    std::function<void()> EnableSelectMenus = [] {};
+};
+
+Upcalls& upcalls();
+void resetUpcalls();
+
+}  // namespace velnor
