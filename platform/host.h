@@ -19,9 +19,10 @@ struct Host {
     std::string currentFolder;  ///< "C:\...", the process's folder as the program sees it
 };
 
-/// The host in force. main() sets the real one; tests set theirs and put the old one back.
+/// The host in force: the machine with "C:" on its root and no desktop, until another is set. main() sets
+/// the real one; tests set theirs and put the old one back.
 Host& host();
-void setHost(Host* replacement);
+void setHost(Host* replacement);  ///< null: the first one again
 
 /// Opens paths of HostPaths with the system's calls.
 std::unique_ptr<FileSystem> makeLinuxFileSystem(const HostPaths& paths);
