@@ -1,0 +1,156 @@
+// access/formats/jet/jet_index.h - one index tree: search, walk, insert, erase, build.
+//
+// Entries are key bytes and the place of the record; they stand in the order of their bytes, key
+// first. The same key may stand several times with different places. A tree keeps its root page for
+// life. Wrong pages, loops and broken chains give 3197, never a hang: every walk is counted by the
+// file's pages.
+//
+// An index has one IndexTree object while its file is open; all cursors and writers share it, so
+// that a walker knows when the tree changed under it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "access/formats/jet/index_page.h"
+#include "access/formats/jet/page_space.h"
+
+namespace velnor::jet {
+
+using KeyView = std::span<const std::uint8_t>;
+
+/// One entry; the key lies in the walker or the source that gave it and dies with its next step.
+struct IndexEntry {
+    KeyView key;
+    RowPointer row;
+};
+
+/// Gives entries in ascending order, one a call; nothing at the end.
+using EntrySource = std::function<std::optional<IndexEntry>()>;
+
+class IndexTree {
+public:
+    /// `map` owns the pages of the tree; it may be null for a tree that is only read.
+    IndexTree(PageSpace& space, PageMap* map, std::uint32_t root, std::uint32_t owner);
+    IndexTree(const IndexTree&) = delete;
+    IndexTree& operator=(const IndexTree&) = delete;
+
+    std::uint32_t root() const { return root_; }
+    std::uint32_t owner() const { return owner_; }
+
+    /// Makes the root page, which is allocated and in the map already, an empty leaf.
+    void clearRoot();
+
+    /// The first record under exactly this key; nothing when there is none.
+    std::optional<RowPointer> find(KeyView key);
+    /// A record other than `self` under exactly this key: what makes a unique index refuse.
+    /// (The caller leaves keys of which all columns are Null alone: they may repeat.)
+    std::optional<RowPointer> otherWithKey(KeyView key, RowPointer self);
+
+    /// Adds an entry; false when this very entry stands there already. All or nothing: pages that a
+    /// split needs are taken before anything is changed.
+    bool insert(KeyView key, RowPointer row);
+    /// Removes an entry; false when it is not there.
+    bool erase(KeyView key, RowPointer row);
+
+    /// Replaces the whole tree by these entries, filling its pages left to right. Returns how many
+    /// entries there were. 3001 when they do not ascend.
+    std::uint64_t build(const EntrySource& entries);
+    /// Adds many sorted entries: one by one, or when they are many beside those that stand, by a
+    /// build of both together. Returns how many were new.
+    std::uint64_t merge(std::uint64_t count, const EntrySource& entries);
+
+    /// Gives all pages but the root back and makes the root an empty leaf.
+    void clear();
+    /// Gives every page back, the root too (an index or its table is dropped).
+    void release();
+
+    /// Counts changes: a walker that saw another number looks its place up again.
+    std::uint64_t version() const { return version_; }
+    /// To be called when pages were changed behind the tree's back (rollback).
+    void invalidate() { ++version_; }
+
+    /// Every page of the tree, parents before children. 3197 when it is damaged.
+    std::vector<std::uint32_t> pages();
+
+private:
+    friend class IndexWalker;
+    friend class IndexBuilder;
+    struct Step {
+        std::uint32_t page = 0;
+        int child = 0;  // entry whose child was taken; the number of entries: the tail
+    };
+    static constexpr int kMaxDepth = 12;
+
+    PageRef load(std::uint32_t number, IndexPageView& view);
+    /// Goes down to the leaf where an entry stands or would stand; path_ is the nodes passed.
+    PageRef descend(KeyView entry, IndexPageView& leaf);
+    void insertInto(int level, std::uint32_t page, KeyView entry);
+    void split(int level, std::uint32_t page, IndexPageContent& content, int added);
+    void growRoot(IndexPageContent& left, IndexPageContent& right);
+    void takeReserve(std::size_t entrySize);
+    void returnReserve();
+    std::uint32_t takePage();
+    void freePage(std::uint32_t page);
+    void removeEmpty(int level, std::uint32_t page);
+    void link(std::uint32_t left, std::uint32_t right);
+
+    PageSpace& space_;
+    PageMap* map_;
+    std::uint32_t root_;
+    std::uint32_t owner_;
+    const JetFormat& format_;
+    std::uint64_t version_ = 0;
+    std::vector<Step> path_;
+    std::vector<std::uint32_t> reserve_;
+    std::vector<std::uint8_t> entry_;  // key and place of the entry in hand
+    IndexPageContent content_;         // the page being rebuilt
+};
+
+/// A place in an index. Stays right when the tree changes: the next step looks its place up again.
+class IndexWalker {
+public:
+    explicit IndexWalker(IndexTree& tree);
+
+    // Each returns whether it stands on an entry now.
+    bool first();
+    bool last();
+    bool next();
+    bool previous();
+    /// The first entry whose key is `key`, begins with it, or comes after it.
+    bool seek(KeyView key);
+    /// The first entry after all whose keys are or begin with `key`.
+    bool seekPast(KeyView key);
+    /// The last entry before the first whose key is, begins with, or comes after `key`.
+    bool seekBefore(KeyView key);
+    /// The last entry whose key is or begins with `key`, or comes before it.
+    bool seekLast(KeyView key);
+    /// The entry of this key and place, or the first after it.
+    bool seekEntry(KeyView key, RowPointer row);
+
+    bool valid() const { return valid_; }
+    KeyView key() const { return {entry_.data(), entry_.size() - 4}; }
+    RowPointer row() const;
+    IndexEntry entry() const { return {key(), row()}; }
+
+private:
+    bool lowerBound(KeyView entry);
+    bool standOn(int index);
+    bool forward();
+    bool backward();
+    bool refresh();
+
+    IndexTree& tree_;
+    PageRef page_;
+    IndexPageView leaf_;
+    int index_ = 0;
+    bool valid_ = false;
+    std::uint64_t version_ = 0;
+    std::uint32_t steps_ = 0;          // leaves passed since the last search, bounded by the file
+    std::vector<std::uint8_t> entry_;  // key and place, whole
+};
+
+}  // namespace velnor::jet
