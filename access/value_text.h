@@ -33,6 +33,8 @@ void appendCurrency(std::string& out, std::int64_t tenThousandths);
 void appendDecimal(std::string& out, ValueView decimal);
 /// "YYYY-MM-DD", and " HH:MM:SS" behind it unless the time is midnight. Rounded to the second.
 void appendIsoDate(std::string& out, double date);
+/// "m/d/yyyy", and " h:mm:ss AM" or PM behind it unless the time is midnight. Rounded to the second.
+void appendDateText(std::string& out, double date);
 
 /// The number in a value, for every kind that has one: Boolean is -1 or 0, Date its days, Text its
 /// whole content read as a number. Nothing for Null, Bytes and other texts.
