@@ -23,6 +23,8 @@ struct FileQuestion {
     QString fileName;          ///< preset
     bool save = false;
     bool many = false;
+    bool confirmOverwrite = true;  ///< of a save: asks before an existing file is chosen
+    QString defaultExtension;      ///< of a save: added to a name that has none, "MLS"
 };
 
 class Prompt {
@@ -40,5 +42,8 @@ public:
 
 Prompt& prompt();
 void setPrompt(Prompt* replacement);  ///< null: the real one
+
+/// A message without the leading blanks that centre it, as the real prompt shows it.
+QString shownText(const QString& text);
 
 }  // namespace velnor

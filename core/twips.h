@@ -1,0 +1,21 @@
+// core/twips.h - sizes and places of windows are kept in twips, 1440 to the inch; screens count
+// pixels, 96 to the inch before scaling. Twips pass through here and nowhere else.
+#pragma once
+
+#include <cmath>
+
+namespace velnor {
+
+inline constexpr int kTwipsPerPixel = 1440 / 96;
+
+inline int toPixels(int twips)
+{
+    return static_cast<int>(std::lround(static_cast<double>(twips) / kTwipsPerPixel));
+}
+
+inline int toTwips(int pixels)
+{
+    return pixels * kTwipsPerPixel;
+}
+
+}  // namespace velnor
