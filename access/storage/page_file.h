@@ -29,6 +29,7 @@
 namespace velnor {
 
 class PageFile;
+struct PageSlot;
 
 /// A page held in the cache: it is not moved or dropped while a PageRef names it.
 class PageRef {
@@ -49,9 +50,8 @@ public:
 
 private:
     friend class PageFile;
-    struct Slot;
     PageFile* file_ = nullptr;
-    Slot* slot_ = nullptr;
+    PageSlot* slot_ = nullptr;
     const std::uint8_t* data_ = nullptr;
 };
 
@@ -97,6 +97,7 @@ private:
     friend class PageRef;
     struct State;
     explicit PageFile(std::unique_ptr<State> state);
+    PageRef hold(PageSlot& slot);
     std::unique_ptr<State> state_;
 };
 

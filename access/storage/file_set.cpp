@@ -1,0 +1,306 @@
+// The files of one store together: opening, commit, undoing.
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
+#include "access/engine_error.h"
+#include "access/storage/page_file_state.h"
+#include "access/storage/undo_journal.h"
+#include "platform/paths.h"
+
+namespace velnor {
+
+namespace {
+
+EngineErrorNumber engineNumber(const RunError& error)
+{
+    switch (error.code()) {
+    case RunErrorNumber::FileNotFound:
+        return EngineErrorNumber::FileNotFound;
+    case RunErrorNumber::PathNotFound:
+    case RunErrorNumber::DeviceUnavailable:
+    case RunErrorNumber::BadFileName:
+        return EngineErrorNumber::PathInvalid;
+    case RunErrorNumber::DiskFull:
+        return EngineErrorNumber::DiskFull;
+    default:
+        return EngineErrorNumber::CannotOpen;
+    }
+}
+
+std::unique_ptr<File> openFile(FileSystem& files, std::string_view path, OpenMode mode)
+{
+    try {
+        return files.open(path, mode);
+    } catch (const RunError& error) {
+        throw EngineError(engineNumber(error), error.what());
+    }
+}
+
+void lockFile(File& file, std::string_view path, LockKind kind)
+{
+    if (!file.tryLock(kind))
+        throw EngineError(EngineErrorNumber::FileInUse,
+                          std::string(path) + " is in use by somebody else");
+}
+
+/// The journal that must be undone before the files can be trusted.
+struct OldJournal {
+    std::unique_ptr<File> file;
+    JournalHead head;
+};
+
+std::optional<OldJournal> findJournal(FileSystem& files, std::string_view mainPath, OpenMode mode)
+{
+    const std::string path = journalPath(mainPath);
+    if (!files.fileExists(path))
+        return std::nullopt;
+    OldJournal found{openFile(files, path, mode), {}};
+    auto head = readJournalHead(*found.file, mainPath);
+    if (!head)
+        return std::nullopt;
+    if (head->owner.livesElsewhere())
+        throw EngineError(EngineErrorNumber::FileInUse,
+                          std::string(mainPath) + " is being written by somebody else");
+    found.head = std::move(*head);
+    return found;
+}
+
+/// The main file is locked. Undoing comes first, then the cut: 2 read backwards.
+bool undoOldJournal(FileSystem& files, std::string_view mainPath)
+{
+    const auto journal = findJournal(files, mainPath, OpenMode::ReadWrite);
+    if (!journal)
+        return false;
+    try {
+        undoFiles(files, mainPath, *journal->file, journal->head);
+        journal->file->resize(0);
+        journal->file->sync();
+        files.remove(journalPath(mainPath));
+    } catch (const RunError& error) {
+        throw EngineError(engineNumber(error), error.what());
+    }
+    return true;
+}
+
+/// Opens and locks the main file, with no journal standing.
+std::unique_ptr<File> openMain(FileSystem& files, std::string_view path, bool readOnly)
+{
+    auto file = openFile(files, path, readOnly ? OpenMode::Read : OpenMode::ReadWrite);
+    lockFile(*file, path, readOnly ? LockKind::Shared : LockKind::Exclusive);
+    if (!readOnly) {
+        undoOldJournal(files, path);
+        return file;
+    }
+    if (!findJournal(files, path, OpenMode::Read))
+        return file;
+    file.reset();
+    recoverFiles(files, path);
+    file = openFile(files, path, OpenMode::Read);
+    lockFile(*file, path, LockKind::Shared);
+    if (findJournal(files, path, OpenMode::Read))
+        throw EngineError(EngineErrorNumber::FileInUse,
+                          std::string(path) + " is being written by somebody else");
+    return file;
+}
+
+}  // namespace
+
+bool recoverFiles(FileSystem& files, std::string_view mainPath)
+{
+    if (!findJournal(files, mainPath, OpenMode::Read))
+        return false;
+    const auto main = openFile(files, mainPath, OpenMode::ReadWrite);
+    lockFile(*main, mainPath, LockKind::Exclusive);
+    return undoOldJournal(files, mainPath);
+}
+
+struct FileSet::State {
+    FileSystem& files;
+    std::string path;
+    FileOwner owner;
+    std::vector<std::unique_ptr<PageFile>> pageFiles;  // the main file first
+    std::vector<StoredFile*> stored;
+
+    PageFile& add(std::unique_ptr<PageFile> pageFile, StoredFile& file)
+    {
+        stored.push_back(&file);
+        pageFiles.push_back(std::move(pageFile));
+        return *pageFiles.back();
+    }
+    std::vector<StoredFile*> changedFiles() const;
+    void commit(const std::vector<StoredFile*>& changed);
+    void writeFiles(const std::vector<StoredFile*>& changed, UndoJournal& journal,
+                    std::vector<StoredFile*>& made);
+    void putBack(UndoJournal& journal, const std::vector<StoredFile*>& made);
+    void dropChanges();
+};
+
+/// 4. In the order of their rank.
+std::vector<StoredFile*> FileSet::State::changedFiles() const
+{
+    std::vector<StoredFile*> changed;
+    std::copy_if(stored.begin(), stored.end(), std::back_inserter(changed),
+                 [](const StoredFile* file) { return file->changed(); });
+    std::stable_sort(changed.begin(), changed.end(), [](const StoredFile* a, const StoredFile* b) {
+        return a->rank() < b->rank();
+    });
+    return changed;
+}
+
+void FileSet::State::commit(const std::vector<StoredFile*>& changed)
+{
+    std::vector<FileBefore> before;
+    for (const StoredFile* file : changed)
+        before.push_back({file->path(), file->savedSize(), !file->onDisk()});
+    for (const FileBefore& file : before)
+        if (file.missing && files.exists(file.path))
+            throw EngineError(EngineErrorNumber::CannotOpen,
+                              file.path + " was made by another program");
+
+    UndoJournal journal(files, path, std::move(before));
+    std::vector<StoredFile*> made;
+    bool sealed = false;
+    try {
+        for (std::uint32_t i = 0; i < changed.size(); ++i)
+            changed[i]->saveOld(journal, i);
+        journal.seal();
+        sealed = true;
+        writeFiles(changed, journal, made);
+    } catch (const std::exception&) {
+        if (journal.isCut())
+            owner.broken = true;  // which state a crash would leave is open: either is whole
+        else if (sealed)
+            putBack(journal, made);
+        else
+            journal.remove();
+        throw;
+    }
+    journal.remove();
+}
+
+void FileSet::State::writeFiles(const std::vector<StoredFile*>& changed, UndoJournal& journal,
+                                std::vector<StoredFile*>& made)
+{
+    for (StoredFile* file : changed) {
+        if (!file->onDisk()) {
+            made.push_back(file);
+            file->make(files);
+        }
+        file->write();
+    }
+    if (!made.empty())
+        files.syncFolder(paths::folder(path));
+    journal.cut();
+}
+
+/// 5. If the disk refuses even that, the journal stays for the next opening.
+void FileSet::State::putBack(UndoJournal& journal, const std::vector<StoredFile*>& made)
+{
+    try {
+        journal.undo();
+        journal.remove();
+    } catch (const std::exception&) {
+        owner.broken = true;
+    }
+    for (StoredFile* file : made)
+        file->unmake();
+}
+
+void FileSet::State::dropChanges()
+{
+    ++owner.generation;
+    for (StoredFile* file : stored)
+        file->rollback();
+}
+
+FileSet::FileSet(FileSystem& files, std::string_view mainPath, const PageFileOptions& options,
+                 bool readOnly)
+    : state_(new State{files, std::string(mainPath), {0, readOnly, false}, {}, {}})
+{
+    auto state = std::make_unique<PageFile::State>(state_->owner, state_->path, options,
+                                                   openMain(files, mainPath, readOnly));
+    StoredFile& file = *state;
+    state_->add(std::unique_ptr<PageFile>(new PageFile(std::move(state))), file);
+}
+
+FileSet::~FileSet() = default;
+
+PageFile& FileSet::main()
+{
+    return *state_->pageFiles.front();
+}
+
+PageFile& FileSet::companion(std::string_view path, const PageFileOptions& options, bool create)
+{
+    State& set = *state_;
+    if (!paths::sameName(paths::folder(path), paths::folder(set.path)))
+        throw EngineError(EngineErrorNumber::InvalidArgument,
+                          std::string(path) + " is not in the folder of " + set.path);
+    const auto known = std::find_if(set.stored.begin(), set.stored.end(), [&](StoredFile* file) {
+        return paths::sameName(file->path(), path);
+    });
+    const bool make = create && !set.owner.readOnly;
+    if (known != set.stored.end() && ((*known)->onDisk() || (*known)->toBeMade() || make)) {
+        if (!(*known)->onDisk())
+            (*known)->wantMade();
+        return *set.pageFiles[static_cast<std::size_t>(known - set.stored.begin())];
+    }
+    std::unique_ptr<File> file;
+    if (!make || set.files.fileExists(path))
+        file = openFile(set.files, path, set.owner.readOnly ? OpenMode::Read : OpenMode::ReadWrite);
+    auto state =
+        std::make_unique<PageFile::State>(set.owner, std::string(path), options, std::move(file));
+    StoredFile& stored = *state;
+    return set.add(std::unique_ptr<PageFile>(new PageFile(std::move(state))), stored);
+}
+
+bool FileSet::readOnly() const
+{
+    return state_->owner.readOnly;
+}
+
+const std::string& FileSet::path() const
+{
+    return state_->path;
+}
+
+void FileSet::commit()
+{
+    const std::vector<StoredFile*> changed = state_->changedFiles();
+    if (changed.empty())
+        return;
+    try {
+        state_->commit(changed);
+    } catch (const RunError& error) {
+        state_->dropChanges();
+        throw EngineError(error.code() == RunErrorNumber::DiskFull ? EngineErrorNumber::DiskFull
+                                                                   : EngineErrorNumber::CannotOpen,
+                          state_->path + " could not be written: " + error.what());
+    } catch (const std::exception&) {
+        state_->dropChanges();
+        throw;
+    }
+    for (StoredFile* file : changed)
+        file->changesAreSaved();
+}
+
+void FileSet::rollback()
+{
+    state_->dropChanges();
+}
+
+std::size_t FileSet::pendingBytes() const
+{
+    std::size_t bytes = 0;
+    for (const StoredFile* file : state_->stored)
+        bytes += file->pendingBytes();
+    return bytes;
+}
+
+std::uint64_t FileSet::generation() const
+{
+    return state_->owner.generation;
+}
+
+}  // namespace velnor

@@ -1,0 +1,113 @@
+// access/storage/stored_file.h - one file of a set: its length, its pages in memory and on the
+// disk.
+//
+// Three lengths: `size` with all changes; `saved`, the length on the disk since the last commit;
+// `valid` <= saved, how much of the disk still counts after the file was made shorter. Invariant: a
+// page that reaches behind `valid` and starts before `saved` and `size` is in the cache as changed,
+// or ends at `valid`.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "access/storage/page_cache.h"
+#include "access/storage/page_file.h"
+#include "platform/file_system.h"
+
+namespace velnor {
+
+class UndoJournal;
+
+/// Whose file it is: the set's counter of changes, and whether changes are allowed.
+struct FileOwner {
+    std::uint64_t generation = 0;
+    bool readOnly = false;
+    bool broken =
+        false;  ///< a commit failed and could not be undone: the disk is not to be trusted
+};
+
+class StoredFile {
+public:
+    /// Without a file: it is made by the next commit.
+    StoredFile(FileOwner& owner, std::string path, const PageFileOptions& options,
+               std::unique_ptr<File> file);
+
+    const std::string& path() const { return path_; }
+    std::uint32_t pageSize() const { return pageSize_; }
+    std::uint64_t size() const { return size_; }
+    std::uint32_t pageCount() const
+    {
+        return static_cast<std::uint32_t>(pageOf(size_ + pageSize_ - 1));
+    }
+    void setCodec(const PageCodec* codec) { options_.codec = codec; }
+
+    /// The page in the cache, loaded when it is not there.
+    PageSlot& page(std::uint32_t number)
+    {
+        if (PageSlot* slot = cache_.find(number)) [[likely]]
+            return *slot;
+        return load(number);
+    }
+    PageSlot& append();
+    void edit(PageSlot& slot);
+    std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> out);
+    void writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes);
+    void resize(std::uint64_t bytes);
+
+    // For the set.
+    int rank() const { return options_.rank; }
+    bool changed() const { return toBeMade_ || size_ != saved_ || !cache_.changed().empty(); }
+    std::size_t pendingBytes() const;
+    /// True for a file that the next commit makes.
+    bool toBeMade() const { return toBeMade_; }
+    bool onDisk() const { return file_ != nullptr; }
+    void wantMade() { toBeMade_ = true; }
+    void make(FileSystem& files);
+    void unmake() { file_.reset(); }
+    std::uint64_t savedSize() const { return saved_; }
+    /// Hands over everything that write() will overwrite or cut off.
+    void saveOld(UndoJournal& journal, std::uint32_t number);
+    void write();
+    void changesAreSaved();
+    /// Back to what is on the disk; pages that somebody holds are read again in place.
+    void rollback();
+
+private:
+    std::uint64_t pageOf(std::uint64_t offset) const
+    {
+        return shift_ ? offset >> shift_ : offset / pageSize_;
+    }
+    std::uint64_t startOf(std::uint32_t number) const { return std::uint64_t{number} * pageSize_; }
+    PageSlot& load(std::uint32_t number);
+    void fill(std::uint8_t* bytes, std::uint32_t number);
+    void readFromDisk(std::uint64_t offset, std::span<std::uint8_t> out);
+    PageSlot& pageToOverwrite(std::uint32_t number, bool whole);
+    PageSlot& insertZeroed(std::uint32_t number);
+    void readPastCache(std::uint64_t offset, std::span<std::uint8_t> out);
+    void readThroughCache(std::uint64_t offset, std::span<std::uint8_t> out);
+    void grow(std::uint64_t bytes);
+    void shrink(std::uint64_t bytes);
+    void needWritable();
+    void needPages(std::uint64_t bytes) const;
+    std::vector<PageSlot*> inWriteOrder() const;
+    void writeRun(std::span<PageSlot* const> run, std::vector<std::uint8_t>& buffer);
+    void reread(PageSlot& slot);
+
+    FileOwner& owner_;
+    std::string path_;
+    PageFileOptions options_;
+    std::unique_ptr<File> file_;
+    std::uint32_t pageSize_;
+    unsigned shift_;  // 0: the page size is no power of two
+    bool toBeMade_;
+    std::uint64_t saved_;
+    std::uint64_t valid_;
+    std::uint64_t size_;
+    PageCache cache_;
+};
+
+}  // namespace velnor
