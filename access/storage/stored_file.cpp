@@ -344,8 +344,11 @@ void StoredFile::changesAreSaved()
 
 void StoredFile::rollback()
 {
-    const std::uint64_t shortened = valid_ < saved_ ? pageOf(valid_) : pageCount();
+    const std::uint32_t pages = pageCount();
+    const std::uint64_t shortened = valid_ < saved_ ? pageOf(valid_) : pages;
     size_ = valid_ = saved_;
+    if (pageCount() < pages)
+        cache_.dropFrom(pageCount(), pages);
     toBeMade_ = false;
     if (PageSlot* slot = cache_.find(static_cast<std::uint32_t>(shortened)); slot && !slot->changed)
         reread(*slot);  // it was cut: its tail is zeros
