@@ -32,6 +32,7 @@ enum class PropertyType : std::uint8_t {
 
 struct Property {
     std::string name;       ///< UTF-8
+    std::uint16_t nameAt = 0;   ///< its place in the block's list of names
     std::uint8_t ddl = 0;   ///< 1: part of the definition
     std::uint8_t type = 0;  ///< PropertyType, or what the file says
     std::string data;       ///< as stored
@@ -79,24 +80,28 @@ public:
     void dropOwner(std::string_view owner);
 
 private:
-    struct Owner {
-        std::uint16_t kind = 0;  // chunk type: 0 table, 1 field
-        std::string name;        // UTF-8
-        std::vector<Property> entries;
+    struct Name {
+        std::string utf8, stored;
     };
-    struct Chunk {  // in file order: an owner (its place in owners_), or a kind we don't know
-        int owner = -1;
+    struct Chunk {
         std::uint16_t kind = 0;
-        std::string bytes;
+        Name owner;
+        std::vector<Property> entries;
+        std::string raw;  // of a kind that we don't know
     };
-    Owner* findOwner(std::string_view name);
-    Owner& ownerFor(std::string_view name);
+    void parseNames(std::span<const std::uint8_t> body);
+    Chunk parseOwner(std::uint16_t kind, std::span<const std::uint8_t> body) const;
+    std::string namesBody() const;
+    std::string ownerBody(const Chunk& chunk) const;
+    Chunk* findOwner(std::string_view name);
+    const Chunk* findOwner(std::string_view name) const;
+    Chunk& ownerFor(std::string_view name);
     Property& entryFor(std::string_view owner, std::string_view name);
+    std::uint16_t nameIndex(std::string_view name);
 
     PropertyText text_;
-    std::vector<std::string> names_;  // in file order; new ones at the end
-    std::vector<Owner> owners_;
-    std::vector<Chunk> chunks_;
+    std::vector<Name> names_;    // in file order; new ones at the end
+    std::vector<Chunk> chunks_;  // in file order, the list of names among them
 };
 
 }  // namespace velnor::jet

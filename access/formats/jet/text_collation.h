@@ -35,8 +35,9 @@ private:
         Tailored,  // only texts of safe characters are
         Unknown,   // none is
     };
-    bool appendJet3(std::string_view utf8, bool descending, KeyBytes& key);
-    bool appendJet4(std::string_view utf8, bool descending, KeyBytes& key);
+    bool appendJet3(std::string_view utf8, KeyBytes& key);
+    bool appendJet4(std::string_view utf8, KeyBytes& key);
+    bool appendUnit(char16_t unit, KeyBytes& key);
 
     bool jet3_;
     Kind kind_;
