@@ -22,6 +22,24 @@ bool stands(const std::string& native)
     return lstat(native.c_str(), &status) == 0;
 }
 
+bool isAscii(std::string_view text)
+{
+    return std::ranges::none_of(text, [](char c) { return (c & 0x80) != 0; });
+}
+
+/// sameName with the quick no first: most names of a folder differ in length or at once. A name of
+/// plain letters equals only names of plain letters, which are as long.
+bool sameEntry(std::string_view candidate, std::string_view name, bool plain)
+{
+    if (plain && candidate.size() != name.size())
+        return false;
+    const char a = candidate.front();
+    const char b = name.front();
+    if (plain && a != b && (a | 0x20) != (b | 0x20))
+        return false;
+    return paths::sameName(candidate, name);
+}
+
 /// The name in a folder that differs from `name` in case only. The folder gives its names in no
 /// order: the smallest by bytes is taken, so that the same file is found each time.
 std::string otherCase(const std::string& folder, std::string_view name)
@@ -30,9 +48,10 @@ std::string otherCase(const std::string& folder, std::string_view name)
     const std::unique_ptr<DIR, CloseFolder> names(opendir(folder.empty() ? "/" : folder.c_str()));
     if (!names)
         return found;
+    const bool plain = isAscii(name);
     while (const dirent* entry = readdir(names.get())) {
         const std::string_view candidate = entry->d_name;
-        if (paths::sameName(candidate, name) && (found.empty() || candidate < found))
+        if (sameEntry(candidate, name, plain) && (found.empty() || candidate < found))
             found = candidate;
     }
     return found;

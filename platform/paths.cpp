@@ -16,6 +16,11 @@ char32_t nextFolded(std::string_view text, std::size_t& at)
     return 0x80000000u | static_cast<unsigned char>(text[at++]);
 }
 
+bool isPlain(char c)
+{
+    return static_cast<unsigned char>(c) < 0x80;
+}
+
 bool isLower(char c)
 {
     return c >= 'a' && c <= 'z';
@@ -24,6 +29,11 @@ bool isLower(char c)
 bool isUpper(char c)
 {
     return c >= 'A' && c <= 'Z';
+}
+
+char plainCapital(char c)
+{
+    return isLower(c) ? static_cast<char>(c - 32) : c;
 }
 
 }  // namespace
@@ -81,10 +91,9 @@ bool sameName(std::string_view a, std::string_view b)
     std::size_t i = 0;
     std::size_t j = 0;
     while (i < a.size() && j < b.size()) {
-        const bool equal = a[i] == b[j] && static_cast<unsigned char>(a[i]) < 0x80;
-        if (equal) {
-            ++i;
-            ++j;
+        if (isPlain(a[i]) && isPlain(b[j])) {
+            if (plainCapital(a[i++]) != plainCapital(b[j++]))
+                return false;
         } else if (nextFolded(a, i) != nextFolded(b, j)) {
             return false;
         }
