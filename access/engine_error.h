@@ -44,6 +44,7 @@ enum class EngineErrorNumber : int {
     ValidationFailed = 3316,
     Unrecognised = 3343,           ///< not a database of this kind, or damaged beyond opening
     ExclusiveUse = 3356,
+    ObjectClosed = 3420,           ///< the recordset, or the database it came from, is closed
     InvalidUpdate = 3426,
     InvalidArgument = 3001,
     TooManyFields = 3190,

@@ -80,6 +80,8 @@ void Store::dropField(std::string_view, std::string_view) { notSupported("delete
 void Store::addIndex(std::string_view, const IndexDef&) { notSupported("add an index"); }
 void Store::dropIndex(std::string_view, std::string_view) { notSupported("delete an index"); }
 
+bool Store::acceptsPassword(std::string_view) { return true; }
+
 void Driver::create(FileSystem&, const CreateRequest&) const { notSupported("create a file"); }
 void Driver::compact(FileSystem&, const OpenRequest&, const CreateRequest&) const
 {

@@ -112,6 +112,9 @@ public:
     virtual void addIndex(std::string_view table, const IndexDef& index);
     virtual void dropIndex(std::string_view table, std::string_view index);
 
+    /// Whether a further open of this file may come in with `password`; formats without passwords take any.
+    virtual bool acceptsPassword(std::string_view password);
+
     /// Everything written so far is safe on the disk when this returns. On a failure (disk full: 3026)
     /// the files are back at the last commit.
     virtual void commit() = 0;
@@ -167,5 +170,17 @@ public:
 /// The driver for a connect string, by its first word; null when there is none (3170).
 /// An empty word and ";pwd=..." mean Access.
 const Driver* findDriver(std::string_view connectWord);
+
+/// Adds a driver in front of the built-in ones for as long as this object lives; for tests.
+class DriverAdded {
+public:
+    explicit DriverAdded(const Driver& driver);
+    ~DriverAdded();
+    DriverAdded(const DriverAdded&) = delete;
+    DriverAdded& operator=(const DriverAdded&) = delete;
+
+private:
+    const Driver& driver_;
+};
 
 }  // namespace velnor

@@ -1,0 +1,19 @@
+// access/model/connect_string.h - a connect string taken apart: "dBASE 5.0;codepage=866".
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace velnor::model {
+
+struct ConnectString {
+    std::string word;      ///< picks the driver, with its ";": "dBASE 5.0;"; empty for Access
+    std::string password;  ///< of "pwd=", as written
+    std::string codePage;  ///< of "codepage="
+};
+
+/// The first part is the driver's word unless it has a "="; other parts are known by their key,
+/// blind to case, and what is not known is passed over.
+ConnectString parseConnect(std::string_view connect);
+
+}  // namespace velnor::model

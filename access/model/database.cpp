@@ -1,0 +1,67 @@
+// access/model/database.cpp - Database of engine.h.
+
+#include "access/model/collection.h"
+#include "access/model/database_state.h"
+#include "access/model/recordset_state.h"
+#include "access/model/table_state.h"
+
+namespace velnor {
+
+Database::Database(std::shared_ptr<model::DatabaseState> state) : state_(std::move(state)) {}
+Database::Database(Database&&) noexcept = default;
+Database& Database::operator=(Database&&) noexcept = default;
+Database::~Database() = default;
+
+const std::string& Database::Name() const
+{
+    return state_->name();
+}
+const std::string& Database::Connect() const
+{
+    return state_->connect();
+}
+bool Database::Updatable() const
+{
+    return state_->writeable();
+}
+Collection<TableDef>& Database::TableDefs()
+{
+    return state_->tables();
+}
+
+TableDef Database::CreateTableDef(std::string_view name) const
+{
+    TableDef table;
+    table.state_ = std::make_shared<TableDef::State>(name, state_->traits());
+    return table;
+}
+
+Recordset Database::OpenRecordset(std::string_view source, RecordsetType type)
+{
+    auto records = model::openSource(*state_, source, type);
+    return Recordset(std::make_unique<model::RecordsetState>(*state_, std::move(records), type));
+}
+
+void Database::Close()
+{
+    state_->close();
+}
+
+void Database::commit()
+{
+    state_->openStore().commit();
+}
+
+void Database::check(std::string_view table, const std::function<void(const Finding&)>& report)
+{
+    state_->store().check(table, [&](const Problem& problem) {
+        report({problem.where, problem.text, problem.harmless});
+    });
+}
+
+std::vector<std::pair<std::string, std::string>> Database::info(std::string_view table)
+{
+    return state_->store().info(table);
+}
+
+}  // namespace velnor
