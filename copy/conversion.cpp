@@ -2,11 +2,11 @@
 
 #include <array>
 #include <charconv>
-#include <cmath>
-#include <cstdint>
+#include <optional>
 
 #include "access/layout.h"
 #include "access/value_text.h"
+#include "core/text.h"
 #include "platform/run_error.h"
 
 namespace velnor {
@@ -46,123 +46,22 @@ void appendAsText(std::string& out, ValueView source, int sourceType)
         appendText(out, source);
 }
 
-/// The characters of a number, taken from a text in which blanks don't count.
-class NumberReader {
-public:
-    explicit NumberReader(std::string_view text) : text_(text) {}
-
-    double read()
-    {
-        if (peek() == '&')
-            return radixNumber();
-        if (peek() == '-' || peek() == '+')
-            sign();
-        digits();
-        if (peek() == '.') {
-            keep('.');
-            ++at_;
-            digits();
-        }
-        exponent();
-        return value();
-    }
-
-private:
-    char peek()
-    {
-        while (at_ < text_.size() &&
-               (text_[at_] == ' ' || text_[at_] == '\t' || text_[at_] == '\n'))
-            ++at_;
-        return at_ < text_.size() ? text_[at_] : '\0';
-    }
-    void keep(char c)
-    {
-        if (length_ == kept_.size())
-            throw RunError(RunErrorNumber::Overflow, "The number has too many digits");
-        kept_[length_++] = c;
-    }
-    void sign()
-    {
-        negative_ = peek() == '-';
-        ++at_;
-    }
-    void digits()
-    {
-        for (char c = peek(); c >= '0' && c <= '9'; c = peek()) {
-            keep(c);
-            hasDigits_ = true;
-            ++at_;
-        }
-    }
-    void exponent()
-    {
-        const char c = peek();
-        if (!hasDigits_ || (c != 'e' && c != 'E' && c != 'd' && c != 'D'))
-            return;
-        ++at_;
-        const std::size_t mantissa = length_;
-        keep('e');
-        if (peek() == '-' || peek() == '+') {
-            keep(peek());
-            ++at_;
-        }
-        const std::size_t before = length_;
-        digits();
-        if (length_ == before)
-            length_ = mantissa;  // "5 eggs" is 5
-    }
-    double value() const
-    {
-        if (!hasDigits_)
-            return 0;
-        double number = 0;
-        const auto read = std::from_chars(kept_.data(), kept_.data() + length_, number);
-        if (read.ec == std::errc::result_out_of_range && !isTiny())
-            throw RunError(RunErrorNumber::Overflow, "The number is too large");
-        return negative_ ? -number : number;
-    }
-    bool isTiny() const
-    {
-        const std::string_view kept(kept_.data(), length_);
-        return kept.find("e-") != std::string_view::npos ||
-               kept.find_first_of("123456789e") > kept.find('.');
-    }
-    double radixNumber()
-    {
-        ++at_;
-        const char kind = peek();
-        const int radix = kind == 'H' || kind == 'h' ? 16 : kind == 'O' || kind == 'o' ? 8 : 0;
-        if (radix == 0)
-            return 0;
-        ++at_;
-        std::uint64_t number = 0;
-        for (int digit = digitOf(peek()); digit >= 0 && digit < radix; digit = digitOf(peek())) {
-            if (number > UINT32_MAX / static_cast<unsigned>(radix) + 1)
-                throw RunError(RunErrorNumber::Overflow, "The number is too large");
-            number = number * static_cast<unsigned>(radix) + static_cast<unsigned>(digit);
-            ++at_;
-        }
-        // Four hexadecimal digits are a 16-bit number with its sign, unless a "&" closes them.
-        if (number <= UINT16_MAX && peek() != '&')
-            return static_cast<std::int16_t>(number);
-        return static_cast<std::int32_t>(number);
-    }
-    static int digitOf(char c)
-    {
-        if (c >= '0' && c <= '9')
-            return c - '0';
-        if (c >= 'a' && c <= 'f')
-            return c - 'a' + 10;
-        return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-    }
-
-    std::string_view text_;
-    std::size_t at_ = 0;
-    std::array<char, 512> kept_{};
-    std::size_t length_ = 0;
-    bool negative_ = false;
-    bool hasDigits_ = false;
-};
+/// The whole text as a plain number; nothing for the rarer forms, which text::val reads.
+std::optional<double> plainNumber(std::string_view text)
+{
+    const std::size_t first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos)
+        return 0;
+    text = text.substr(first, text.find_last_not_of(' ') + 1 - first);
+    if (text.find_first_not_of("-.0123456789") != std::string_view::npos)
+        return std::nullopt;
+    double number = 0;
+    const auto end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, number);
+    if (read.ec != std::errc() || read.ptr != end)
+        return std::nullopt;
+    return number;
+}
 
 ValueView leadingNumberOf(ValueView source, int sourceType, std::string& scratch)
 {
@@ -223,9 +122,11 @@ bool convert(ValueView source, Conversion how, int sourceType, int targetSize, s
     return false;
 }
 
-double leadingNumber(std::string_view text)
+double leadingNumber(std::string_view utf8)
 {
-    return NumberReader(text).read();
+    if (const auto plain = plainNumber(utf8))
+        return *plain;
+    return text::val(QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())));
 }
 
 }  // namespace velnor
