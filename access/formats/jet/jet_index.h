@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <vector>
@@ -31,10 +32,13 @@ struct IndexEntry {
 /// Gives entries in ascending order, one a call; nothing at the end.
 using EntrySource = std::function<std::optional<IndexEntry>()>;
 
+class IndexWalker;
+
 class IndexTree {
 public:
     /// `map` owns the pages of the tree; it may be null for a tree that is only read.
     IndexTree(PageSpace& space, PageMap* map, std::uint32_t root, std::uint32_t owner);
+    ~IndexTree();
     IndexTree(const IndexTree&) = delete;
     IndexTree& operator=(const IndexTree&) = delete;
 
@@ -79,24 +83,34 @@ public:
 private:
     friend class IndexWalker;
     friend class IndexBuilder;
+    /// A node on the way down, and the child taken there (its number of entries: the tail).
     struct Step {
-        std::uint32_t page = 0;
-        int child = 0;  // entry whose child was taken; the number of entries: the tail
+        std::uint32_t page;
+        int child;
     };
-    static constexpr int kMaxDepth = 12;
 
     PageRef load(std::uint32_t number, IndexPageView& view);
-    /// Goes down to the leaf where an entry stands or would stand; path_ is the nodes passed.
+    /// Goes down to the leaf where an entry stands or would stand; fills path_.
     PageRef descend(KeyView entry, IndexPageView& leaf);
-    void insertInto(int level, std::uint32_t page, KeyView entry);
-    void split(int level, std::uint32_t page, IndexPageContent& content, int added);
-    void growRoot(IndexPageContent& left, IndexPageContent& right);
-    void takeReserve(std::size_t entrySize);
-    void returnReserve();
+    /// Goes down to the first or the last leaf.
+    PageRef descendEdge(bool toLast, IndexPageView& leaf);
+    KeyView makeEntry(KeyView key, RowPointer row);
+    std::uint8_t levelAt(std::size_t depth) const;
+
+    void insertRebuilding(PageRef& page, const IndexPageView& leaf, int index);
+    void split(std::size_t depth, std::uint32_t page, IndexPageContent& content, int added);
+    void growRoot(IndexPageContent& left, IndexPageContent& right, KeyView separator);
+    void addToParent(std::size_t depth, std::uint32_t left, std::uint32_t right, KeyView separator);
+    int cutAt(const IndexPageContent& content, bool leaf, bool rightmost, int added) const;
+    void removePage(std::size_t depth, std::uint32_t page);
+
+    std::uint32_t neighbour(std::uint32_t number, bool leaf);
+    void reservePages(std::uint32_t nextLeaf, std::size_t longestEntry);
+    void returnReserve() noexcept;
+    std::uint32_t reservePage();
     std::uint32_t takePage();
     void freePage(std::uint32_t page);
-    void removeEmpty(int level, std::uint32_t page);
-    void link(std::uint32_t left, std::uint32_t right);
+    std::uint64_t roughCount();
 
     PageSpace& space_;
     PageMap* map_;
@@ -107,7 +121,8 @@ private:
     std::vector<Step> path_;
     std::vector<std::uint32_t> reserve_;
     std::vector<std::uint8_t> entry_;  // key and place of the entry in hand
-    IndexPageContent content_;         // the page being rebuilt
+    IndexPageContent content_;         // the leaf being rebuilt
+    std::unique_ptr<IndexWalker> probe_;
 };
 
 /// A place in an index. Stays right when the tree changes: the next step looks its place up again.
@@ -115,7 +130,8 @@ class IndexWalker {
 public:
     explicit IndexWalker(IndexTree& tree);
 
-    // Each returns whether it stands on an entry now.
+    // Each returns whether it stands on an entry now. After false, start again with first, last or
+    // a search.
     bool first();
     bool last();
     bool next();
@@ -132,16 +148,18 @@ public:
     bool seekEntry(KeyView key, RowPointer row);
 
     bool valid() const { return valid_; }
-    KeyView key() const { return {entry_.data(), entry_.size() - 4}; }
+    /// The whole key and the place of the current entry; good until the walker moves.
+    KeyView key() const { return KeyView(entry_).first(entry_.size() - 4); }
     RowPointer row() const;
     IndexEntry entry() const { return {key(), row()}; }
+    /// Lets go of the page in hand; the walker stays where it is.
+    void park();
 
 private:
-    bool lowerBound(KeyView entry);
+    bool lowerBound(KeyView wanted);
     bool standOn(int index);
-    bool forward();
-    bool backward();
-    bool refresh();
+    bool stepLeaf(bool forward);
+    bool step(bool forward);
 
     IndexTree& tree_;
     PageRef page_;
@@ -149,8 +167,8 @@ private:
     int index_ = 0;
     bool valid_ = false;
     std::uint64_t version_ = 0;
-    std::uint32_t steps_ = 0;          // leaves passed since the last search, bounded by the file
-    std::vector<std::uint8_t> entry_;  // key and place, whole
+    std::vector<std::uint8_t> entry_;    // key and place, whole
+    std::vector<std::uint8_t> scratch_;  // what is being looked for
 };
 
 }  // namespace velnor::jet
