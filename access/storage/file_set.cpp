@@ -189,6 +189,10 @@ void FileSet::State::writeFiles(const std::vector<StoredFile*>& changed, UndoJou
         }
         file->write();
     }
+    // Files become shorter only when nothing can run out of room any more: putting the bytes back
+    // would need that room. Until then no count points behind an end, either (4).
+    for (StoredFile* file : changed)
+        file->cutOff();
     if (!made.empty())
         files.syncFolder(paths::folder(path));
     journal.cut();

@@ -303,7 +303,6 @@ void StoredFile::saveOld(UndoJournal& journal, std::uint32_t number)
         journal.save(number, *file_, from, std::min<std::uint64_t>(kLongestRun, saved_ - from));
 }
 
-/// 4. A file that becomes shorter is cut last: until then no count points behind its end.
 void StoredFile::write()
 {
     const std::vector<PageSlot*> slots = inWriteOrder();
@@ -312,8 +311,14 @@ void StoredFile::write()
     if (size_ > saved_ && !(last && last->changed))
         file_->resize(size_);  // ends in zeros that no page holds
     forEachRun(slots, pageSize_, [&](std::span<PageSlot* const> run) { writeRun(run, buffer); });
-    if (size_ < saved_)
-        file_->resize(size_);
+    file_->sync();
+}
+
+void StoredFile::cutOff()
+{
+    if (size_ >= saved_)
+        return;
+    file_->resize(size_);
     file_->sync();
 }
 

@@ -72,6 +72,7 @@ public:
     /// Hands over everything that write() will overwrite or cut off.
     void saveOld(UndoJournal& journal, std::uint32_t number);
     void write();
+    void cutOff();
     void changesAreSaved();
     /// Back to what is on the disk; pages that somebody holds are read again in place.
     void rollback();
