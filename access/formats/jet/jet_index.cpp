@@ -21,16 +21,6 @@ constexpr std::size_t kChildBytes = 4;
                       "The index with root page " + std::to_string(root) + " is damaged: " + how);
 }
 
-RowPointer placeOf(KeyView entry)
-{
-    return RowPointer::fromWord(loadBE<std::uint32_t>(entry.data() + entry.size() - kPlaceBytes));
-}
-
-KeyView keyOf(KeyView entry)
-{
-    return entry.first(entry.size() - kPlaceBytes);
-}
-
 }  // namespace
 
 IndexTree::IndexTree(PageSpace& space, PageMap* map, std::uint32_t root, std::uint32_t owner)

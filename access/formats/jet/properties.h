@@ -31,11 +31,11 @@ enum class PropertyType : std::uint8_t {
 };
 
 struct Property {
-    std::string name;       ///< UTF-8
-    std::uint16_t nameAt = 0;   ///< its place in the block's list of names
-    std::uint8_t ddl = 0;   ///< 1: part of the definition
-    std::uint8_t type = 0;  ///< PropertyType, or what the file says
-    std::string data;       ///< as stored
+    std::string name;          ///< UTF-8
+    std::uint16_t nameAt = 0;  ///< its place in the block's list of names
+    std::uint8_t ddl = 0;      ///< 1: part of the definition
+    std::uint8_t type = 0;     ///< PropertyType, or what the file says
+    std::string data;          ///< as stored
 };
 
 class PropertyBlock {
