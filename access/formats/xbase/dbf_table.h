@@ -1,0 +1,87 @@
+// access/formats/xbase/dbf_table.h - one open table: its DBF file, memo file and counts.
+//
+// 1. A new record changes the pages of the file at once; the count in the header, the date, the
+// next autonumbers and
+//    the end mark behind the last record are written by commit(), so that the header is never ahead
+//    of the records.
+// 2. What is kept in memory (count, autonumbers, live counts) is read again after a failed commit.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "access/formats/xbase/dbf_header.h"
+#include "access/formats/xbase/index_set.h"
+#include "access/formats/xbase/live_counts.h"
+#include "access/formats/xbase/memo_file.h"
+#include "access/storage/page_file.h"
+
+namespace velnor::xbase {
+
+struct TableOpening {
+    FileSystem* files = nullptr;
+    std::string path;  ///< "C:\FOLDER\ORDERS.DBF", as spelled on the disk
+    bool readOnly = true;
+    bool foxWord = false;  ///< opened by a FoxPro word; else FoxPro kinds are 3274
+    std::string codePage;
+};
+
+class DbfTable {
+public:
+    explicit DbfTable(const TableOpening& opening);
+
+    const std::string& path() const { return opening_.path; }
+    const DbfHeader& header() const { return header_; }
+    bool readOnly() const { return opening_.readOnly; }
+    /// Null when the table has no memo field, or its memo file is missing.
+    MemoFile* memo() { return memo_ ? &*memo_ : nullptr; }
+    bool memoMissing() const { return header_.hasMemoField() && !memo_; }
+    /// Why records cannot be written although the store could; empty when they can.
+    std::string whyNotUpdatable() const;
+    IndexSet& indexes() { return indexes_; }
+    std::vector<std::string> indexFiles() const;
+
+    /// Records of the file, deleted ones included.
+    std::uint32_t count() const { return count_; }
+    std::uint64_t fileBytes() { return files_->main().size(); }
+    std::uint64_t generation() const { return files_->generation(); }
+    /// Reads `records` whole records from a number on. 3197 when they are not there.
+    void readRecords(std::uint32_t first, std::uint32_t records, std::span<std::uint8_t> out);
+    const LiveCounts& liveCounts();
+    /// Live ones among so many records from a number on.
+    std::int64_t countLive(std::uint32_t first, std::uint32_t records);
+    std::int64_t recordCount() { return liveCounts().live(); }
+
+    std::uint32_t append(std::span<const std::uint8_t> record);
+    void overwrite(std::uint32_t number, std::span<const std::uint8_t> record);
+    void markDeleted(std::uint32_t number);
+    std::uint32_t nextNumber(std::size_t field) const { return header_.fields[field].nextNumber; }
+    void setNextNumber(std::size_t field, std::uint32_t number);
+
+    void commit();
+    void rollback();
+    std::size_t pendingBytes() const { return files_->pendingBytes(); }
+
+private:
+    void readHead();
+    void findMemo();
+    template <class Use> void forEachFlag(std::uint32_t first, std::uint32_t records, Use use);
+    void writeHead();
+    void needRoom() const;
+
+    TableOpening opening_;
+    std::unique_ptr<FileSet> files_;
+    DbfHeader header_;
+    std::optional<MemoFile> memo_;
+    IndexSet indexes_;
+    std::uint32_t count_ = 0;
+    LiveCounts liveCounts_;
+    bool changed_ = false;
+    bool appended_ = false;
+};
+
+}  // namespace velnor::xbase

@@ -1,0 +1,50 @@
+#include "access/formats/xbase/xbase_driver.h"
+
+#include "access/formats/xbase/dbf_format.h"
+#include "access/formats/xbase/xbase_store.h"
+
+namespace velnor::xbase {
+namespace {
+
+constexpr std::string_view kWords[] = {"dBASE 5.0;",  "dBASE III;",  "dBASE IV;",  "FoxPro 2.0;",
+                                       "FoxPro 2.5;", "FoxPro 2.6;", "FoxPro 3.0;"};
+
+FormatTraits traitsOf(int maxFields)
+{
+    FormatTraits traits;
+    traits.folder = true;
+    traits.maxFieldName = 10;
+    traits.cutFieldNames = true;
+    traits.maxFields = maxFields;
+    traits.maxText = 254;
+    traits.emptyTextIsNull = true;
+    return traits;
+}
+
+}  // namespace
+
+std::span<const std::string_view> XbaseDriver::connectWords() const
+{
+    return kWords;
+}
+
+const FormatTraits& XbaseDriver::traits(std::string_view connectWord) const
+{
+    static const FormatTraits three = traitsOf(128), others = traitsOf(255);
+    const NewTableForm* form = formOfConnectWord(connectWord);
+    return form && form->maxFields == 128 ? three : others;
+}
+
+std::unique_ptr<Store> XbaseDriver::open(FileSystem& files, const OpenRequest& request) const
+{
+    const NewTableForm* form = formOfConnectWord(request.connectWord);
+    if (!form)
+        throw EngineError(EngineErrorNumber::NoDriver,
+                          "There is no driver for \"" + request.connectWord + "\".");
+    const auto folder = files.info(request.name);
+    if (!folder || !folder->folder)
+        throw EngineError(EngineErrorNumber::PathInvalid, request.name + " is not a folder.");
+    return std::make_unique<XbaseStore>(files, request, *form);
+}
+
+}  // namespace velnor::xbase

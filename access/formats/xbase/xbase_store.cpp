@@ -1,0 +1,194 @@
+#include "access/formats/xbase/xbase_store.h"
+
+#include <algorithm>
+
+#include "access/formats/xbase/dbf_check.h"
+#include "access/formats/xbase/dbf_cursor.h"
+#include "access/formats/xbase/dbf_writer.h"
+#include "access/formats/xbase/new_table.h"
+#include "access/formats/xbase/table_info.h"
+#include "access/value_text.h"
+#include "platform/paths.h"
+
+namespace velnor::xbase {
+namespace {
+
+constexpr std::string_view kExtension = "DBF";
+/// What goes with a table when it is dropped, in this order behind the DBF.
+constexpr std::string_view kCompanions[] = {"DBT", "FPT", "MDX", "CDX"};
+
+/// Names that lead out of the folder, or cannot stand in one, name no table.
+bool canBeTable(std::string_view name)
+{
+    return !name.empty() && name.find_first_of("\\/:*?\"<>|") == name.npos &&
+           std::none_of(name.begin(), name.end(),
+                        [](char c) { return static_cast<unsigned char>(c) < ' '; });
+}
+
+[[noreturn]] void notFound(std::string_view table)
+{
+    throw EngineError(EngineErrorNumber::TableNotFound,
+                      "There is no table \"" + std::string(table) + "\".");
+}
+
+}  // namespace
+
+XbaseStore::XbaseStore(FileSystem& files, const OpenRequest& request, const NewTableForm& form)
+    : files_(files), request_(request), form_(form)
+{
+}
+
+std::vector<TableEntry> XbaseStore::catalogue()
+{
+    std::vector<std::pair<std::string, TableEntry>> found;
+    for (const FileInfo& file : files_.list(request_.name)) {
+        if (file.folder || !paths::sameName(paths::extension(file.name), kExtension))
+            continue;
+        const std::string_view name = paths::baseName(file.name);
+        if (!name.empty())
+            found.push_back({paths::foldName(name), {std::string(name), 0}});
+    }
+    std::sort(found.begin(), found.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<TableEntry> tables;
+    tables.reserve(found.size());
+    for (auto& [folded, entry] : found)
+        tables.push_back(std::move(entry));
+    return tables;
+}
+
+std::optional<std::string> XbaseStore::pathOf(std::string_view table)
+{
+    if (!canBeTable(table))
+        return std::nullopt;
+    const std::string path = paths::join(request_.name, std::string(table) + ".DBF");
+    const auto info = files_.info(path);
+    if (!info || info->folder)
+        return std::nullopt;
+    return paths::join(request_.name, info->name);
+}
+
+std::shared_ptr<DbfTable> XbaseStore::open(std::string_view table)
+{
+    const std::string key = paths::foldName(table);
+    if (const auto known = open_.find(key); known != open_.end())
+        return known->second;
+    const auto path = pathOf(table);
+    if (!path)
+        notFound(table);
+    TableOpening opening;
+    opening.files = &files_;
+    opening.path = *path;
+    opening.readOnly = request_.readOnly;
+    opening.foxWord = form_.fox;
+    opening.codePage = request_.codePage;
+    return open_[key] = std::make_shared<DbfTable>(opening);
+}
+
+TableLayout XbaseStore::layout(std::string_view table)
+{
+    const auto opened = open(table);
+    const DbfHeader& header = opened->header();
+    TableLayout layout;
+    layout.name = paths::baseName(opened->path());
+    for (const DbfField& field : header.fields)
+        layout.fields.push_back(fieldDefOf(field));
+    if (header.year)
+        layout.lastUpdated = static_cast<double>(dayNumber(header.year, header.month, header.day));
+    layout.whyNotUpdatable = opened->whyNotUpdatable();
+    layout.updatable = layout.whyNotUpdatable.empty();
+    return layout;
+}
+
+std::int64_t XbaseStore::recordCount(std::string_view table)
+{
+    return open(table)->recordCount();
+}
+
+std::unique_ptr<RowCursor> XbaseStore::cursor(std::string_view table,
+                                              std::optional<std::string_view> index)
+{
+    if (index)
+        throw EngineError(EngineErrorNumber::IndexKeyMissing,
+                          "There is no index \"" + std::string(*index) + "\".");
+    return std::make_unique<DbfCursor>(open(table));
+}
+
+std::unique_ptr<RowWriter> XbaseStore::writer(std::string_view table)
+{
+    return std::make_unique<DbfWriter>(open(table));
+}
+
+void XbaseStore::needWritable() const
+{
+    if (request_.readOnly)
+        throw EngineError(EngineErrorNumber::ReadOnly,
+                          request_.name + " is open for reading only.");
+}
+
+void XbaseStore::createTable(const TableLayout& layout)
+{
+    needWritable();
+    if (!canBeTable(layout.name) || layout.name.find('.') != std::string::npos)
+        throw EngineError(EngineErrorNumber::InvalidTableName,
+                          "\"" + layout.name + "\" cannot be the name of a table.");
+    if (pathOf(layout.name))
+        throw EngineError(EngineErrorNumber::TableAlreadyExists,
+                          "The table \"" + layout.name + "\" exists already.");
+    createTableFiles(files_, paths::join(request_.name, layout.name + ".DBF"), layout, form_,
+                     request_.codePage);
+}
+
+void XbaseStore::dropTable(std::string_view table)
+{
+    needWritable();
+    const auto path = pathOf(table);
+    if (!path)
+        notFound(table);
+    try {
+        open(table);  // 3045 when somebody else works on it
+    } catch (const EngineError& error) {
+        if (error.code() != EngineErrorNumber::UnexpectedFormat)
+            throw;  // a damaged table may go
+    }
+    open_.erase(paths::foldName(table));
+    files_.remove(*path);
+    for (const std::string_view extension : kCompanions) {
+        const std::string companion = paths::withExtension(*path, extension);
+        if (files_.fileExists(companion))
+            files_.remove(companion);
+    }
+    files_.syncFolder(request_.name);
+}
+
+void XbaseStore::commit()
+{
+    for (auto at = open_.begin(); at != open_.end(); ++at)
+        try {
+            at->second->commit();
+        } catch (...) {
+            for (++at; at != open_.end(); ++at)
+                at->second->rollback();
+            throw;
+        }
+}
+
+std::size_t XbaseStore::pendingBytes() const
+{
+    std::size_t bytes = 0;
+    for (const auto& [name, table] : open_)
+        bytes += table->pendingBytes();
+    return bytes;
+}
+
+void XbaseStore::check(std::string_view table, const ProblemSink& report)
+{
+    checkTable(*open(table), report);
+}
+
+std::vector<std::pair<std::string, std::string>> XbaseStore::info(std::string_view table)
+{
+    return tableInfo(*open(table));
+}
+
+}  // namespace velnor::xbase

@@ -1,0 +1,44 @@
+// access/formats/xbase/xbase_store.h - a folder of tables. Opens only the tables that are asked
+// for.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "access/formats/driver.h"
+#include "access/formats/xbase/dbf_format.h"
+#include "access/formats/xbase/dbf_table.h"
+
+namespace velnor::xbase {
+
+class XbaseStore final : public Store {
+public:
+    XbaseStore(FileSystem& files, const OpenRequest& request, const NewTableForm& form);
+
+    std::vector<TableEntry> catalogue() override;
+    TableLayout layout(std::string_view table) override;
+    std::int64_t recordCount(std::string_view table) override;
+    std::unique_ptr<RowCursor> cursor(std::string_view table,
+                                      std::optional<std::string_view> index) override;
+    std::unique_ptr<RowWriter> writer(std::string_view table) override;
+    void createTable(const TableLayout& layout) override;
+    void dropTable(std::string_view table) override;
+    void commit() override;
+    std::size_t pendingBytes() const override;
+    void check(std::string_view table, const ProblemSink& report) override;
+    std::vector<std::pair<std::string, std::string>> info(std::string_view table) override;
+
+private:
+    std::shared_ptr<DbfTable> open(std::string_view table);
+    /// The path of a table as spelled on the disk; nothing when there is none.
+    std::optional<std::string> pathOf(std::string_view table);
+    void needWritable() const;
+
+    FileSystem& files_;
+    OpenRequest request_;
+    const NewTableForm& form_;
+    std::map<std::string, std::shared_ptr<DbfTable>> open_;  // by folded name
+};
+
+}  // namespace velnor::xbase
