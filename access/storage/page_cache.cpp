@@ -114,7 +114,7 @@ void PageCache::changesAreSaved()
 
 void PageCache::putOnClock(PageSlot& slot)
 {
-    slot.used = true;
+    slot.used = false;  // a page that is wanted once goes before one that is wanted again
     clock_.push_back(&slot);
     slot.place = static_cast<std::uint32_t>(clock_.size() - 1);
 }
@@ -138,6 +138,7 @@ PageSlot* PageCache::evict()
         if (slot->pins == 0 && !slot->used) {
             takeFrom(clock_, *slot);
             leave(*slot);
+            ++hand_;  // the newest page has come here: it gets its round
             return slot;
         }
         slot->used = false;
