@@ -66,7 +66,8 @@ bool before(const std::string& a, const std::string& b)
 
 FileInfo existing(const QString& path)
 {
-    const auto found = host().files->info(fullPath(path).toStdString());
+    const auto found = path.isEmpty() ? std::optional<FileInfo>()
+                                      : host().files->info(fullPath(path).toStdString());
     if (!found)
         throw pathError(RunErrorNumber::FileNotFound, path.toStdString());
     return *found;

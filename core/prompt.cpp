@@ -72,6 +72,17 @@ void prepare(QFileDialog& dialog, const FileQuestion& question)
         dialog.selectFile(whole ? nativeOf(question.fileName) : question.fileName);
 }
 
+/// Position of the chosen filter from 1. The dialog names it with or without its patterns.
+int chosenFilter(const QFileDialog& dialog, const FileQuestion& question)
+{
+    const QString selected = dialog.selectedNameFilter();
+    const QStringList filters = dialogFilters(question.filter);
+    for (qsizetype i = 0; i < filters.size(); ++i)
+        if (filters[i] == selected || filters[i].startsWith(selected + " ("))
+            return static_cast<int>(i) + 1;
+    return question.filterIndex;
+}
+
 std::optional<QStringList> DesktopPrompt::file(QWidget* parent, FileQuestion& question)
 {
     QFileDialog dialog(parent, shownText(question.title));
@@ -89,9 +100,7 @@ std::optional<QStringList> DesktopPrompt::file(QWidget* parent, FileQuestion& qu
              kProgramTitle);
         return std::nullopt;
     }
-    const auto filter = dialogFilters(question.filter).indexOf(dialog.selectedNameFilter());
-    if (filter >= 0)
-        question.filterIndex = static_cast<int>(filter) + 1;
+    question.filterIndex = chosenFilter(dialog, question);
     return chosen;
 }
 

@@ -18,4 +18,10 @@ inline int toTwips(int pixels)
     return pixels * kTwipsPerPixel;
 }
 
+/// Where a window goes: its stored place, or 500 when that is off the screen. All in twips.
+inline int placeOnScreen(int stored, int screenExtent)
+{
+    return stored < 0 || stored > screenExtent ? 500 : stored;
+}
+
 }  // namespace velnor
