@@ -64,7 +64,7 @@ Coding codingOf(char letter, std::uint32_t length, const DbfFormat& format)
     case '@':
         return whenLong(8, format.level7 ? Coding::Moment7 : Coding::MomentLE);
     case 'O':
-        return whenLong(8, format.level7 ? Coding::Real7 : Coding::RealLE);
+        return whenLong(8, Coding::Real7);
     case 'V':
         return Coding::Varchar;
     case 'Q':

@@ -1,0 +1,58 @@
+"""Every table of the corpus through the driver, compared with its expected values.
+
+A table whose file does not say its code page may be told the one of the manifest.
+"""
+import json, os, subprocess, sys, tempfile
+
+CORPUS = os.environ.get('VELNOR_CORPUS', '')
+TOOLS = os.environ.get('VELNOR_TOOLS', '')
+if not os.path.exists(os.path.join(CORPUS, 'xbase', 'manifest.json')) or not os.path.isdir(TOOLS):
+    print('no corpus here: skipped')
+    sys.exit(77)
+sys.path.insert(0, TOOLS)
+sys.dont_write_bytecode = True
+import fingerprint
+
+# Table: why it may differ.
+EXCEPTIONS = {}
+
+
+def differences(program, path, page, expected, unsure):
+    with tempfile.NamedTemporaryFile(suffix='.csv') as out:
+        run = subprocess.run([program, path] + ([page] if page else []), stdout=out,
+                             stderr=subprocess.PIPE, timeout=60)
+        if run.returncode != 0:
+            return ['exit %d: %s' % (run.returncode, run.stderr.decode('utf-8', 'replace').strip())]
+        got, want = fingerprint.fingerprint(out.name), fingerprint.fingerprint(expected)
+        for side in (got, want):
+            for column in side['columns']:
+                if column['name'].lower() in unsure:
+                    column['sha'] = '-'
+        bad = fingerprint.compare(got, want)
+        first = fingerprint.first_difference(out.name, expected) if bad else None
+        return bad + ([first] if first else [])
+
+
+def main():
+    program, folder = os.environ['XBASE_DUMP'], os.path.join(CORPUS, 'xbase')
+    failed = tables = told = 0
+    for entry in json.load(open(os.path.join(folder, 'manifest.json'))):
+        for table in entry['tables']:
+            if not table.get('dump') or entry['file'] in EXCEPTIONS:
+                continue
+            tables += 1
+            path, expected = os.path.join(folder, entry['file']), os.path.join(folder, table['dump'])
+            unsure = [name.lower() for name in table.get('unsure_columns') or []]
+            bad = differences(program, path, None, expected, unsure)
+            if bad and entry.get('codepage'):
+                again = differences(program, path, entry['codepage'], expected, unsure)
+                told += not again
+                bad = again and bad
+            if bad:
+                failed += 1
+                print('FAIL', entry['file'], '; '.join(bad)[:400])
+    print('%d tables, %d failed, %d told their code page' % (tables, failed, told))
+    return 1 if failed or not tables else 0
+
+
+sys.exit(main())
