@@ -1,0 +1,25 @@
+// access/formats/jet/jet_driver.h - Access databases: Jet 4 (Access 2000 to 2003) and Jet 3 (95,
+// 97).
+//
+// A file is a database of many tables. Reads and writes both versions, with a database password and
+// with encoded pages. Refuses with 3343 what is no such file, ACCDB files included, and with 3031 a
+// wrong password.
+// Writing is refused with clear words (3251) where the file would not stay right: an index whose
+// sort order is not known for sure, a change that a relationship forbids or would have to carry on.
+// Bytes:  docs/formats/jet.md. No other header of this folder is included from outside it.
+#pragma once
+
+#include "access/formats/driver.h"
+
+namespace velnor::jet {
+
+class JetDriver final : public Driver {
+public:
+    std::span<const std::string_view> connectWords() const override;  // "Access 2000;" "" ";" ...
+    const FormatTraits& traits(std::string_view connectWord) const override;
+    std::unique_ptr<Store> open(FileSystem& files, const OpenRequest& request) const override;
+    /// Option 32 makes the older version, Jet 3.
+    void create(FileSystem& files, const CreateRequest& request) const override;
+};
+
+}  // namespace velnor::jet

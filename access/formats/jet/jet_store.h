@@ -1,0 +1,47 @@
+// access/formats/jet/jet_store.h - an open Access database.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "access/formats/driver.h"
+#include "access/formats/jet/catalog.h"
+#include "access/formats/jet/jet_file.h"
+#include "access/formats/jet/jet_table.h"
+
+namespace velnor::jet {
+
+class JetStore final : public Store {
+public:
+    JetStore(FileSystem& files, const OpenRequest& request);
+
+    std::vector<TableEntry> catalogue() override;
+    TableLayout layout(std::string_view table) override;
+    std::int64_t recordCount(std::string_view table) override;
+    std::unique_ptr<RowCursor> cursor(std::string_view table,
+                                      std::optional<std::string_view> index) override;
+    std::unique_ptr<RowWriter> writer(std::string_view table) override;
+    void createTable(const TableLayout& layout) override;
+    void dropTable(std::string_view table) override;
+    void commit() override;
+    std::size_t pendingBytes() const override { return file_.pendingBytes(); }
+    void check(std::string_view table, const ProblemSink& report) override;
+    std::vector<std::pair<std::string, std::string>> info(std::string_view table) override;
+
+    JetFile& file() { return file_; }
+    Catalog& catalog() { return catalog_; }
+    /// The open table of a name; 3078 when there is none, 3274 when it cannot be read.
+    std::shared_ptr<JetTable> openTable(std::string_view name);
+
+private:
+    const CatalogEntry& entryOf(std::string_view table);
+    void needWriteable();
+    void forgetChanges();
+
+    JetFile file_;
+    Catalog catalog_;
+    std::map<PageNumber, std::shared_ptr<JetTable>> tables_;  // by definition page
+};
+
+}  // namespace velnor::jet
