@@ -1,0 +1,105 @@
+// app/main.cpp - the program: its host, the calls upward, and the main window.
+#include <memory>
+
+#include <QApplication>
+#include <QIcon>
+#include <QStyle>
+#include <QStyleFactory>
+
+#include "access/routing.h"
+#include "core/application_folder.h"
+#include "core/attempt.h"
+#include "core/startup.h"
+#include "core/upcalls.h"
+#include "platform/desktop_qt/qt_desktop.h"
+#include "platform/host.h"
+#include "windows/save_file_as.h"
+#include "windows/velnor1.h"
+
+namespace velnor {
+namespace {
+
+/// Files, clock and desktop of the machine that the program runs on.
+class RealHost {
+public:
+    RealHost() : files_(makeLinuxFileSystem(paths_)), desktop_(makeQtDesktop(paths_))
+    {
+        attempt([this] { readDriveMap(paths_); });
+        attempt([this] { prepareApplicationFolder(paths_); });
+        host_.files = files_.get();
+        host_.clock = &systemClock();
+        host_.desktop = desktop_.get();
+        host_.paths = &paths_;
+        attempt([this] { host_.currentFolder = paths_.toProgram("."); });
+        setHost(&host_);
+    }
+
+private:
+    HostPaths paths_;
+    std::unique_ptr<FileSystem> files_;
+    std::unique_ptr<Desktop> desktop_;
+    Host host_;
+};
+
+/// Icons and style where the desktop brings none of its own.
+void dress(QApplication& app)
+{
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/velnor/icons/velnor.svg")));
+    QIcon::setFallbackSearchPaths(QIcon::fallbackSearchPaths()
+                                  << QStringLiteral("/usr/share/icons"));
+    const bool dark = app.palette().color(QPalette::Window).lightness() < 128;
+    const QString theme = dark ? QStringLiteral("breeze-dark") : QStringLiteral("breeze");
+    QIcon::setFallbackThemeName(theme);
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
+        QIcon::setThemeName(theme);
+    if (QApplication::style()->name().compare(QLatin1String("windows"), Qt::CaseInsensitive) == 0)
+        QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+}
+
+void fillUpcalls(Velnor1& window)
+{
+    upcalls().DisplayFile = [&](const QString& path) { window.DisplayFile(path); };
+    upcalls().OpenwithOLE = [&](const QString& path) { window.OpenwithOLE(path); };
+    upcalls().SaveFileAs = [](const QString& path) { SaveFileAs(path); };
+    upcalls().EnableSelectMenus = [&] { window.EnableSelectMenus(); };
+}
+
+/// The one path on the command line as the program names it; a web address stays as it is.
+QString commandLinePath(const QStringList& arguments)
+{
+    QString path = joinedArguments(arguments.mid(1));
+    if (!path.isEmpty() && !isWebAddress(path))
+        attempt(
+            [&] { path = QString::fromStdString(host().paths->fromPerson(path.toStdString())); });
+    return path;
+}
+
+int run(QApplication& app)
+{
+    const RealHost machine;
+    dress(app);
+    const QString path = commandLinePath(QApplication::arguments());
+    const QString startFolder = QString::fromStdString(host().currentFolder);
+    StartProgram();
+    Velnor1 window;
+    fillUpcalls(window);
+    window.setCommandLine(path);
+    window.setStartFolder(startFolder);
+    window.Form_Load();
+    window.show();
+    const int result = QApplication::exec();
+    resetUpcalls();
+    return result;
+}
+
+}  // namespace
+}  // namespace velnor
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("velnor"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Velnor"));
+    QApplication::setDesktopFileName(QStringLiteral("velnor"));
+    return velnor::run(app);
+}

@@ -1,0 +1,107 @@
+// windows/childfrm1.h - the table browser: one table or sheet of a database file at a time, in a
+// grid.
+//
+// A viewer: the grid doesn't edit. Data1 holds the file open until the window goes or lets go of
+// it; the grid reads through a cursor of its own, so that painting never moves the record in hand.
+#pragma once
+
+#include <optional>
+
+#include "core/bounded_array.h"
+#include "windows/data_control.h"
+#include "windows/document_child.h"
+
+class QListWidget;
+class QPlainTextEdit;
+class QSplitter;
+class QToolButton;
+
+namespace velnor {
+
+class DataStrip;
+class RecordGrid;
+class RecordsetModel;
+
+class ChildFrm1 : public DocumentChild {
+    Q_OBJECT
+public:
+    explicit ChildFrm1(MDIForm1& shell);
+    ~ChildFrm1() override;
+
+    // Controls.
+    DataControl Data1;
+    DataStrip* Data1Strip;  // the face of Data1
+    RecordGrid* MSFlexGrid1;
+    QWidget* Frame1;     // tables and indexes
+    QListWidget* List1;  // tables
+    QListWidget* List2;  // indexes
+    QToolButton* ExitDBaseBtn;
+    QWidget* Frame2;  // a memo as a whole
+    QPlainTextEdit* Text2;
+    QToolButton* ExitCommBtn;
+
+    // Members that others look at.
+    short NUMINDEXES = 0;
+    QString INDEX_NAME, SORTEDBY;
+    bool CHILDQUERYACTIVE_FLG = false;
+    QString QUERYSTATEMENT, QUERY_FILENAME;
+
+    void Form_Load() override;
+    void Form_Activate() override;
+    void enableTools() override;
+    void mnuViewTable_Click() override;
+    void mnuViewIndex_Click() override;
+    void mnuViewComments_Click() override;
+    void mnuFileRefresh_Click() override;
+    void mnuEditCopy_Click() override;
+    void showTable(const QString& name) override;
+    QStringList tables() const override;
+    void releaseFile() override;
+
+    // What the controls do.
+    void List1_Click();
+    void List2_Click();
+    void MSFlexGrid1_Click();
+    void ExitDBaseBtn_Click();
+    void ExitCommBtn_Click();
+    void Data1_Reposition();
+
+    short columnType(int column) const { return columnTypes_[column]; }
+
+protected:
+    void Form_Unload() override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void buildControls();
+    QWidget* buildLists();
+    QWidget* buildComments();
+    void openFile();
+    void openFolderTable();
+    bool openDatabaseFile();
+    void refreshData();
+    void tellOpening(int number, const QString& description);
+    void fillLists();
+    void setColumns();
+    void showComments(int row, int column);
+    void showPanes();
+    void paintWindow();
+    void recordCell(int row);
+
+    QString fileType_, folder_, fileName_, connect_, password_;
+    BoundedArray<short, 301> columnTypes_;
+    short tableCount_ = 0;
+    std::int64_t gridRow_ = 0;  // the record that Data1 stands on
+    bool firstActivation_ = true;
+    bool closeWindow_ = false;  // the file could not be opened
+    bool tablePane_ = false;
+    bool indexPane_ = false;
+    bool loading_ = false;  // the lists are being filled: a click in them is not the user's
+    bool opened_ = false;   // counted in DATABASE_COUNT
+    RecordsetModel* rows_;
+    QWidget* tableBox_;
+    QWidget* indexBox_;
+    QSplitter* side_;
+};
+
+}  // namespace velnor

@@ -1,0 +1,104 @@
+// windows/velnor1.h - the main window: a menu bar, a strip of seven workspaces with a row of tools
+// each, and a status line. It keeps the tools by name and runs the one that was clicked; what they
+// do belongs to the workspaces, and the gate to the viewing windows is DisplayFile.
+#pragma once
+
+#include <QMainWindow>
+#include <QPointer>
+
+#include "core/window_list.h"
+#include "windows/main_tab.h"
+#include "windows/tool_set.h"
+
+class QLabel;
+class QStackedWidget;
+class QTabBar;
+class QTimer;
+class QToolBar;
+
+namespace velnor {
+
+class CopyPlace;
+class DatabasesTab;
+class MDIForm1;
+
+class Velnor1 : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit Velnor1(QWidget* parent = nullptr);
+    ~Velnor1() override;
+
+    // Controls.
+    ToolSet* ToolBarComp1;
+    QTabBar* TabStrip1;
+    QTimer* Timer1;
+    QLabel* ID_Date;
+    QLabel* ID_Time;
+
+    /// The command line, joined; its file is opened at the first activation.
+    void setCommandLine(const QString& joined) { commandLine_ = joined; }
+    /// The folder that the file list shows first.
+    void setStartFolder(const QString& folder) { startFolder_ = folder; }
+    /// Everything that is read and built before the window is seen.
+    void Form_Load();
+    void Form_Activate();
+
+    /// The one gate to every viewing window.
+    void DisplayFile(const QString& path);
+    void OpenwithOLE(const QString& file);
+    void OpenBtn_Click();
+    void EnableSelectMenus();
+    void DisableSelectMenus();
+    void SetWinSize();
+    void SetWinSizeVariables();
+    void Timer1_Timer();
+
+    /// Brings a tab to the front by its caption.
+    void showTab(const QString& caption);
+    DatabasesTab& databases() { return *databases_; }
+    CopyPlace& copyPlace() { return *copy_; }
+    MDIForm1* shell() const { return shell_; }
+    void status(const QString& text);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void buildTabs();
+    void addTab(MainTab* tab);
+    void buildMenus();
+    void buildStatusBar();
+    void addComingTabs();
+    void TabStrip1_Click(int index);
+    void browseSelected();
+    void saveSelected();
+    void closeSelectedWindow();
+    void openWithAnother();
+    void step(void (Velnor1::*procedure)());
+    MDIForm1& loadShell();
+
+    QList<MainTab*> tabs_;
+    QList<QToolBar*> toolbars_;
+    QStackedWidget* stack_;
+    DatabasesTab* databases_;
+    CopyPlace* copy_;
+    QPointer<MDIForm1> shell_;
+    QLabel* selectedFile_;
+    WindowEntry entry_;
+    QString commandLine_;
+    QString startFolder_;
+    QString openFolder_;
+    int openFilter_ = 1;
+    int tabInFront_ = 0;
+    bool notActivated_ = true;
+    bool loaded_ = false;
+};
+
+/// Up to six arguments as the one path that they are: joined by blanks, its quotes taken off.
+QString joinedArguments(const QStringList& arguments);
+
+}  // namespace velnor

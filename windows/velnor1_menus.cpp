@@ -1,0 +1,237 @@
+// The main window's menus by group of commands, and the tabs whose work is still to come.
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTabBar>
+#include <QToolBar>
+
+#include "core/attempt.h"
+#include "core/globals.h"
+#include "windows/copy_place.h"
+#include "windows/databases_tab.h"
+#include "windows/mdiform1.h"
+#include "windows/not_there_yet.h"
+#include "windows/velnor1.h"
+
+namespace velnor {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+ToolRow later(const char* id, const QString& text, const QString& with, const QString& icon = {})
+{
+    return notThereYet(QString::fromLatin1(id), text, icon, with);
+}
+
+/// Hands a key to the field that has the focus, as its own context menu would.
+void pressInFocus(QKeySequence::StandardKey key)
+{
+    QWidget* focus = QApplication::focusWidget();
+    if (!focus)
+        return;
+    const QKeyCombination keys = QKeySequence(key)[0];
+    QKeyEvent press(QEvent::KeyPress, keys.key(), keys.keyboardModifiers());
+    QApplication::sendEvent(focus, &press);
+}
+
+}  // namespace
+
+void Velnor1::addComingTabs()
+{
+    const auto coming = [this](const QString& caption, const QString& icon, const QString& words,
+                               QList<ToolRow> rows) {
+        return new ComingTab(caption, icon, words, std::move(rows), this);
+    };
+    const QString design = u"table design"_s, print = u"printing"_s, mail = u"mail"_s;
+    const QString distribution = u"distribution"_s, options = u"the options"_s;
+    addTab(databases_);
+    addTab(coming(
+        u"Design"_s, u"document-edit"_s,
+        u"Here the fields and indexes of a table will be shown and changed."_s,
+        {later("ID_OpenDatabase", u"&Open Database..."_s, design, u"document-open"_s),
+         later("ID_CreateDatabase", u"&New Database..."_s, design, u"document-new"_s),
+         later("ID_CreateTable", u"New &Table"_s, design, u"table"_s),
+         later("ID_CreateIndex", u"New &Index"_s, design, u"view-sort-ascending"_s),
+         later("ID_HelpDesign", u"&Help with Design"_s, u"the manual"_s, u"help-contents"_s)}));
+    addTab(copy_);
+    addTab(coming(
+        u"Print"_s, u"document-print"_s,
+        u"Here texts, tables and lists of files will be printed."_s,
+        {later("ID_PrintText/Documents", u"&Texts and Documents"_s, print, u"text-x-generic"_s),
+         later("ID_PrintDatabaseFiles", u"&Database Files"_s, print, u"table"_s),
+         later("ID_PrintFileLists", u"&File Lists"_s, print, u"view-list-details"_s),
+         later("ID_HelpPrintingFiles", u"&Help with Printing"_s, u"the manual"_s,
+               u"help-contents"_s)}));
+    addTab(
+        coming(u"EMail"_s, u"mail-message"_s,
+               u"Here files will be sent and received as attachments of mail."_s,
+               {later("ID_ReceiveFirst", u"&First Message"_s, mail, u"go-first"_s),
+                later("ID_ReceiveNext", u"&Next Message"_s, mail, u"go-next"_s),
+                later("ID_Send", u"&Send"_s, mail, u"mail-send"_s),
+                later("ID_Reply", u"&Reply"_s, mail, u"mail-reply-sender"_s),
+                later("ID_Forward", u"For&ward"_s, mail, u"mail-forward"_s),
+                later("ID_Addresses", u"&Addresses"_s, mail, u"view-pim-contacts"_s),
+                later("ID_EMailHelp", u"&Help with Mail"_s, u"the manual"_s, u"help-contents"_s)}));
+    addTab(coming(
+        u"Distribution"_s, u"folder-cloud"_s,
+        u"Here tables will be published as web pages, and files copied, moved and zipped."_s,
+        {later("ID_DstOpenDistribution", u"&Open Distribution..."_s, distribution,
+               u"document-open"_s),
+         later("ID_DstDistributionLog", u"Distribution &Log"_s, distribution, u"view-list-text"_s),
+         later("ID_DstHelp", u"&Help with Distribution"_s, u"the manual"_s, u"help-contents"_s)}));
+    addTab(coming(
+        u"Tools"_s, u"configure"_s, u"Here colors and options will be set."_s,
+        {later("ID_SetColors", u"Set &Colors"_s, options, u"color-management"_s),
+         later("ID_GeneralOptions", u"&General Options"_s, options, u"configure"_s),
+         later("ID_SearchOptions", u"&Search Options"_s, options, u"edit-find"_s),
+         later("ID_EMailOptions", u"&EMail Options"_s, options, u"mail-message"_s),
+         later("ID_OptionsHelp", u"&Help with Options"_s, u"the manual"_s, u"help-contents"_s)}));
+
+    ToolBarComp1->fill(
+        *toolbars_[0],
+        {{u"ID_OpenBtn"_s, u"&Open..."_s, u"Open a file"_s, edge(this, &Velnor1::OpenBtn_Click),
+          u"document-open"_s},
+         later("ID_FindBtn", u"&Find Files..."_s, u"the file search"_s, u"edit-find"_s),
+         later("ID_FindNextBtn", u"Find &Next"_s, u"the file search"_s, u"go-down-search"_s),
+         toolLine()});
+    for (qsizetype i = 0; i < tabs_.size(); ++i) {
+        ToolBarComp1->fill(*toolbars_[i], tabs_[i]->tools());
+        TabStrip1->addTab(tabs_[i]->caption());
+    }
+    ToolBarComp1->fill(*toolbars_[0], {toolLine(), later("ID_HelpBtn", u"&Help"_s, u"the manual"_s,
+                                                         u"help-contents"_s)});
+}
+
+void Velnor1::buildMenus()
+{
+    const QString files = u"the file operations"_s, organizer = u"the organizer"_s;
+    ToolSet& tools = *ToolBarComp1;
+    const auto own = [this](void (Velnor1::*procedure)()) { return edge(this, procedure); };
+
+    tools.fill(
+        *menuBar()->addMenu(tr("&File")),
+        {{u"ID_mnuOpen"_s, u"&Open..."_s, u"Open a file"_s, own(&Velnor1::OpenBtn_Click),
+          u"document-open"_s, QKeySequence::Open},
+         {u"ID_mnuOpenFilewithanotherApplication"_s, u"Open with another &Application"_s,
+          u"Open the selected file with the program that the desktop has for it"_s,
+          own(&Velnor1::openWithAnother), u"document-open-folder"_s},
+         {u"ID_mnuClose"_s, u"&Close"_s, u"Close the window of the selected file"_s,
+          own(&Velnor1::closeSelectedWindow), u"document-close"_s, QKeySequence::Close},
+         {u"ID_mnuSaveAs"_s, u"Save &As..."_s, u"Copy the selected file under another name"_s,
+          own(&Velnor1::saveSelected), u"document-save-as"_s, QKeySequence::SaveAs},
+         toolLine(),
+         later("ID_mnuRenameFile", u"Re&name..."_s, files, u"edit-rename"_s),
+         later("ID_mnuMoveFile", u"&Move..."_s, files),
+         later("ID_mnuDelete", u"&Delete..."_s, files, u"edit-delete"_s),
+         later("ID_mnuFileProperties", u"P&roperties..."_s, files, u"document-properties"_s),
+         toolLine(),
+         later("ID_mnuSetUpPrinter", u"Printer Set&up..."_s, u"printing"_s),
+         later("ID_mnuPrint", u"&Print..."_s, u"printing"_s, u"document-print"_s),
+         later("ID_mnuSend", u"&Send..."_s, u"mail"_s, u"mail-send"_s),
+         later("ID_mnuReceive", u"Recei&ve..."_s, u"mail"_s, u"mail-receive"_s),
+         toolLine(),
+         {u"ID_mnuExit"_s, u"E&xit"_s, u"End the program"_s, [this] { close(); },
+          u"application-exit"_s, QKeySequence::Quit}});
+
+    QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+    tools.fill(*edit,
+               {{u"ID_mnuCopySelect"_s, u"&Copy"_s, u"Copy what is selected"_s,
+                 [] { pressInFocus(QKeySequence::Copy); }, u"edit-copy"_s},
+                {u"ID_mnuPaste"_s, u"&Paste"_s, u"Paste the clipboard's text"_s,
+                 [] { pressInFocus(QKeySequence::Paste); }, u"edit-paste"_s},
+                toolLine(),
+                later("ID_mnuFindFiles", u"&Find Files..."_s, u"the file search"_s, u"edit-find"_s),
+                later("ID_mnuFindNext", u"Find &Next"_s, u"the file search"_s)});
+
+    QMenu* view = menuBar()->addMenu(tr("&View"));
+    tools.fill(*view, {{u"ID_mnuViewBrowseTable"_s, u"&Browse Table"_s, u"Show the selected file"_s,
+                        own(&Velnor1::browseSelected), u"table"_s, QKeySequence(u"Ctrl+B"_s)},
+                       later("ID_mnuViewEditTable", u"&Edit Table"_s, u"the data entry window"_s,
+                             u"document-edit"_s),
+                       toolLine(),
+                       later("ID_mnuViewOrganizerName", u"Organizer by &Name"_s, organizer),
+                       later("ID_mnuViewOrganizerGroup", u"Organizer by &Group"_s, organizer),
+                       later("ID_mnuViewOrganizerDate", u"Organizer by &Date"_s, organizer),
+                       later("ID_mnuViewDatabaseSize", u"Organizer by Si&ze"_s, organizer),
+                       later("ID_ViewCopyLog", u"View Copy &Log"_s, u"the copy log"_s),
+                       toolLine()});
+    QMenu* list = view->addMenu(tr("File &List"));
+    for (const char* id : {"ID_LargeIcons", "ID_SmallIcons", "ID_ListIcons", "ID_DetailIcons"})
+        list->addAction(tools.find(QString::fromLatin1(id)));
+    QMenu* filter = view->addMenu(tr("&Filter"));
+    for (const char* id :
+         {"ID_DBaseBtn", "ID_ParadoxBtn", "ID_AccessBtn", "ID_ExcelBtn", "ID_LotusBtn",
+          "ID_AllDataFilter", "ID_TextFilterBtn", "ID_AllFilesFilter"})
+        filter->addAction(tools.find(QString::fromLatin1(id)));
+    view->addAction(tools.find(u"ID_UpFolderBtn"_s));
+    view->addAction(tools.find(u"ID_RefreshBtn"_s));
+
+    tools.fill(
+        *menuBar()->addMenu(tr("&Organize")),
+        {later("ID_mnuAddFiletoDatabase", u"&Add File to Organizer..."_s, organizer),
+         later("ID_mnuOrganizeFileswithSearch", u"Organize Files with &Search..."_s, organizer),
+         later("ID_mnuOrganizeCreateDatabase", u"Organizer &Databases..."_s, organizer),
+         later("ID_mnuCreateGroups", u"Organizer &Groups..."_s, organizer),
+         later("ID_mnuClearOrganizer", u"&Clear Organizer..."_s, organizer),
+         later("ID_PrintReportofDatabaseOrganizer", u"&Print Report..."_s, organizer), toolLine(),
+         later("ID_mnuBackUpDatabaseOrganizer", u"&Back Up Organizer..."_s, organizer),
+         later("ID_mnuRestore", u"&Restore Organizer..."_s, organizer),
+         later("ID_mnuRepairorCompact", u"Re&pair or Compact Organizer..."_s, organizer)});
+
+    QMenu* copy = menuBar()->addMenu(tr("&Copy"));
+    tools.fill(*copy, {{u"ID_mnuCopyRecords"_s, u"Copy &Records"_s,
+                        u"Append the records of one file to another"_s,
+                        [this] { showTab(u"Copy"_s); }, u"edit-copy"_s}});
+    tools.fill(*copy, copy_->tools().mid(0, 3));
+    tools.fill(
+        *copy,
+        {toolLine(),
+         later("ID_mnuCopyFileFormat", u"Copy to another &Format..."_s, u"the format conversion"_s),
+         later("ID_mnuAddTabletoAccessDatabaseFile", u"Add &Table to an Access File..."_s,
+               u"the format conversion"_s),
+         later("ID_mnuDeleteDatabaseTableorFile", u"&Delete Table or File..."_s, files)});
+
+    tools.fill(*menuBar()->addMenu(tr("&Query")),
+               {later("ID_mnuQuerycurrentDatabaseTable", u"&Query the Table..."_s,
+                      u"the query window"_s, u"view-filter"_s)});
+
+    tools.fill(*menuBar()->addMenu(tr("&Utilities")),
+               {later("ID_mnuSetWorkingFolderList", u"Working &Folder List..."_s,
+                      u"the working folder list"_s),
+                later("ID_mnuSetApplicationColors", u"Set Window &Colors"_s, u"the options"_s),
+                later("ID_mnuSetApplicationOptions", u"Set Program &Options"_s, u"the options"_s),
+                toolLine(),
+                later("ID_mnuRepairorCompactAccessDatabaseFile",
+                      u"&Repair or Compact an Access File..."_s, u"the file operations"_s)});
+
+    QMenu* window = menuBar()->addMenu(tr("&Window"));
+    tools.fill(*window, {{u"ID_mnuOpenFiles"_s, u"&Open Files"_s,
+                          u"Bring the window with the open files to the front"_s,
+                          [this] {
+                              if (shell_)
+                                  shell_->bringUp();
+                          },
+                          u"window"_s}});
+    window->addSeparator();
+    for (int i = 0; i < TabStrip1->count(); ++i) {
+        QAction* go = window->addAction(u"&%1  %2"_s.arg(i + 1).arg(TabStrip1->tabText(i)));
+        go->setShortcut(QKeySequence(u"Ctrl+%1"_s.arg(i + 1)));
+        connect(go, &QAction::triggered, this, [this, i] { TabStrip1->setCurrentIndex(i); });
+    }
+    connect(window, &QMenu::aboutToShow, this,
+            [this] { ToolBarComp1->enable(u"ID_mnuOpenFiles"_s, shell_ != nullptr); });
+
+    tools.fill(*menuBar()->addMenu(tr("&Help")),
+               {later("ID_mnuHelpTableofContents", u"Table of &Contents"_s, u"the manual"_s,
+                      u"help-contents"_s),
+                later("ID_mnuSearchonHelpTopic", u"&Search on Help Topic..."_s, u"the manual"_s),
+                later("ID_mnuQuickTips", u"&Quick Tips"_s, u"the quick tips"_s),
+                later("ID_AbouttheDatabaseFileCopier", u"&About the Database File Copier"_s,
+                      u"the about window"_s, u"help-about"_s)});
+}
+
+}  // namespace velnor
