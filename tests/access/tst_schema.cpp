@@ -1,0 +1,267 @@
+// Names of tables and structures of tables, read into the shared arrays.
+#include <QDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include "access/schema.h"
+#include "core/globals.h"
+#include "tests/access/made_files.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/scripted_prompt.h"
+
+using namespace velnor;
+using namespace velnor::testing;
+
+namespace {
+
+/// Presses OKBtn with a text in the password box.
+int giveAndAccept(QDialog& dialog, const QString& password)
+{
+    dialog.findChild<QLineEdit*>("txtPassword")->setText(password);
+    dialog.findChild<QPushButton*>("OKBtn")->click();
+    return dialog.result();
+}
+
+int cancel(QDialog& dialog)
+{
+    dialog.findChild<QPushButton*>("CancelBtn")->click();
+    return dialog.result();
+}
+
+}  // namespace
+
+class TstSchema : public QObject {
+    Q_OBJECT
+private slots:
+    void init()
+    {
+        sandbox_ = std::make_unique<Sandbox>();
+        prompt_ = std::make_unique<ScriptedPrompt>();
+        resetGlobals();
+    }
+    void cleanup()
+    {
+        prompt_.reset();
+        sandbox_.reset();
+    }
+
+    void typeNames_goBothWays()
+    {
+        for (short code = 1; code <= 23; ++code) {
+            if (const QString name = FieldTypeName(code); !name.isEmpty() && code != 17)
+                QCOMPARE(FieldTypeCode(name), code);
+        }
+        QCOMPARE(FieldTypeName(17), "Binary");
+        QCOMPARE(FieldTypeCode("Binary"), short(9));  // a type 17 is written back as 9
+        QCOMPARE(FieldTypeName(13), "");
+        QCOMPARE(FieldTypeName(0), "");
+        QCOMPARE(FieldTypeName(24), "");
+        QCOMPARE(FieldTypeCode("text"), short(0));
+        QCOMPARE(FieldTypeCode(""), short(0));
+    }
+
+    void typeChoices_nameEveryType_andBinaryTwice()
+    {
+        QStringList choices;
+        for (const char* choice : kFieldTypeChoices) {
+            choices << choice;
+            QVERIFY(FieldTypeCode(choice) != 0);
+        }
+        QCOMPARE(choices.size(), 21);
+        QCOMPARE(choices.first(), "BigInt");
+        QCOMPARE(choices.last(), "Binary");
+        QCOMPARE(choices.count("Binary"), 2);
+    }
+
+    void names_comeWithoutSystemTables()
+    {
+        makeShop();
+        QCOMPARE(ListTableNames("C:\\shop.mdb", "Access 2000;"), globals().TABLE_NAMES[0]);
+        QStringList names;
+        for (int i = 0; i < globals().TABLE_COUNT; ++i)
+            names << globals().TABLE_NAMES[i];
+        names.sort();
+        QCOMPARE(names, (QStringList{"Customers", "Orders"}));
+        QVERIFY(!globals().LOGIN_ASKED_FLG);
+    }
+
+    void emptyDatabase_hasNoNames()
+    {
+        globals().TABLE_COUNT = 5;
+        makeAccessFile("C:\\empty.mdb");
+        QCOMPARE(ListTableNames("C:\\empty.mdb", "Access 2000;"), "");
+        QCOMPARE(globals().TABLE_COUNT, short(0));
+    }
+
+    void failure_isSilent_andLeavesTheCount()
+    {
+        globals().TABLE_COUNT = 5;
+        QCOMPARE(ListTableNames("C:\\none.mdb", "Access 2000;"), "");
+        QCOMPARE(globals().TABLE_COUNT, short(5));
+        QVERIFY(prompt_->told.isEmpty());
+    }
+
+    void moreThan251Tables_areAFailure_withTheNamesSoFar()
+    {
+        sandbox_->makeFolders("C:\\many");
+        makeTable("C:\\many", kDBase, "ONE", {{"A", FieldType::Text, 5}});
+        const std::string table = sandbox_->read("C:\\many\\ONE.DBF");
+        for (int i = 0; i < 251; ++i)
+            sandbox_->write("C:\\many\\T" + std::to_string(i) + ".DBF", table);
+        globals().TABLE_COUNT = 5;
+        QCOMPARE(ListTableNames("C:\\many", "dBASE 5.0;"), "");
+        QCOMPARE(globals().TABLE_COUNT, short(5));
+        QVERIFY(!globals().TABLE_NAMES[250].isEmpty());
+        sandbox_->files().remove("C:\\many\\T0.DBF");
+        QVERIFY(!ListTableNames("C:\\many", "dBASE 5.0;").isEmpty());
+        QCOMPARE(globals().TABLE_COUNT, short(251));
+    }
+
+    void protectedFile_asksUntilThePasswordFits()
+    {
+        if (!copyProtected())
+            QSKIP("needs the corpus (VELNOR_CORPUS)");
+        prompt_->expectDialog("Login", [this](QDialog& dialog) {
+            [&] { QCOMPARE(globals().WORK_FILE, "C:\\locked.mdb"); }();
+            giveAndAccept(dialog, "wrong");
+            [&] { QCOMPARE(prompt_->told, QStringList{"Invalid Password, try again!"}); }();
+            return giveAndAccept(dialog, "Geheim97");
+        });
+        QCOMPARE(ListTableNames("C:\\locked.mdb", "Access 2000;"), "Table1");
+        QCOMPARE(globals().TABLE_COUNT, short(3));
+        QVERIFY(globals().LOGIN_ASKED_FLG);
+        QVERIFY(globals().LOGIN_OK_FLG);
+        QCOMPARE(globals().DATABASE_PASSWORD, "Geheim97");
+        // From now on the password in hand is used, unasked.
+        QCOMPARE(ListTableNames("C:\\locked.mdb", "Access 2000;"), "Table1");
+        QVERIFY(!globals().LOGIN_ASKED_FLG);
+        QVERIFY(LoadTableStructure("C:\\locked.mdb", "Access 2000;", "Table1"));
+        QVERIFY(globals().FIELD_COUNT > 0);
+    }
+
+    void cancelledLogin_givesAnEmptyResult()
+    {
+        if (!copyProtected())
+            QSKIP("needs the corpus (VELNOR_CORPUS)");
+        prompt_->expectDialog("Login", cancel);
+        globals().TABLE_COUNT = 5;
+        QCOMPARE(ListTableNames("C:\\locked.mdb", "Access 2000;"), "");
+        QVERIFY(globals().LOGIN_ASKED_FLG);
+        QVERIFY(!globals().LOGIN_OK_FLG);
+        QCOMPARE(globals().TABLE_COUNT, short(5));
+    }
+
+    void passwordOfAnotherFile_isAskedAnew()
+    {
+        if (!copyProtected())
+            QSKIP("needs the corpus (VELNOR_CORPUS)");
+        globals().DATABASE_PASSWORD = "of another file";
+        prompt_->expectDialog("Login",
+                              [](QDialog& dialog) { return giveAndAccept(dialog, "Geheim97"); });
+        QCOMPARE(ListTableNames("C:\\locked.mdb", "Access 2000;"), "Table1");
+    }
+
+    void structure_ofAProtectedFile_ridesOnTheLogin()
+    {
+        if (!copyProtected())
+            QSKIP("needs the corpus (VELNOR_CORPUS)");
+        QVERIFY(!LoadTableStructure("C:\\locked.mdb", "", "Table1"));
+        globals().DATABASE_PASSWORD = "Geheim97";
+        QVERIFY(!LoadTableStructure("C:\\locked.mdb", "", "Table1"));  // no login was accepted
+        globals().LOGIN_OK_FLG = true;
+        QVERIFY(LoadTableStructure("C:\\locked.mdb", "", "Table1"));
+        globals().DATABASE_PASSWORD = "wrong";  // tried once, not for ever
+        QVERIFY(!LoadTableStructure("C:\\locked.mdb", "", "Table1"));
+        QVERIFY(prompt_->dialogsRun.isEmpty());
+    }
+
+    void structure_fillsFieldsAndIndexes()
+    {
+        makeShop();
+        makeIndex("C:\\shop.mdb", kAccess, "Customers", "Name", true);
+        QVERIFY(LoadTableStructure("C:\\shop.mdb", "Access 2000;", "customers"));
+        auto& G = globals();
+        QCOMPARE(G.FIELD_COUNT, short(3));
+        QCOMPARE(G.FIELD_NAMES[0], "ID");
+        QCOMPARE(G.FIELD_TYPES[0], short(4));
+        QCOMPARE(G.FIELD_NAMES[1], "Name");
+        QCOMPARE(G.FIELD_TYPES[1], short(10));
+        QCOMPARE(G.FIELD_SIZES[1], short(40));
+        QCOMPARE(G.FIELD_TYPES[2], short(12));
+        QCOMPARE(G.INDEX_COUNT, short(1));
+        QCOMPARE(G.INDEX_NAMES[0], "Name");
+        QVERIFY(G.INDEX_UNIQUE[0]);
+        QVERIFY(!G.INDEX_PRIMARY[0]);
+        QVERIFY(!G.FOXPRO_FLG);
+    }
+
+    void structure_forgetsTheLastTable()
+    {
+        makeShop();
+        QVERIFY(LoadTableStructure("C:\\shop.mdb", "Access 2000;", "Customers"));
+        QVERIFY(LoadTableStructure("C:\\shop.mdb", "Access 2000;", "Orders"));
+        QCOMPARE(globals().FIELD_COUNT, short(1));
+        QCOMPARE(globals().FIELD_NAMES[1], "");
+        QCOMPARE(globals().FIELD_TYPES[1], short(0));
+    }
+
+    void unknownTable_isFalse_andSilent()
+    {
+        makeShop();
+        QVERIFY(!LoadTableStructure("C:\\shop.mdb", "Access 2000;", "Nobody"));
+        QCOMPARE(globals().FIELD_COUNT, short(0));
+        QVERIFY(prompt_->told.isEmpty());
+    }
+
+    void dBaseTable_isNamedByItsFile()
+    {
+        makeTable("C:", kDBase, "PEOPLE",
+                  {{"NAME", FieldType::Text, 20}, {"AGE", FieldType::Double}});
+        QVERIFY(LoadTableStructure("C:", "dBASE 5.0;", "PEOPLE.DBF"));
+        QCOMPARE(globals().FIELD_COUNT, short(2));
+        QCOMPARE(globals().FIELD_NAMES[0], "NAME");
+        QCOMPARE(globals().FIELD_SIZES[0], short(20));
+        QVERIFY(!globals().FOXPRO_FLG);  // looked at twice, and no index either time
+    }
+
+    void dBaseTable_withoutADot_isNotRead()
+    {
+        makeTable("C:", kDBase, "PEOPLE", {{"NAME", FieldType::Text, 20}});
+        QVERIFY(!LoadTableStructure("C:", "dBASE 5.0;", "PEOPLE"));
+        QVERIFY(prompt_->told.isEmpty());
+    }
+
+    void fileInUse_isTold()
+    {
+        makeShop();
+        Workspace other(sandbox_->files());
+        Database held = other.OpenDatabase("C:\\shop.mdb", true, false, "");
+        QVERIFY(!LoadTableStructure("C:\\shop.mdb", "Access 2000;", "Customers"));
+        QCOMPARE(prompt_->told, QStringList{"File already Open - Please close File to Edit Data"});
+    }
+
+private:
+    void makeShop()
+    {
+        makeAccessFile("C:\\shop.mdb");
+        makeTable(
+            "C:\\shop.mdb", kAccess, "Customers",
+            {{"ID", FieldType::Long}, {"Name", FieldType::Text, 40}, {"Note", FieldType::Memo}});
+        makeTable("C:\\shop.mdb", kAccess, "Orders", {{"ID", FieldType::Long}});
+    }
+    bool copyProtected()
+    {
+        const QString corpus = qEnvironmentVariable("VELNOR_CORPUS");
+        if (corpus.isEmpty())
+            return false;
+        sandbox_->copyIn((corpus + "/jet/own-jet3-password.mdb").toStdString(), "C:\\locked.mdb");
+        return true;
+    }
+
+    std::unique_ptr<Sandbox> sandbox_;
+    std::unique_ptr<ScriptedPrompt> prompt_;
+};
+
+QTEST_MAIN(TstSchema)
+#include "tst_schema.moc"
