@@ -1,0 +1,36 @@
+// Connect strings taken apart.
+#include <gtest/gtest.h>
+
+#include "access/model/connect_string.h"
+
+namespace velnor::model {
+namespace {
+
+TEST(ConnectString, theFirstPartPicksTheDriver)
+{
+    EXPECT_EQ(parseConnect("dBASE 5.0;").word, "dBASE 5.0;");
+    EXPECT_EQ(parseConnect("Text").word, "Text;");
+    EXPECT_EQ(parseConnect(" FoxPro 2.6 ;codepage=866").word, "FoxPro 2.6;");
+    EXPECT_EQ(parseConnect("").word, "");
+    EXPECT_EQ(parseConnect(";").word, "");
+}
+
+TEST(ConnectString, aFirstPartWithAnEqualSignIsNoWord)
+{
+    const ConnectString c = parseConnect("pwd=secret");
+    EXPECT_EQ(c.word, "");
+    EXPECT_EQ(c.password, "secret");
+}
+
+TEST(ConnectString, partsAreKnownByTheirKeyBlindToCase)
+{
+    const ConnectString c = parseConnect("Access 2000;PWD= a b;CodePage= cp866 ;other=1;;");
+    EXPECT_EQ(c.word, "Access 2000;");
+    EXPECT_EQ(c.password, " a b");
+    EXPECT_EQ(c.codePage, "cp866");
+    EXPECT_EQ(parseConnect(";pwd=").password, "");
+    EXPECT_EQ(parseConnect(";pwd=a=b").password, "a=b");
+}
+
+}  // namespace
+}  // namespace velnor::model
