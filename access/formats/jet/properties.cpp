@@ -169,7 +169,7 @@ std::string PropertyBlock::ownerBody(const Chunk& chunk) const
 
 std::string PropertyBlock::build() const
 {
-    if (std::ranges::all_of(chunks_, [](const Chunk& c) { return c.kind == kNameChunk; }))
+    if (chunks_.empty())
         return {};
     std::string out(signatureOf(text_));
     for (const Chunk& chunk : chunks_) {
@@ -303,6 +303,10 @@ void PropertyBlock::dropOwner(std::string_view owner)
     std::erase_if(chunks_, [&](const Chunk& c) {
         return isOwnerChunk(c.kind) && sameName(c.owner.utf8, owner);
     });
+    if (std::ranges::all_of(chunks_, [](const Chunk& c) { return c.kind == kNameChunk; })) {
+        chunks_.clear();
+        names_.clear();
+    }
 }
 
 }  // namespace velnor::jet
