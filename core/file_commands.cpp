@@ -186,11 +186,14 @@ void copyFile(const QString& from, const QString& to)
         files.remove(sibling);
         throw;
     }
+    files.syncFolder(paths::folder(target));
 }
 
 void copyFileNew(const QString& from, const QString& to)
 {
-    copyInto(fullPath(from).toStdString(), fullPath(to).toStdString());
+    const std::string target = fullPath(to).toStdString();
+    copyInto(fullPath(from).toStdString(), target);
+    host().files->syncFolder(paths::folder(target));
 }
 
 }  // namespace velnor

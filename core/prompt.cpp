@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QMessageBox>
 
 #include "core/attempt.h"
@@ -26,10 +27,31 @@ QString programOf(const QString& native)
     return QString::fromStdString(host().paths->toProgram(native.toStdString()));
 }
 
+/// Takes the wait pointer away while people are asked, and puts it back.
+class AskingPointer {
+public:
+    AskingPointer() : busy_(QGuiApplication::overrideCursor() != nullptr)
+    {
+        if (busy_)
+            QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
+    }
+    ~AskingPointer()
+    {
+        if (busy_)
+            QGuiApplication::restoreOverrideCursor();
+    }
+    AskingPointer(const AskingPointer&) = delete;
+    AskingPointer& operator=(const AskingPointer&) = delete;
+
+private:
+    bool busy_;
+};
+
 class DesktopPrompt final : public Prompt {
 public:
     void tell(QWidget* parent, const QString& text, const QString& title) override
     {
+        const AskingPointer pointer;
         QMessageBox box(QMessageBox::Information, title, shownText(text), QMessageBox::Ok, parent);
         box.setTextFormat(Qt::PlainText);
         box.exec();
@@ -37,6 +59,7 @@ public:
 
     bool ask(QWidget* parent, const QString& text, const QString& title) override
     {
+        const AskingPointer pointer;
         QMessageBox box(QMessageBox::Question, title, shownText(text),
                         QMessageBox::Yes | QMessageBox::No, parent);
         box.setTextFormat(Qt::PlainText);
@@ -47,7 +70,15 @@ public:
 
     std::optional<QStringList> file(QWidget* parent, FileQuestion& question) override;
 
-    int run(QDialog& dialog) override { return dialog.exec(); }
+    int run(QDialog& dialog) override
+    {
+        const AskingPointer pointer;
+        return dialog.exec();
+    }
+
+private:
+    std::optional<QStringList> chosenPaths(QFileDialog& dialog, FileQuestion& question);
+    bool mayTake(QFileDialog& dialog, const FileQuestion& question, const QString& path);
 };
 
 void prepare(QFileDialog& dialog, const FileQuestion& question)
@@ -57,7 +88,7 @@ void prepare(QFileDialog& dialog, const FileQuestion& question)
                        : question.many ? QFileDialog::ExistingFiles
                                        : QFileDialog::ExistingFile);
     dialog.setOption(QFileDialog::HideNameFilterDetails);
-    dialog.setOption(QFileDialog::DontConfirmOverwrite, !question.confirmOverwrite);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);  // asked in mayTake
     dialog.setDefaultSuffix(question.defaultExtension);
     if (const QString folder = nativeOf(question.folder); !folder.isEmpty())
         dialog.setDirectory(folder);
@@ -83,12 +114,20 @@ int chosenFilter(const QFileDialog& dialog, const FileQuestion& question)
     return question.filterIndex;
 }
 
-std::optional<QStringList> DesktopPrompt::file(QWidget* parent, FileQuestion& question)
+/// A new name may differ from a file that stands there in case only: the dialog doesn't see that it
+/// would be replaced, so the question is asked here.
+bool DesktopPrompt::mayTake(QFileDialog& dialog, const FileQuestion& question, const QString& path)
 {
-    QFileDialog dialog(parent, shownText(question.title));
-    prepare(dialog, question);
-    if (dialog.exec() != QDialog::Accepted)
-        return std::nullopt;
+    if (!question.save || !question.confirmOverwrite)
+        return true;
+    bool exists = false;
+    attempt([&] { exists = host().files->exists(path.toStdString()); });
+    return !exists ||
+           ask(&dialog, path + " already exists. Do you want to replace it?", dialog.windowTitle());
+}
+
+std::optional<QStringList> DesktopPrompt::chosenPaths(QFileDialog& dialog, FileQuestion& question)
+{
     QStringList chosen;
     const Outcome turned = attempt([&] {
         for (const QString& native : dialog.selectedFiles())
@@ -96,12 +135,25 @@ std::optional<QStringList> DesktopPrompt::file(QWidget* parent, FileQuestion& qu
         question.folder = programOf(dialog.directory().absolutePath());
     });
     if (!turned) {
-        tell(parent, "Error - " + QString::number(turned.number) + " - " + turned.description,
+        tell(&dialog, "Error - " + QString::number(turned.number) + " - " + turned.description,
              kProgramTitle);
         return std::nullopt;
     }
     question.filterIndex = chosenFilter(dialog, question);
     return chosen;
+}
+
+std::optional<QStringList> DesktopPrompt::file(QWidget* parent, FileQuestion& question)
+{
+    const AskingPointer pointer;
+    QFileDialog dialog(parent, shownText(question.title));
+    prepare(dialog, question);
+    while (dialog.exec() == QDialog::Accepted) {
+        auto chosen = chosenPaths(dialog, question);
+        if (!chosen || mayTake(dialog, question, chosen->value(0)))
+            return chosen;
+    }
+    return std::nullopt;
 }
 
 Prompt* replacementPrompt = nullptr;

@@ -111,6 +111,55 @@ private slots:
         QCOMPARE(question.folder, "C:\\");
     }
 
+    void aNewNameThatDiffersInCaseOnlyAsksBeforeItReplaces()
+    {
+        testing::Sandbox box;
+        box.write("C:\\Data\\CUSTOMER.DBF", "x");
+        FileQuestion question;
+        question.save = true;
+        question.folder = "C:\\Data";
+        question.defaultExtension = "dbf";
+        QStringList asked;
+        const auto choose = [](QFileDialog& open) {
+            open.selectFile("customer");
+            static_cast<QDialog&>(open).accept();
+        };
+        whenUp<QFileDialog>([&](QFileDialog& dialog) {
+            whenUp<QMessageBox>([&](QMessageBox& no) {
+                asked << no.text();
+                whenUp<QFileDialog>([&](QFileDialog& again) {
+                    whenUp<QMessageBox>([&](QMessageBox& yes) {
+                        asked << yes.text();
+                        yes.button(QMessageBox::Yes)->click();
+                    });
+                    choose(again);
+                });
+                no.button(QMessageBox::No)->click();
+            });
+            choose(dialog);
+        });
+        const auto chosen = prompt().file(nullptr, question);
+        QVERIFY(chosen.has_value());
+        QCOMPARE(*chosen, QStringList{"C:\\Data\\customer.dbf"});
+        const QString text = "C:\\Data\\customer.dbf already exists. Do you want to replace it?";
+        QCOMPARE(asked, (QStringList{text, text}));
+    }
+
+    void theWaitPointerRestsWhilePeopleAreAsked()
+    {
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+        Qt::CursorShape shape = Qt::WaitCursor;
+        whenUp<QMessageBox>([&](QMessageBox& box) {
+            shape = QGuiApplication::overrideCursor()->shape();
+            box.accept();
+        });
+        prompt().tell(nullptr, "Ready");
+        QCOMPARE(shape, Qt::ArrowCursor);
+        QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+        QGuiApplication::restoreOverrideCursor();
+        QVERIFY(!QGuiApplication::overrideCursor());
+    }
+
     void aFolderOnAMissingDriveDoesNotStopTheDialog()
     {
         testing::Sandbox box;

@@ -46,14 +46,14 @@ bool RecordingDesktop::moveToTrash(std::string_view path)
 {
     if (!hasTrash)
         return false;
-    files_->remove(path);
+    velnor::host().files->remove(path);
     trashed.emplace_back(path);
     return true;
 }
 
 Sandbox::Sandbox()
-    : root_(makeTemporaryFolder()), paths_(pathsOn(root_)), files_(makeLinuxFileSystem(paths_)),
-      desktop_(host_.files), host_{files_.get(), &clock_, &desktop_, &paths_, "C:\\"},
+    : root_(makeTemporaryFolder()), paths_(pathsOn(root_)),
+      files_(makeLinuxFileSystem(paths_)), host_{files_.get(), &clock_, &desktop_, &paths_, "C:\\"},
       before_(&velnor::host())
 {
     setHost(&host_);

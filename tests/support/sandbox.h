@@ -23,7 +23,6 @@ public:
 /// Writes down what is asked of the desktop. A file that goes to the trash is removed.
 class RecordingDesktop final : public Desktop {
 public:
-    explicit RecordingDesktop(FileSystem*& files) : files_(files) {}
     bool openWith(std::string_view pathOrAddress) override;
     bool moveToTrash(std::string_view path) override;
     std::string computerName() override { return name; }
@@ -35,9 +34,6 @@ public:
     bool hasTrash = true;
     std::string name = "testhost";
     VolumeInfo volumeInfo{"DATA", std::uint64_t{1} << 30, std::uint64_t{2} << 30};
-
-private:
-    FileSystem*& files_;
 };
 
 class Sandbox {
