@@ -38,13 +38,13 @@ std::uint64_t JournalOwner::startTimeOf(std::uint32_t process)
 
 const JournalOwner& JournalOwner::thisProcess()
 {
-    static const JournalOwner owner = [] {
-        JournalOwner made;
-        made.process = static_cast<std::uint32_t>(getpid());
-        made.startTime = startTimeOf(made.process);
-        made.bootId = firstLine("/proc/sys/kernel/random/boot_id").substr(0, kLongestBootId);
-        return made;
-    }();
+    thread_local JournalOwner owner;
+    const auto process = static_cast<std::uint32_t>(getpid());
+    if (owner.process != process) {  // the first time, or in a forked child
+        owner.process = process;
+        owner.startTime = startTimeOf(process);
+        owner.bootId = firstLine("/proc/sys/kernel/random/boot_id").substr(0, kLongestBootId);
+    }
     return owner;
 }
 

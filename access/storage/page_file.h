@@ -1,19 +1,22 @@
 // access/storage/page_file.h - page cache, commit and undo journal of the files of one store.
 //
-// A FileSet is the main file of a store and its companions ("ORDERS.DBF", "ORDERS.DBT"): they share a
-// folder and a base name, and are committed together. Changes stay in memory until commit().
+// A FileSet is the main file of a store and its companions ("ORDERS.DBF", "ORDERS.DBT"): they share
+// a folder and a base name, and are committed together. Changes stay in memory until commit().
 //
 // Crash safety; the code cites these numbers:
 // 1. Bytes that existed at the last commit are overwritten only after their old content is in
-//    NAME.EXT-undo (EXT of the main file), synced, with its folder. Entries name their file by extension, so that the
-//    journal follows a rename.
+//    NAME.EXT-undo (EXT of the main file), synced, with its folder. Entries name their file by
+//    extension, so that the journal follows a rename; a companion with another base name
+//    ("BYNAME.NDX") by its name.
 // 2. Commit: journal; write the data files, sync them; cut the journal to zero, sync it, remove it.
 //    The cut is the moment of commit.
 // 3. Opening a set whose journal has a valid head undoes it first; 3045 when its owner lives.
-// 4. Within a commit the files are written in the order of their rank (memo, records, index), in each the
-//    pages in the order of `writeRank`, then by number, page 0 last: a program that reads in between
-//    finds no count ahead of its data.
-// 5. An error is not a crash: when commit() fails, the files are put back to the last commit at once.
+// 4. Within a commit the files are written in the order of their rank (memo, records, index), in
+// each the
+//    pages in the order of `writeRank`, then by number, page 0 last: a program that reads in
+//    between finds no count ahead of its data. Files that become shorter are cut after all that.
+// 5. An error is not a crash: when commit() fails, the files are put back to the last commit at
+// once.
 #pragma once
 
 #include <cstdint>
@@ -65,9 +68,10 @@ public:
 
 struct PageFileOptions {
     std::uint32_t pageSize = 4096;
-    std::size_t cacheBytes = 4u << 20;   ///< clean pages kept; changed pages come on top until commit
-    int rank = 1;                        ///< place among the files of the set at commit
-    const PageCodec* codec = nullptr;    ///< must outlive the file
+    std::size_t cacheBytes =
+        4u << 20;                      ///< clean pages kept; changed pages come on top until commit
+    int rank = 1;                      ///< place among the files of the set at commit
+    const PageCodec* codec = nullptr;  ///< must outlive the file
     std::function<int(std::uint32_t page, const std::uint8_t* bytes)> writeRank;
 };
 
@@ -103,9 +107,10 @@ private:
 
 class FileSet {
 public:
-    /// Takes the lock on the main file (shared to read, exclusive to write: 3045 when refused), and undoes a
-    /// journal that a dead owner left behind. A read-only set whose journal must be undone still
-    /// undoes it, when the folder can be written.
+    /// Takes the lock on the main file (shared to read, exclusive to write: 3045 when refused), and
+    /// undoes a journal that a dead owner left behind. A read-only set whose journal must be undone
+    /// still undoes it, when the folder can be written (else 3051). 3024 when there is no such
+    /// file, 3044 no such folder, 3051 when the system refuses.
     FileSet(FileSystem& files, std::string_view mainPath, const PageFileOptions& options,
             bool readOnly);
     ~FileSet();  // what is not committed is dropped
@@ -113,14 +118,18 @@ public:
     FileSet& operator=(const FileSet&) = delete;
 
     PageFile& main();
-    /// A companion by its path; opened once, kept open. `create` makes it when it does not exist;
-    /// a file that was made since the last commit is removed again when that commit does not come.
+    /// A companion by its path, in the main file's folder; opened once, kept open. 3024 when it
+    /// does not exist, unless `create`: then the next commit makes it, also when nothing is written
+    /// to it. Until that commit there is no such file, and after a rollback it must be asked for
+    /// again.
     PageFile& companion(std::string_view path, const PageFileOptions& options, bool create = false);
     bool readOnly() const;
     const std::string& path() const;
 
+    /// 3026 when the disk is full, 3051 for other failures: the files and their pages are then back
+    /// at the last commit, and the set can be used on.
     void commit();
-    /// Drops every change since the last commit; held PageRefs must be gone.
+    /// Drops every change since the last commit. A PageRef held over it shows the old bytes.
     void rollback();
     std::size_t pendingBytes() const;
     /// Grows by one with every change of any page: cursors compare it to know that a copy is stale.
