@@ -1,0 +1,86 @@
+#include "cli/new_table.h"
+
+#include <array>
+
+#include "platform/paths.h"
+
+namespace velnor::cli {
+namespace {
+
+struct As {
+    std::string_view word;
+    FileKind kind;
+    std::string_view connect;
+    int options;
+};
+constexpr std::array kAs{
+    As{"access2000", FileKind::Access, "Access 2000;", 0},
+    As{"access97", FileKind::Access, "Access 2000;", 32},
+    As{"dbase5", FileKind::Xbase, "dBASE 5.0;", 0},
+    As{"dbase4", FileKind::Xbase, "dBASE IV;", 0},
+    As{"dbase3", FileKind::Xbase, "dBASE III;", 0},
+    As{"foxpro3", FileKind::Xbase, "FoxPro 3.0;", 0},
+    As{"foxpro2", FileKind::Xbase, "FoxPro 2.6;", 0},
+};
+
+void applyAs(Target& target, const std::string& word)
+{
+    for (const As& as : kAs) {
+        if (as.word != word)
+            continue;
+        if (as.kind != target.source.kind)
+            throw UsageError("--as " + word + " does not fit the file's extension");
+        target.source.connect = std::string(as.connect) + target.source.tail;
+        target.createOptions = as.options;
+        return;
+    }
+    throw UsageError("--as knows no \"" + word + "\"");
+}
+
+}  // namespace
+
+Target targetOf(Context& context, const std::string& word, const Arguments& arguments)
+{
+    Target target{sourceOf(context, word, arguments, true)};
+    if (target.source.kind == FileKind::Folder)
+        throw UsageError("a file is needed, not a folder: " + word);
+    target.fileExists = context.files.fileExists(target.source.path);
+    if (arguments.has("--as"))
+        applyAs(target, arguments.value("--as"));
+    return target;
+}
+
+Database openTarget(Context& context, Target& target)
+{
+    Source& source = target.source;
+    if (source.kind == FileKind::Access) {
+        if (target.fileExists)
+            return openSource(context, source, false);
+        return context.workspace.CreateDatabase(source.path, kGeneralLocale, target.createOptions);
+    }
+    if (target.fileExists)
+        return openSource(context, source, false);
+    return context.workspace.OpenDatabase(source.database, false, false, source.connect);
+}
+
+bool hasTable(Context&, Database& database, const Target& target)
+{
+    if (target.source.kind == FileKind::Xbase)
+        return target.fileExists;
+    return database.TableDefs().contains(target.source.table);
+}
+
+void makeTable(Database& database, const TableLayout& layout)
+{
+    TableDef table = database.CreateTableDef(layout.name);
+    for (const FieldDef& field : layout.fields) {
+        Field made = table.CreateField(field.name, static_cast<int>(field.type), field.size);
+        made.def() = field;
+        table.Fields().Append(std::move(made));
+    }
+    for (const IndexDef& index : layout.indexes)
+        table.Indexes().Append(Index(index));
+    database.TableDefs().Append(std::move(table));
+}
+
+}  // namespace velnor::cli

@@ -1,0 +1,24 @@
+// cli/new_table.h - files and tables that do not exist yet.
+#pragma once
+
+#include "access/layout.h"
+#include "cli/source.h"
+
+namespace velnor::cli {
+
+struct Target {
+    Source source;
+    bool fileExists = false;
+    int createOptions = 0;  ///< 32: an Access 97 file
+};
+
+/// Where a command writes to; reads --as.
+Target targetOf(Context& context, const std::string& word, const Arguments& arguments);
+/// Opens it for writing; an Access file is made first when it is not there.
+Database openTarget(Context& context, Target& target);
+/// Whether the target has the table already.
+bool hasTable(Context& context, Database& database, const Target& target);
+/// Makes a table with its fields and indexes, through the engine's steps.
+void makeTable(Database& database, const TableLayout& layout);
+
+}  // namespace velnor::cli

@@ -1,0 +1,108 @@
+#include "cli/record_text.h"
+
+#include <cmath>
+
+#include "access/value_text.h"
+#include "cli/output.h"
+
+namespace velnor::cli {
+namespace {
+
+constexpr std::size_t kLongestHex = 64;
+
+/// True when a CSV field with this text must stand in quotes.
+bool needsQuotes(std::string_view text)
+{
+    for (const char c : text)
+        if (c == '"' || c == ',' || c == '\n' || c == '\r')
+            return true;
+    return text.empty();
+}
+
+void appendBytes(std::string& out, std::span<const std::uint8_t> bytes)
+{
+    static constexpr char kHex[] = "0123456789abcdef";
+    if (bytes.size() > kLongestHex) {
+        out += "[binary ";
+        appendInteger(out, static_cast<std::int64_t>(bytes.size()));
+        out += " bytes]";
+        return;
+    }
+    for (const std::uint8_t b : bytes) {
+        out += kHex[b >> 4];
+        out += kHex[b & 15];
+    }
+}
+
+}  // namespace
+
+void appendCsvText(std::string& out, std::string_view text)
+{
+    if (!needsQuotes(text)) {
+        out += text;
+        return;
+    }
+    out += '"';
+    for (const char c : text) {
+        if (c == '"')
+            out += '"';
+        out += c;
+    }
+    out += '"';
+}
+
+void appendCsv(std::string& out, ValueView v)
+{
+    switch (v.kind()) {
+    case ValueKind::Null:
+        return;
+    case ValueKind::Boolean:
+        out += v.asBoolean() ? "True" : "False";
+        return;
+    case ValueKind::Integer:
+        return appendInteger(out, v.asInteger());
+    case ValueKind::Currency:
+        return appendCurrency(out, v.asCurrency());
+    case ValueKind::Real:
+        return appendReal(out, v.asReal());
+    case ValueKind::Date:
+        return appendIsoDate(out, v.asDate());
+    case ValueKind::Decimal:
+        return appendDecimal(out, v);
+    case ValueKind::Text:
+        return appendCsvText(out, v.asText());
+    case ValueKind::Bytes:
+        return appendBytes(out, v.asBytes());
+    }
+}
+
+void appendJson(std::string& out, ValueView v)
+{
+    switch (v.kind()) {
+    case ValueKind::Null:
+        out += "null";
+        return;
+    case ValueKind::Boolean:
+        out += v.asBoolean() ? "true" : "false";
+        return;
+    case ValueKind::Real:
+        if (!std::isfinite(v.asReal())) {
+            out += "null";
+            return;
+        }
+        break;
+    case ValueKind::Text:
+        return appendJsonString(out, v.asText());
+    case ValueKind::Date:
+    case ValueKind::Bytes:
+        out += '"';
+        appendCsv(out, v);
+        out += '"';
+        return;
+    default:
+        break;
+    }
+    appendCsv(out, v);
+}
+
+}  // namespace velnor::cli

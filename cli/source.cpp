@@ -1,0 +1,139 @@
+#include "cli/source.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/host.h"
+#include "platform/paths.h"
+
+namespace velnor::cli {
+namespace {
+
+struct Kind {
+    std::string_view extension;
+    FileKind kind;
+    std::string_view connect;
+};
+constexpr std::array kKinds{
+    Kind{"DBF", FileKind::Xbase, "dBASE 5.0;"},
+    Kind{"MDB", FileKind::Access, "Access 2000;"},
+};
+constexpr std::array kLaterKinds{"DB", "XLS", "WK4", "TXT", "CSV"};
+
+const Kind* findKind(std::string_view path)
+{
+    const std::string extension = paths::foldName(paths::extension(path));
+    const auto found = std::find_if(kKinds.begin(), kKinds.end(),
+                                    [&](const Kind& k) { return k.extension == extension; });
+    return found == kKinds.end() ? nullptr : &*found;
+}
+
+std::string optionsOf(const Arguments& arguments)
+{
+    std::string tail;
+    if (arguments.has("--password"))
+        tail += "pwd=" + arguments.value("--password") + ";";
+    if (arguments.has("--codepage"))
+        tail += "codepage=" + arguments.value("--codepage") + ";";
+    return tail;
+}
+
+Database tryOpen(Context& context, const Source& source, bool readOnly)
+{
+    Database database =
+        context.workspace.OpenDatabase(source.database, false, readOnly, source.connect);
+    if (source.kind == FileKind::Xbase)  // the first look into the table tells whose file it is
+        database.TableDefs().Item(source.table).Fields();
+    return database;
+}
+
+}  // namespace
+
+FileKind kindOfPath(std::string_view path)
+{
+    const Kind* kind = findKind(path);
+    return kind ? kind->kind : FileKind::None;
+}
+
+bool namesDataFile(std::string_view word)
+{
+    if (findKind(word))
+        return true;
+    const std::string extension = paths::foldName(paths::extension(word));
+    return std::find(kLaterKinds.begin(), kLaterKinds.end(), extension) != kLaterKinds.end();
+}
+
+Source sourceOf(Context& context, const std::string& word, const Arguments& arguments,
+                bool mayBeNew)
+{
+    Source source;
+    source.path = host().paths->fromPerson(word);
+    source.tail = optionsOf(arguments);
+    const auto there = context.files.info(source.path);
+    if (!there && !mayBeNew)
+        throw RunError(RunErrorNumber::FileNotFound, "File not found: " + word);
+    if (there && there->folder) {
+        source.kind = FileKind::Folder;
+        source.database = source.path;
+        source.connect = "dBASE 5.0;" + source.tail;
+        return source;
+    }
+    const Kind* kind = findKind(source.path);
+    if (!kind)
+        throw EngineError(EngineErrorNumber::NoDriver, "No driver for this kind of file: " + word);
+    source.kind = kind->kind;
+    source.connect = std::string(kind->connect) + source.tail;
+    if (kind->kind == FileKind::Xbase) {
+        source.database = paths::folder(source.path);
+        source.table = paths::baseName(source.path);
+    } else {
+        source.database = source.path;
+    }
+    return source;
+}
+
+Database openSource(Context& context, Source& source, bool readOnly)
+{
+    try {
+        return tryOpen(context, source, readOnly);
+    } catch (const EngineError& error) {
+        if (error.code() != EngineErrorNumber::UnexpectedFormat || source.kind != FileKind::Xbase)
+            throw;
+    }
+    source.connect = "FoxPro 3.0;" + source.tail;
+    return tryOpen(context, source, readOnly);
+}
+
+std::vector<std::string> userTables(Database& database)
+{
+    std::vector<std::string> names;
+    for (TableDef& table : database.TableDefs())
+        if ((table.Attributes() & kSystemTableBits) == 0)
+            names.push_back(table.Name());
+    return names;
+}
+
+std::string chosenTable(Database& database, const Source& source)
+{
+    if (!source.table.empty())
+        return source.table;
+    const std::vector<std::string> names = userTables(database);
+    if (names.empty())
+        throw EngineError(EngineErrorNumber::TableNotFound, "The file has no tables.");
+    return names.front();
+}
+
+FromTo splitFromTo(const std::vector<std::string>& words)
+{
+    if (words.size() < 2 || words.size() > 4)
+        throw UsageError("FROM [TABLE] TO [TABLE] expected");
+    if (words.size() == 2)
+        return {words[0], "", words[1], ""};
+    if (words.size() == 4)
+        return {words[0], words[1], words[2], words[3]};
+    if (namesDataFile(words[1]))
+        return {words[0], "", words[1], words[2]};
+    return {words[0], words[1], words[2], ""};
+}
+
+}  // namespace velnor::cli

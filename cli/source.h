@@ -1,0 +1,47 @@
+// cli/source.h - what a person names on the command line, turned into something the engine opens.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "access/engine.h"
+#include "cli/command.h"
+
+namespace velnor::cli {
+
+enum class FileKind { None, Xbase, Access, Folder };
+
+struct Source {
+    FileKind kind = FileKind::None;
+    std::string path;      ///< "C:\..." form
+    std::string database;  ///< what OpenDatabase takes: the folder of a DBF, else the file
+    std::string connect;   ///< "dBASE 5.0;", "Access 2000;", with pwd= and codepage= when given
+    std::string table;     ///< of a DBF its bare name; empty when not chosen yet
+    std::string tail;      ///< the parts of the connect string behind the driver's word
+};
+
+/// By the extension alone, blind to case.
+FileKind kindOfPath(std::string_view path);
+bool namesDataFile(std::string_view word);
+
+/// Reads --password and --codepage. Errors: 3170 for a kind of file that is not served, 53 when it
+/// is not there (unless `mayBeNew`).
+Source sourceOf(Context& context, const std::string& word, const Arguments& arguments,
+                bool mayBeNew = false);
+
+/// Opens it. A DBF that is no dBASE file is opened as FoxPro; `source.connect` is then changed.
+Database openSource(Context& context, Source& source, bool readOnly);
+
+/// The tables that people see, without system tables.
+std::vector<std::string> userTables(Database& database);
+/// source.table, or the only (first) table of the file; 3078 when there is none.
+std::string chosenTable(Database& database, const Source& source);
+
+/// A file and perhaps a table behind it, twice: FROM [TABLE] TO [TABLE].
+struct FromTo {
+    std::string from, fromTable, to, toTable;
+};
+FromTo splitFromTo(const std::vector<std::string>& words);
+
+}  // namespace velnor::cli

@@ -1,0 +1,79 @@
+"""kill -9 at random moments of an append: the next open finds the last commit, with every record that
+was told as written."""
+import os, random, re, shutil, signal, subprocess, sys, tempfile, time
+
+from cli_support import CLI, PEOPLE, SLOW, cli, make_dbf, people, records
+
+ROUNDS = 10 if SLOW else int(os.environ.get("VELNOR_KILL_ROUNDS", "60"))
+TARGETS = ("target.dbf", "target.mdb")
+
+
+def count(path, table):
+    return len(records(cli("export", path, *table)[0])[1])
+
+
+def interrupted_copy(source, target, table, longest, rng):
+    """Starts the append, kills it after a random time; the records that it told as written."""
+    copy = subprocess.Popen([CLI, "copy", source, target, *table, "--auto", "--yes", "--progress"],
+                            stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    time.sleep(rng.random() * longest)
+    copy.send_signal(signal.SIGKILL)
+    told = [int(n) for n in re.findall(rb"Records written (\d+)", copy.stderr.read())]
+    copy.wait()
+    return max(told, default=0), copy.returncode
+
+
+def main():
+    seed = int(os.environ.get("VELNOR_SEED", time.time()))
+    print("seed %d, %d rounds" % (seed, ROUNDS))
+    rng = random.Random(seed)
+    failed = passed = killed = 0
+    with tempfile.TemporaryDirectory() as folder:
+        source = os.path.join(folder, "source.dbf")
+        make_dbf(source, PEOPLE, people(120000))
+        base_dbf = os.path.join(folder, "base.dbf")
+        base_mdb = os.path.join(folder, "base.mdb")
+        make_dbf(base_dbf, PEOPLE, people(1000))
+        cli("convert", base_dbf, base_mdb, "--table", "People")
+        for round_number in range(ROUNDS):
+            name = TARGETS[round_number % 2]
+            table = ["People"] if name.endswith("mdb") else []
+            target = os.path.join(folder, name)
+            for left in os.listdir(folder):
+                if left.startswith("target."):
+                    os.remove(os.path.join(folder, left))
+            shutil.copyfile(base_mdb if table else base_dbf, target)
+            if round_number < 2:  # how long it takes undisturbed
+                start = time.monotonic()
+                cli("copy", source, target, *table, "--auto", "--yes")
+                (longest_mdb, longest_dbf) = (time.monotonic() - start if table else 0,
+                                              0 if table else time.monotonic() - start)
+                durations = globals().setdefault("durations", {})
+                durations[name] = max(longest_mdb, longest_dbf)
+                passed += 1
+                continue
+            told, code = interrupted_copy(source, target, table, durations[name], rng)
+            killed += code != 0
+            try:
+                there = count(target, table)
+                assert there >= 1000 + told, "%d records told, %d there" % (told, there - 1000)
+                assert there <= 121000
+                head, rows = records(cli("export", target, *table)[0])
+                assert rows[:1000] == records(cli("export", base_dbf)[0])[1], "old records changed"
+                assert all(row[0] == "Person %07d" % i for i, row in enumerate(rows[1000:])), "wrong tail"
+                cli("check", target)
+                left = [f for f in os.listdir(folder) if f.startswith("target.") and f != name]
+                cli("copy", base_dbf, target, *table, "--auto", "--yes")  # it can be written again
+                assert count(target, table) == there + 1000
+                left = [f for f in os.listdir(folder) if f.startswith("target.") and f != name]
+                assert not left, "left behind: %s" % left
+                passed += 1
+            except AssertionError as error:
+                failed += 1
+                print("FAIL round %d %s: %s" % (round_number, name, str(error)[:400]))
+    print("%d of the runs were cut" % killed)
+    print("%d passed, %d failed" % (passed, failed))
+    return 1 if failed or not killed else 0
+
+
+sys.exit(main())
