@@ -143,6 +143,7 @@ void CopyTab::closeSide(int index)
     Label3[index]->setText("'");
     Label3[index]->hide();
     CMBRECORD[index]->clear();
+    CMBRECORD[index]->clearEditText();
     side(index).Fields.close();
     List3[index]->clear();
     List3[2]->clear();
