@@ -9,6 +9,7 @@
 #include "access/formats/jet/catalog.h"
 #include "access/formats/jet/jet_file.h"
 #include "access/formats/jet/jet_table.h"
+#include "access/formats/jet/relations.h"
 
 namespace velnor::jet {
 
@@ -38,6 +39,8 @@ private:
     const CatalogEntry& entryOf(std::string_view table);
     void needWriteable();
     void forgetChanges();
+    TableByPage tablesByPage();
+    template <class Change> void changeStructure(Change change);
 
     JetFile file_;
     Catalog catalog_;

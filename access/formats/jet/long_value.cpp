@@ -259,9 +259,6 @@ void LongValueColumn::releaseAll()
             if (view.isData() && view.owner() == kLongValueOwner)
                 space_.release(number, page_type::kFreed);
         }
-    for (UsageMap* map : {&owned_, &free_})
-        for (const PageNumber number : map->mapPages())
-            space_.release(number, page_type::kFreed);
 }
 
 }  // namespace velnor::jet

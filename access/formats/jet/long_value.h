@@ -52,7 +52,7 @@ public:
                std::string& stored);
     /// Frees the rows of a stored value; damaged parts are left where they are.
     void erase(std::span<const std::uint8_t> stored);
-    /// Frees every page of the column: the table, or the column, is dropped.
+    /// Frees every page of values: the table, or the column, is dropped. The maps stay.
     void releaseAll();
 
 private:

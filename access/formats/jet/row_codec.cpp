@@ -152,9 +152,9 @@ std::uint32_t RowReader::offset(std::uint16_t slot) const
     if (plan_->format->row.wide)
         return loadLE<std::uint16_t>(row_ + offsetsAt_ - 2 * slot);
     std::uint32_t at = row_[offsetsAt_ - slot];
-    // A jump byte tells from which slot on 256 more is meant.
+    // A jump byte tells from which slot on 256 more is meant; 0xFF: from none.
     const std::uint8_t* jump = row_ + offsetsAt_ + jumps_;
-    for (std::uint32_t k = 0; k < jumps_ && jump[-static_cast<int>(k)] <= slot; ++k)
+    for (std::uint32_t k = 0; k < jumps_ && *jump <= slot && *jump != 0xFF; ++k, --jump)
         at += 256;
     return at;
 }

@@ -1,0 +1,193 @@
+#include "access/formats/jet/new_table.h"
+
+#include <algorithm>
+
+#include "access/formats/jet/table_layout.h"
+#include "platform/paths.h"
+
+namespace velnor::jet {
+namespace {
+
+constexpr int kTextCharacters = 255;
+constexpr std::uint8_t kDecimalPrecision = 18, kMaxPrecision = 28;
+
+std::uint16_t lengthOf(const ColumnDefaults& defaults, const FieldDef& field, std::uint8_t type)
+{
+    switch (type) {
+    case column_type::kBoolean:
+    case column_type::kByte:
+        return 1;
+    case column_type::kInteger:
+        return 2;
+    case column_type::kLong:
+    case column_type::kSingle:
+        return 4;
+    case column_type::kCurrency:
+    case column_type::kDouble:
+    case column_type::kDate:
+        return 8;
+    case column_type::kGuid:
+        return 16;
+    case column_type::kDecimal:
+        return 17;
+    case column_type::kText: {
+        const int size = field.size > 0 ? std::min(field.size, kTextCharacters) : kTextCharacters;
+        return static_cast<std::uint16_t>(defaults.format.wideText ? 2 * size : size);
+    }
+    case column_type::kBinary:
+        return static_cast<std::uint16_t>(field.size > 0
+                                              ? std::min<int>(field.size, defaults.format.maxBinary)
+                                              : defaults.format.maxBinary);
+    default:
+        return 0;
+    }
+}
+
+bool isVariable(std::uint8_t type)
+{
+    return type == column_type::kText || type == column_type::kBinary ||
+           type == column_type::kMemo || type == column_type::kOle;
+}
+
+[[noreturn]] void badIndex(const std::string& index, const char* why)
+{
+    throw EngineError(EngineErrorNumber::InvalidIndex,
+                      "The index \"" + index + "\" cannot be made: " + why);
+}
+
+/// Slots in the order of ids, long values behind all others; fixed offsets in the order of ids.
+void placeColumns(TableDef& def)
+{
+    std::uint16_t offset = 0, slot = 0;
+    for (Column& c : def.columns) {
+        if (c.fixed()) {
+            c.fixedOffset = offset;
+            c.variableSlot = slot;  // variable columns in front of it
+            offset = static_cast<std::uint16_t>(offset +
+                                                (c.type == column_type::kBoolean ? 0 : c.length));
+        } else if (!c.longValue()) {
+            c.variableSlot = slot++;
+        }
+    }
+    for (Column& c : def.columns)
+        if (c.longValue())
+            c.variableSlot = slot++;
+    def.variableColumns = slot;
+}
+
+RealIndex newRealIndex(const TableDef& def, const IndexDef& index, const JetFormat& format)
+{
+    RealIndex real;
+    if (index.fields.empty())
+        badIndex(index.name, "it has no fields.");
+    if (index.fields.size() > kMaxIndexColumns)
+        badIndex(index.name, "it has more than ten fields.");
+    for (const IndexFieldDef& field : index.fields) {
+        const auto column =
+            std::find_if(def.columns.begin(), def.columns.end(),
+                         [&](const Column& c) { return paths::sameName(c.name, field.name); });
+        if (column == def.columns.end())
+            badIndex(index.name, "one of its fields is not in the table.");
+        if (column->type == column_type::kOle)
+            badIndex(index.name, "a field of this type cannot be indexed.");
+        real.columns.push_back({column->id, field.descending});
+    }
+    real.flags = format.realIndex.alwaysFlags;
+    if (index.unique || index.primary)
+        real.flags |= index_flag::kUnique;
+    if (index.required || index.primary)
+        real.flags |= index_flag::kRequired;
+    if (index.ignoreNulls)
+        real.flags |= index_flag::kIgnoreNulls;
+    return real;
+}
+
+}  // namespace
+
+Column newColumn(const ColumnDefaults& defaults, const FieldDef& field)
+{
+    Column c;
+    c.name = field.name;
+    c.type = columnTypeOf(field.type);
+    if (c.type == 0 || (c.type == column_type::kDecimal && defaults.format.version == 3))
+        throw EngineError(EngineErrorNumber::NotSupported,
+                          "The field \"" + field.name +
+                              "\" has a type that this version of Access "
+                              "files does not have.");
+    c.length = lengthOf(defaults, field, c.type);
+    c.flags = column_flag::kAlwaysSet;
+    if (!isVariable(c.type))
+        c.flags |= column_flag::kFixed;
+    if (field.autonumber && c.type == column_type::kLong)
+        c.flags |= column_flag::kAutonumber;
+    if (field.autonumber && c.type == column_type::kGuid)
+        c.flags |= column_flag::kAutoGuid;
+    const bool text = c.type == column_type::kText || c.type == column_type::kMemo;
+    if (text && defaults.format.column.moreFlags >= 0)
+        c.moreFlags = column_flag::kCompressed;
+    c.order = defaults.order;
+    c.codePage = defaults.codePage;
+    c.columnWord = defaults.columnWord;
+    if (c.type == column_type::kDecimal) {
+        c.precision =
+            field.precision ? std::min(field.precision, kMaxPrecision) : kDecimalPrecision;
+        c.scale = std::min(field.scale, c.precision);
+    }
+    return c;
+}
+
+TableDef newTableDef(const ColumnDefaults& defaults, const TableLayout& layout)
+{
+    if (layout.fields.size() > kMaxColumns)
+        throw EngineError(EngineErrorNumber::TooManyFields, "Too many fields defined.");
+    if (layout.fields.empty())
+        throw EngineError(EngineErrorNumber::InvalidArgument, "A table must have a field.");
+    if (layout.indexes.size() > kMaxIndexes)
+        badIndex(layout.indexes.back().name, "a table has at most 32 indexes.");
+    TableDef def;
+    for (const FieldDef& field : layout.fields) {
+        Column c = newColumn(defaults, field);
+        c.id = static_cast<std::uint16_t>(def.columns.size());
+        c.ordinal = c.id;
+        def.columns.push_back(std::move(c));
+    }
+    def.maxColumns = static_cast<std::uint16_t>(def.columns.size());
+    placeColumns(def);
+    for (const IndexDef& index : layout.indexes) {
+        LogicalIndex logical;
+        logical.name = index.name;
+        logical.number = static_cast<std::uint32_t>(def.realIndexes.size());
+        logical.realIndex = logical.number;
+        logical.kind = index.primary ? LogicalKind::Primary : LogicalKind::Ordinary;
+        def.realIndexes.push_back(newRealIndex(def, index, defaults.format));
+        def.logicalIndexes.push_back(std::move(logical));
+    }
+    std::stable_sort(def.logicalIndexes.begin(), def.logicalIndexes.end(),
+                     [](const LogicalIndex& a, const LogicalIndex& b) {
+                         return paths::foldName(a.name) < paths::foldName(b.name);
+                     });
+    return def;
+}
+
+PropertyBlock newProperties(const TableLayout& layout, PropertyText text)
+{
+    PropertyBlock block(text);
+    const auto rules = [&](const std::string& owner, const std::string& rule,
+                           const std::string& words, const std::string& description) {
+        block.setText(owner, "ValidationRule", PropertyType::Memo, rule);
+        block.setText(owner, "ValidationText", PropertyType::Text, words);
+        block.setText(owner, "Description", PropertyType::Text, description);
+    };
+    rules("", layout.validationRule, layout.validationText, layout.description);
+    for (const FieldDef& field : layout.fields) {
+        if (field.required)
+            block.setFlag(field.name, "Required", true);
+        if (!field.allowZeroLength && valueKindOf(field.type) == ValueKind::Text)
+            block.setFlag(field.name, "AllowZeroLength", false);
+        block.setText(field.name, "DefaultValue", PropertyType::Memo, field.defaultValue);
+        rules(field.name, field.validationRule, field.validationText, field.description);
+    }
+    return block;
+}
+
+}  // namespace velnor::jet

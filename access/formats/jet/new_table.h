@@ -1,0 +1,30 @@
+// access/formats/jet/new_table.h - the definition of a table that is about to be made.
+#pragma once
+
+#include "access/formats/jet/jet_file.h"
+#include "access/formats/jet/properties.h"
+#include "access/formats/jet/table_def.h"
+#include "access/layout.h"
+
+namespace velnor::jet {
+
+/// What new columns take from their file.
+struct ColumnDefaults {
+    const JetFormat& format;
+    SortOrder order;
+    std::uint16_t codePage = 0;    // Jet 3
+    std::uint16_t columnWord = 0;  // Jet 3
+};
+
+/// Columns and indexes, without pages: maps and roots are still to be given. Ids and fixed offsets
+/// in the order of the fields; plain variable columns get the first slots, long values the last.
+/// 3190 too many fields, 3251 a type that the version does not have, 3018 an index that cannot be.
+TableDef newTableDef(const ColumnDefaults& defaults, const TableLayout& layout);
+
+/// A column of a field; ids, slots and offsets are still to be given.
+Column newColumn(const ColumnDefaults& defaults, const FieldDef& field);
+
+/// What the property block keeps of a table: required fields, default values, descriptions, rules.
+PropertyBlock newProperties(const TableLayout& layout, PropertyText text);
+
+}  // namespace velnor::jet
