@@ -13,7 +13,8 @@ namespace velnor {
 class MainTab : public QWidget {
     Q_OBJECT
 public:
-    using QWidget::QWidget;
+    explicit MainTab(QWidget* parent = nullptr);
+    ~MainTab() override;
 
     /// The text on the tab strip.
     virtual QString caption() const = 0;

@@ -70,6 +70,11 @@ Velnor1::~Velnor1()
     delete shell_.data();
 }
 
+MDIForm1* Velnor1::shell() const
+{
+    return shell_;
+}
+
 void Velnor1::buildStatusBar()
 {
     selectedFile_ = new QLabel(this);

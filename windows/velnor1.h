@@ -57,7 +57,7 @@ public:
     void showTab(const QString& caption);
     DatabasesTab& databases() { return *databases_; }
     CopyPlace& copyPlace() { return *copy_; }
-    MDIForm1* shell() const { return shell_; }
+    MDIForm1* shell() const;
     void status(const QString& text);
 
 protected:

@@ -1,0 +1,8 @@
+#include "windows/main_tab.h"
+
+namespace velnor {
+
+MainTab::MainTab(QWidget* parent) : QWidget(parent) {}
+MainTab::~MainTab() = default;
+
+}  // namespace velnor
