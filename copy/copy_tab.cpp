@@ -90,15 +90,19 @@ void CopyTab::SelectCopyFile()
 void CopyTab::OpenFromBtn_Click()
 {
     SelectCopyFile();
-    SetCopyFromFile();
-    LoadCopyFields(0);
+    openWorkFile(0);
 }
 
 void CopyTab::OpenToBtn_Click()
 {
     SelectCopyFile();
-    SetCopyToFile();
-    LoadCopyFields(1);
+    openWorkFile(1);
+}
+
+void CopyTab::openWorkFile(int index)
+{
+    setCopyFile(index);
+    LoadCopyFields(index);
 }
 
 void CopyTab::SetCopyFromFile()

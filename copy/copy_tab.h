@@ -103,6 +103,8 @@ private:
 
     CopySide& side(int index) { return index == 0 ? From : To; }
     void setCopyFile(int index);
+    /// Takes WORK_FILE as the file of a side.
+    void openWorkFile(int index);
     void closeSide(int index);
     void loadFields(int index);
     void enableMatchButtons();

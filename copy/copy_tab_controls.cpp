@@ -11,10 +11,12 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
+#include "copy/drop_pane.h"
 #include "copy/line_list.h"
 #include "copy/path_label.h"
 #include "copy/record_combo.h"
 #include "core/attempt.h"
+#include "core/globals.h"
 
 namespace velnor {
 namespace {
@@ -109,6 +111,10 @@ void CopyTab::buildControls()
     sides->setChildrenCollapsible(false);
     sides->addWidget(buildSide(0));
     sides->addWidget(buildSide(1));
+    sides->setHandleWidth(sides->handleWidth() * 3);
+    for (int index : {0, 1})
+        sides->setStretchFactor(index, 1);
+    sides->setSizes({1000, 1000});  // in equal parts
 
     auto* parts = new QSplitter(Qt::Vertical, this);
     parts->setObjectName("CopyParts");
@@ -126,7 +132,13 @@ void CopyTab::buildControls()
 QWidget* CopyTab::buildSide(int index)
 {
     const SideTexts texts = textsOf(index);
-    auto* pane = new QWidget(this);
+    auto* pane = new DropPane(this);
+    pane->setObjectName(index == 0 ? "FromPane" : "ToPane");
+    connect(pane, &DropPane::dropped, this, [this, index](const QString& path) {
+        globals().WORK_FILE = path;
+        edge(this, &CopyTab::openWorkFile, index)();
+    });
+    connect(pane, &DropPane::refused, this, &CopyTab::statusText);
     auto* column = new QVBoxLayout(pane);
     column->setContentsMargins(0, 0, 0, 0);
 
@@ -256,6 +268,8 @@ void CopyTab::connectControls()
 
 void CopyTab::showEmptyStates()
 {
+    CloseFromBtn->setEnabled(!Label3[0]->isHidden());
+    CloseToBtn->setEnabled(!Label3[1]->isHidden());
     for (int index : {0, 1}) {
         if (Label3[index]->isHidden() || Label3[index]->text().isEmpty())
             List3[index]->setEmptyText(index == 0

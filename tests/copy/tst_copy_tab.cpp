@@ -2,12 +2,15 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
+#include <QDragEnterEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPushButton>
 #include <QSet>
 #include <QSignalSpy>
 #include <QTest>
+#include <QUrl>
 
 #include "copy/copy_tab.h"
 #include "copy/line_list.h"
@@ -101,6 +104,8 @@ private slots:
         QVERIFY(!tab_->CancelBtn->isEnabled());
         QVERIFY(!tab_->CopyBtn->isEnabled());
         QVERIFY(!tab_->ClearCopyLogBtn->isEnabled());
+        QVERIFY(!tab_->CloseFromBtn->isEnabled());
+        QVERIFY(!tab_->CloseToBtn->isEnabled());
         QCOMPARE(tab_->CHKCPYQRY->text(), "Select Records from From Table using Active Query     ");
         for (LineList* list : tab_->List3)
             QVERIFY(!list->emptyText().isEmpty());
@@ -180,6 +185,14 @@ private slots:
         QVERIFY(tab_->List3[0]->emptyText().contains("could not be opened"));
     }
 
+    void clearLogButton_runsWhatWasSet()
+    {
+        int cleared = 0;
+        tab_->setClearCopyLog([&] { ++cleared; });
+        tab_->ClearCopyLogBtn->click();
+        QCOMPARE(cleared, 1);
+    }
+
     void closing_forgetsTheSideAndTheMatches()
     {
         openBoth();
@@ -203,6 +216,30 @@ private slots:
         tab_->Label3[2]->show();
         openFrom("C:\\PEOPLE.DBF");
         QVERIFY(tab_->Label3[2]->isHidden());
+    }
+
+    // Dropping.
+
+    void droppedFile_isOpenedOnItsSide()
+    {
+        QMimeData file;
+        file.setUrls(
+            {QUrl::fromLocalFile(QString::fromStdString(sandbox_->native("C:\\PEOPLE.DBF")))});
+        QVERIFY(drop("ToPane", file));
+        QCOMPARE(tab_->Label3[1]->text(), "C:\\PEOPLE.DBF");
+        QCOMPARE(tab_->List3[1]->count(), 3);
+        QCOMPARE(tab_->List3[0]->count(), 0);
+    }
+
+    void droppedText_isRefused_andTheReasonIsSaid()
+    {
+        sandbox_->write("C:\\a.txt", "text");
+        QMimeData file;
+        file.setUrls({QUrl::fromLocalFile(QString::fromStdString(sandbox_->native("C:\\a.txt")))});
+        const QSignalSpy status(tab_.get(), &CopyTab::statusText);
+        QVERIFY(!drop("FromPane", file));
+        QCOMPARE(status[0][0].toString(), "Only DBF, DB, MDB, XLS and WK4 files can be copied.");
+        QVERIFY(tab_->Label3[0]->isHidden());
     }
 
     // Matching.
@@ -577,6 +614,19 @@ private:
     {
         openFrom("C:\\PEOPLE.DBF");
         openTo("C:\\FRIENDS.DBF");
+    }
+    /// Drags onto a pane and drops there, when the pane takes it.
+    bool drop(const char* paneName, const QMimeData& data)
+    {
+        auto* pane = tab_->findChild<QWidget*>(paneName);
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        enter.ignore();
+        QCoreApplication::sendEvent(pane, &enter);
+        if (!enter.isAccepted())
+            return false;
+        QDropEvent dropped({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(pane, &dropped);
+        return true;
     }
     void givePeople()
     {
