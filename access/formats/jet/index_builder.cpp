@@ -30,7 +30,7 @@ void IndexBuilder::add(KeyView key, RowPointer row)
     entry_.assign(key.begin(), key.end());
     entry_.resize(key.size() + 4);
     storeBE(entry_.data() + key.size(), row.word());
-    if (!std::ranges::lexicographical_compare(last_, entry_))
+    if (!last_.empty() && compareEntries(last_, entry_) >= 0)
         throw EngineError(EngineErrorNumber::InvalidArgument, "Index entries do not ascend.");
     std::swap(last_, entry_);
     put(0, last_);

@@ -27,15 +27,6 @@ std::size_t at(int offset)
     return static_cast<std::size_t>(offset);
 }
 
-/// Compares as the index sorts: bytes, then the shorter one first.
-int compareBytes(Bytes a, Bytes b)
-{
-    const int order = std::memcmp(a.data(), b.data(), std::min(a.size(), b.size()));
-    if (order != 0)
-        return order;
-    return a.size() < b.size() ? -1 : a.size() > b.size();
-}
-
 void setPrefix(const IndexPageLayout& layout, std::uint8_t* page, std::uint32_t prefix)
 {
     if (layout.prefixBytes == 1)
@@ -134,26 +125,38 @@ std::uint32_t IndexPageView::child(int index) const
     return loadBE<std::uint32_t>(own.data() + own.size() - kChildBytes);
 }
 
+/// Compares an entry with a wanted one: the keys as bytes, the shorter one first, then the places.
+/// The prefix may reach into the place.
+int IndexPageView::compare(int index, Bytes wanted) const
+{
+    Bytes own = stored(index);
+    if (!leaf())
+        own = own.first(own.size() - kChildBytes);
+    const std::size_t lead = index > 0 ? prefix_ : 0;
+    const std::size_t key = lead + own.size() - kPlaceBytes;
+    const std::size_t wantedKey = wanted.size() - kPlaceBytes;
+    const std::size_t both = std::min(key, wantedKey);
+    int order = std::memcmp(entries_, wanted.data(), std::min(lead, both));
+    if (order == 0 && both > lead)
+        order = std::memcmp(own.data(), wanted.data() + lead, both - lead);
+    if (order != 0)
+        return order;
+    if (key != wantedKey)
+        return key < wantedKey ? -1 : 1;
+    if (own.size() >= kPlaceBytes)
+        return std::memcmp(own.data() + own.size() - kPlaceBytes, wanted.data() + key, kPlaceBytes);
+    const std::size_t split = kPlaceBytes - own.size();  // bytes of the place in the prefix
+    order = std::memcmp(entries_ + lead - split, wanted.data() + key, split);
+    return order != 0 ? order : std::memcmp(own.data(), wanted.data() + key + split, own.size());
+}
+
 int IndexPageView::lowerBound(Bytes wanted) const
 {
-    if (count_ == 0 || wanted.empty())
-        return 0;
-    // The prefix is compared once; after it only the stored parts differ.
-    const std::size_t lead = count_ > 1 ? prefix_ : 0;
-    const int order = std::memcmp(entries_, wanted.data(), std::min(lead, wanted.size()));
-    if (order != 0 || wanted.size() < lead)
-        return order < 0 ? count_ : 0;
-    const Bytes rest = wanted.subspan(lead);
-    const std::size_t ignored = leaf() ? 0 : kChildBytes;
     int low = 0;
     int high = count_;
     while (low < high) {
         const int middle = (low + high) / 2;
-        Bytes own = stored(middle);
-        own = own.first(own.size() - ignored);
-        if (middle == 0)
-            own = own.subspan(lead);
-        if (compareBytes(own, rest) < 0)
+        if (compare(middle, wanted) < 0)
             low = middle + 1;
         else
             high = middle;
@@ -262,12 +265,35 @@ std::uint32_t sharedBytes(Bytes a, Bytes b)
     return static_cast<std::uint32_t>(differ.in1 - a.begin());
 }
 
-std::uint32_t IndexPageContent::commonPrefix(const JetFormat& format) const
+int compareEntries(Bytes a, Bytes b)
 {
-    if (count() < 2)
+    const Bytes aKey = a.first(a.size() - kPlaceBytes);
+    const Bytes bKey = b.first(b.size() - kPlaceBytes);
+    const int order = std::memcmp(aKey.data(), bKey.data(), std::min(aKey.size(), bKey.size()));
+    if (order != 0)
+        return order;
+    if (aKey.size() != bKey.size())
+        return aKey.size() < bKey.size() ? -1 : 1;
+    return std::memcmp(a.data() + aKey.size(), b.data() + bKey.size(), kPlaceBytes);
+}
+
+std::uint32_t IndexPageContent::commonPrefix(const JetFormat& format, int from, int to) const
+{
+    if (to - from < 2)
         return 0;
-    const std::uint32_t most = format.indexPage.prefixBytes == 1 ? 0xFF : 0xFFFF;
-    return std::min(most, sharedBytes(entry(0), entry(count() - 1)));  // entries ascend
+    std::uint32_t shared = format.indexPage.prefixBytes == 1 ? 0xFF : 0xFFFF;
+    // An empty key lets the place of its record follow at once: the last entry alone does not tell.
+    for (int i = to - 1; i > from && shared > 0; --i)
+        shared = std::min(shared, sharedBytes(entry(from), entry(i)));
+    return shared;
+}
+
+std::size_t IndexPageContent::packedSize(const JetFormat& format, int from, int to) const
+{
+    const std::size_t plain = startOf(to) - startOf(from);
+    return to - from < 2
+               ? plain
+               : plain - commonPrefix(format, from, to) * static_cast<std::size_t>(to - from - 1);
 }
 
 bool IndexPageContent::fits(const JetFormat& format, bool leaf) const

@@ -51,8 +51,8 @@ public:
     /// Child page of an entry of a node; index == count() is the tail.
     std::uint32_t child(int index) const;
 
-    /// The first entry that is >= `wanted`; count() when all are smaller. In a node the child page
-    /// at the end of each entry does not take part.
+    /// The first entry that is >= `wanted` (key and place); count() when all are smaller. In a node
+    /// the child page at the end of each entry does not take part.
     int lowerBound(std::span<const std::uint8_t> wanted) const;
 
 private:
@@ -60,6 +60,7 @@ private:
                               std::span<const std::uint8_t>);
     friend bool eraseInPlace(const JetFormat&, std::uint8_t*, const IndexPageView&, int);
 
+    int compare(int index, std::span<const std::uint8_t> wanted) const;
     std::uint32_t word(int at) const;
     std::uint32_t startOf(int index) const
     {
@@ -101,8 +102,14 @@ public:
 
     std::size_t plainSize() const { return bytes_.size(); }
     std::size_t longest() const;
-    /// What all entries have in common at their beginning.
-    std::uint32_t commonPrefix(const JetFormat& format) const;
+    /// What entries [from, to) have in common at their beginning.
+    std::uint32_t commonPrefix(const JetFormat& format, int from, int to) const;
+    std::uint32_t commonPrefix(const JetFormat& format) const
+    {
+        return commonPrefix(format, 0, count());
+    }
+    /// Bytes of entries [from, to) on a leaf of their own.
+    std::size_t packedSize(const JetFormat& format, int from, int to) const;
     std::size_t sizeWith(std::uint32_t prefix) const
     {
         return bytes_.size() - (empty() ? 0 : prefix * (ends_.size() - 1));
@@ -124,6 +131,9 @@ private:
     std::vector<std::uint32_t> ends_;
 };
 
+/// The order of the index: keys as bytes, the shorter first, then the places of the records. Both
+/// are whole.
+int compareEntries(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b);
 /// How many bytes two entries have in common at their beginning.
 std::uint32_t sharedBytes(std::span<const std::uint8_t> a, std::span<const std::uint8_t> b);
 

@@ -89,10 +89,8 @@ bool IndexWalker::stepLeaf(bool forward)
             continue;
         scratch_.swap(entry_);
         standOn(forward ? 0 : leaf_.count() - 1);
-        const bool ordered =
-            !wasValid || (forward ? std::ranges::lexicographical_compare(scratch_, entry_)
-                                  : std::ranges::lexicographical_compare(entry_, scratch_));
-        if (ordered)
+        const int order = wasValid ? compareEntries(scratch_, entry_) : 0;
+        if (!wasValid || (forward ? order < 0 : order > 0))
             return true;
         break;
     }
@@ -113,7 +111,7 @@ bool IndexWalker::lowerBound(KeyView wanted)
 
 bool IndexWalker::seek(KeyView key)
 {
-    return lowerBound(key);
+    return seekEntry(key, RowPointer{});
 }
 
 bool IndexWalker::seekPast(KeyView key)
@@ -127,12 +125,13 @@ bool IndexWalker::seekPast(KeyView key)
         return false;
     }
     ++scratch_.back();
+    scratch_.resize(scratch_.size() + 4, 0);
     return lowerBound(scratch_);
 }
 
 bool IndexWalker::seekBefore(KeyView key)
 {
-    return lowerBound(key) ? previous() : last();
+    return seek(key) ? previous() : last();
 }
 
 bool IndexWalker::seekLast(KeyView key)

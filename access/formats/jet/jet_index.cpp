@@ -153,17 +153,9 @@ int IndexTree::cutAt(const IndexPageContent& content, bool leaf, bool rightmost,
     if (!leaf)
         return content.middle(format_);
     const int middle = content.middle(format_);
-    const std::uint32_t most = format_.indexPage.prefixBytes == 1 ? 0xFF : 0xFFFF;
-    const auto packed = [&](int from, int to) {
-        const std::uint32_t shared =
-            std::min(most, sharedBytes(content.entry(from), content.entry(to - 1)));
-        std::size_t size = 0;
-        for (int i = from; i < to; ++i)
-            size += content.entry(i).size() - (i > from ? shared : 0);
-        return size;
-    };
     const auto area = static_cast<std::size_t>(format_.indexPage.entryBytes);
-    if (packed(0, middle) <= area && packed(middle, count) <= area)
+    if (content.packedSize(format_, 0, middle) <= area &&
+        content.packedSize(format_, middle, count) <= area)
         return middle;
     // The new entry does not share what packs all others: it stands at an end, and alone.
     return added == 0 ? 1 : count - 1;

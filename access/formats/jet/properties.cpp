@@ -206,6 +206,15 @@ const Property* PropertyBlock::find(std::string_view owner, std::string_view nam
     return at == chunk->entries.end() ? nullptr : &*at;
 }
 
+std::vector<std::string> PropertyBlock::owners() const
+{
+    std::vector<std::string> names;
+    for (const Chunk& chunk : chunks_)
+        if (isOwnerChunk(chunk.kind))
+            names.push_back(chunk.owner.utf8);
+    return names;
+}
+
 std::string PropertyBlock::text(std::string_view owner, std::string_view name) const
 {
     const Property* property = find(owner, name);

@@ -48,6 +48,8 @@ public:
     std::string build() const;
 
     /// Owner "" is the table itself, any other the field of that name; names are blind to case.
+    /// The owners that have properties.
+    std::vector<std::string> owners() const;
     const Property* find(std::string_view owner, std::string_view name) const;
     std::string text(std::string_view owner, std::string_view name) const;
     std::optional<bool> flag(std::string_view owner, std::string_view name) const;

@@ -13,10 +13,10 @@
 
 namespace velnor::jet {
 
-/// A file of the corpus in memory, opened to be read.
+/// A file of the corpus in memory, opened to be read; damaged ones without their tables.
 class OpenCorpusFile {
 public:
-    explicit OpenCorpusFile(const std::string& name)
+    explicit OpenCorpusFile(const std::string& name, bool withTables = true)
     {
         files_.put("C:\\file.mdb", corpusFile(name));
         OpenRequest request;
@@ -24,6 +24,8 @@ public:
         request.password = corpusPassword(name);
         file_ = std::make_unique<JetFile>(files_, request);
         catalog_ = std::make_unique<Catalog>(*file_);
+        if (!withTables)
+            return;
         for (const CatalogEntry& entry : catalog_->objects())
             if (entry.table())
                 tables_.push_back(std::make_shared<JetTable>(
