@@ -49,7 +49,7 @@ void makeAccessFile(const QString& path)
 }
 
 void makeTable(const QString& database, const QString& connect, const QString& table,
-               const QList<MadeField>& fields)
+               const QList<MadeField>& fields, const QString& uniqueIndexOn)
 {
     Workspace workspace(*host().files);
     Database opened = openFile(workspace, database, connect, false);
@@ -59,20 +59,13 @@ void makeTable(const QString& database, const QString& connect, const QString& t
         draft.Required(field.required);
         made.Fields().Append(draft);
     }
+    if (!uniqueIndexOn.isEmpty()) {
+        Index index = made.CreateIndex(uniqueIndexOn.toStdString());
+        index.Unique(true);
+        index.Fields().Append(index.CreateField(uniqueIndexOn.toStdString()));
+        made.Indexes().Append(index);
+    }
     opened.TableDefs().Append(made);
-    opened.Close();
-}
-
-void makeIndex(const QString& database, const QString& connect, const QString& table,
-               const QString& field, bool unique)
-{
-    Workspace workspace(*host().files);
-    Database opened = openFile(workspace, database, connect, false);
-    TableDef& owner = opened.TableDefs().Item(table.toStdString());
-    Index index = owner.CreateIndex(field.toStdString());
-    index.Unique(unique);
-    index.Fields().Append(index.CreateField(field.toStdString()));
-    owner.Indexes().Append(index);
     opened.Close();
 }
 

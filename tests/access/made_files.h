@@ -24,12 +24,10 @@ struct MadeField {
 
 /// A new Access file without tables.
 void makeAccessFile(const QString& path);
-/// A new table in a folder (dBASE, FoxPro) or in an Access file that stands.
+/// A new table in a folder (dBASE, FoxPro) or in an Access file that stands; with a unique index on
+/// a field, named like it.
 void makeTable(const QString& database, const QString& connect, const QString& table,
-               const QList<MadeField>& fields);
-/// Adds an index on one field of a table that stands.
-void makeIndex(const QString& database, const QString& connect, const QString& table,
-               const QString& field, bool unique);
+               const QList<MadeField>& fields, const QString& uniqueIndexOn = {});
 /// Appends records; an invalid QVariant is Null, texts are converted by the engine.
 void appendRows(const QString& database, const QString& connect, const QString& table,
                 const QList<QVariantList>& rows);

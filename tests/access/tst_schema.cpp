@@ -179,7 +179,6 @@ private slots:
     void structure_fillsFieldsAndIndexes()
     {
         makeShop();
-        makeIndex("C:\\shop.mdb", kAccess, "Customers", "Name", true);
         QVERIFY(LoadTableStructure("C:\\shop.mdb", "Access 2000;", "customers"));
         auto& G = globals();
         QCOMPARE(G.FIELD_COUNT, short(3));
@@ -225,6 +224,14 @@ private slots:
         QVERIFY(!globals().FOXPRO_FLG);  // looked at twice, and no index either time
     }
 
+    void foxProTable_thatDBaseRefuses_isReadAsFoxPro()
+    {
+        makeTable("C:", kFoxPro, "FOX", {{"NAME", FieldType::Text, 20}});
+        QVERIFY(LoadTableStructure("C:", "dBASE 5.0;", "FOX.DBF"));
+        QCOMPARE(globals().FIELD_COUNT, short(1));
+        QVERIFY(!globals().FOXPRO_FLG);  // only indexes set it
+    }
+
     void dBaseTable_withoutADot_isNotRead()
     {
         makeTable("C:", kDBase, "PEOPLE", {{"NAME", FieldType::Text, 20}});
@@ -247,7 +254,8 @@ private:
         makeAccessFile("C:\\shop.mdb");
         makeTable(
             "C:\\shop.mdb", kAccess, "Customers",
-            {{"ID", FieldType::Long}, {"Name", FieldType::Text, 40}, {"Note", FieldType::Memo}});
+            {{"ID", FieldType::Long}, {"Name", FieldType::Text, 40}, {"Note", FieldType::Memo}},
+            "Name");
         makeTable("C:\\shop.mdb", kAccess, "Orders", {{"ID", FieldType::Long}});
     }
     bool copyProtected()

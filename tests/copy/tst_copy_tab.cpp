@@ -422,7 +422,7 @@ private slots:
         openBoth();
         tab_->SelectAllBtn->click();
         const QSignalSpy status(tab_.get(), &CopyTab::statusText);
-        answerAppend();
+        answerAppendToFriends();
         tab_->CopyBtn->click();
         QCOMPARE(tab_->Label3[2]->text(), "Copy Successful");
         QVERIFY(!tab_->Label3[2]->isHidden());
@@ -440,7 +440,7 @@ private slots:
         globals().LOG_COPY = true;
         openBoth();
         tab_->SelectAllBtn->click();
-        answerAppend();
+        answerAppendToFriends();
         tab_->CopyBtn->click();
         QCOMPARE(tab_->Label3[2]->text(), "Copy Unsuccessful");
         QVERIFY(prompt_->told.isEmpty());
@@ -455,7 +455,7 @@ private slots:
         givePeople();
         openBoth();
         tab_->SelectAllBtn->click();
-        answerAppend();
+        answerAppendToFriends();
         tab_->CopyBtn->click();
         QCOMPARE(logged, 0);
     }
@@ -499,7 +499,7 @@ private slots:
         openBoth();
         globals().FILE_EXT = "XLS";
         tab_->SelectAllBtn->click();
-        answerAppend();
+        answerAppendToFriends();
         tab_->CopyBtn->click();
         QCOMPARE(saved, QStringList{"C:\\FRIENDS.DBF\\FRIENDS"});
         QCOMPARE(globals().FILE_EXT, "DBF");
@@ -518,7 +518,7 @@ private slots:
         givePeople();
         openBoth();
         tab_->SelectAllBtn->click();
-        answerAppend();
+        answerAppendToFriends();
         tab_->CopyBtn->click();
         QCOMPARE(prompt_->told,
                  QStringList{"Window Displaying Database must be Closed to Send - C:\\PEOPLE.DBF"});
@@ -551,11 +551,14 @@ private slots:
         tab_->CMBRECORD[1]->setCurrentIndex(tab_->CMBRECORD[1]->findText("Members"));
         tab_->CMBRECORD_Click(1);
         tab_->SelectAllBtn->click();
-        tab_->List3[0]->highlight(1);
-        tab_->List3[1]->highlight(2);
-        tab_->SelectBtn->click();  // CITY into the Long CODE
+        matchByHand(1, 2);
+        QCOMPARE(
+            tab_->List3[2]->lines(),
+            (QStringList{"NAME - Text - 20  =  NAME - Text - 20",
+                         "CITY - Text - 30  =  AGE - Double - 8",  // both stand below a Text 20
+                         "AGE - Double - 8  =  AGE - Double - 8",
+                         "CITY - Text - 30  =  CODE - Long - 4"}));
         prompt_->expectQuestion("Do you want to Append - PEOPLE.DBF Records to Members", true);
-        prompt_->expectQuestion("Do you want to Copy AGE to AGE", true);
         prompt_->expectQuestion("Do you want to Copy CITY to CODE", true);
         tab_->CopyBtn->click();
         QCOMPARE(tab_->Label3[2]->text(), "Copy Successful");
@@ -579,6 +582,40 @@ private slots:
         QCOMPARE(tab_->To.Password, "Geheim97");
         QCOMPARE(tab_->CMBRECORD[1]->count(), 3);
         QVERIFY(tab_->List3[1]->count() > 0);
+    }
+
+    void accessTables_areCopiedWithoutAPassword()
+    {
+        makeShop();
+        appendRows("C:\\shop.mdb", kAccess, "Places", {{"Rome"}});
+        openFrom("C:\\shop.mdb");
+        openTo("C:\\shop.mdb");
+        for (int index : {0, 1}) {
+            QComboBox& records = *tab_->CMBRECORD[index];
+            records.setCurrentIndex(records.findText("Places"));
+            tab_->CMBRECORD_Click(index);
+        }
+        tab_->SelectAllBtn->click();
+        prompt_->expectQuestion("Do you want to Append - Places Records to Places", true);
+        tab_->CopyBtn->click();
+        QCOMPARE(tab_->Label3[2]->text(), "Copy Successful");
+        QCOMPARE(readRows("C:\\shop.mdb", kAccess, "Places"),
+                 (QList<QStringList>{{"Rome"}, {"Rome"}}));
+        QCOMPARE(tab_->From.Connect, ";pwd=");
+        QCOMPARE(tab_->To.Connect, "");
+        tab_->CMBRECORD_Click(0);  // the connects of the copy still open both sides
+        QCOMPARE(tab_->List3[0]->lines(), QStringList{"PLACE - Text - 30"});
+        QVERIFY(tab_->CMBRECORD[0]->count() == 2);
+    }
+
+    void passwordOfAnotherFile_doesntKeepAnUnprotectedOneShut()
+    {
+        makeShop();
+        globals().DATABASE_PASSWORD = "of another file";
+        openFrom("C:\\shop.mdb");
+        QCOMPARE(tab_->From.Connect, ";pwd=of another file");
+        QCOMPARE(tab_->CMBRECORD[0]->count(), 2);
+        QVERIFY(tab_->List3[0]->count() > 0);
     }
 
     void cancelledLogin_leavesTheSideEmpty()
@@ -649,6 +686,14 @@ private:
     void answerAppend(const QString& target = "FRIENDS.DBF")
     {
         prompt_->expectQuestion("Do you want to Append - PEOPLE.DBF Records to " + target, true);
+    }
+    /// The fields of the two files stand in another order. The types of the lines above are
+    /// compared, so both matches are asked about, although their own types are the same.
+    void answerAppendToFriends()
+    {
+        answerAppend();
+        prompt_->expectQuestion("Do you want to Copy NAME to NAME", true);
+        prompt_->expectQuestion("Do you want to Copy CITY to CITY", true);
     }
     static void checkMnemonic(const QString& text, QSet<QString>& seen)
     {

@@ -130,6 +130,63 @@ private slots:
         QCOMPARE(rows(), (QList<QStringList>{{"x"}, {"y"}, {"x"}, {"y"}}));
     }
 
+    void nullTextToANumber_endsTheCopy()
+    {
+        makeAccessPair({{"T", FieldType::Text, 10}}, {{"N", FieldType::Long}});
+        appendRows("C:\\a.mdb", kAccess, "A", {{"12abc"}, {QVariant()}, {"3"}});
+        QCOMPARE(copyInAccess({{0, 0}}).number, 94);
+        QCOMPARE(accessRows(), (QList<QStringList>{{"12"}}));
+    }
+
+    void nullText_staysNull()
+    {
+        makeAccessPair({{"T", FieldType::Text, 10}}, {{"N", FieldType::Text, 5}});
+        appendRows("C:\\a.mdb", kAccess, "A", {{QVariant()}});
+        QCOMPARE(copyInAccess({{0, 0}}).number, 0);
+        QCOMPARE(accessRows(), (QList<QStringList>{{"(Null)"}}));
+    }
+
+    void booleanToLong_writesNothing()
+    {
+        makeAccessPair({{"YES", FieldType::Boolean}}, {{"N", FieldType::Long}});
+        appendRows("C:\\a.mdb", kAccess, "A", {{true}});
+        QCOMPARE(copyInAccess({{0, 0}}).number, 0);
+        QCOMPARE(accessRows(), (QList<QStringList>{{"(Null)"}}));
+    }
+
+    void booleanToRequiredLong_failsAtUpdate()
+    {
+        makeAccessPair({{"YES", FieldType::Boolean}}, {{"N", FieldType::Long, 0, true}});
+        appendRows("C:\\a.mdb", kAccess, "A", {{true}});
+        QCOMPARE(copyInAccess({{0, 0}}).number, 3314);
+        QVERIFY(accessRows().isEmpty());
+    }
+
+    void duplicateKey_endsTheCopy_andLeavesTheRecordsBefore()
+    {
+        makeAccessPair({{"N", FieldType::Long}}, {{"N", FieldType::Long}}, "N");
+        appendRows("C:\\a.mdb", kAccess, "A", {{1}, {2}, {1}, {3}});
+        QCOMPARE(copyInAccess({{0, 0}}).number, 3022);
+        QCOMPARE(tally_.copied, 2);
+        QCOMPARE(accessRows(), (QList<QStringList>{{"1"}, {"2"}}));
+    }
+
+    void tableOfTheSameFile_isCopiedOnce()
+    {
+        makeAccessPair({{"N", FieldType::Double}}, {{"D", FieldType::Date}});
+        appendRows("C:\\a.mdb", kAccess, "A", {{38309.0}, {38309.5}});
+        QCOMPARE(copyInAccess({{0, 0}}).number, 0);
+        QCOMPARE(accessRows(), (QList<QStringList>{{"11/18/2004"}, {"11/18/2004 12:00:00 PM"}}));
+    }
+
+    void doubleBeyondALong_endsTheCopy()
+    {
+        makeAccessPair({{"N", FieldType::Double}}, {{"N", FieldType::Long}});
+        appendRows("C:\\a.mdb", kAccess, "A", {{7.0}, {1e12}});
+        QVERIFY(copyInAccess({{0, 0}}).number != 0);
+        QCOMPARE(accessRows(), (QList<QStringList>{{"7"}}));
+    }
+
     void watcher_isToldOfCommittedRecords()
     {
         makeNumbers(7);
@@ -193,6 +250,18 @@ private:
     {
         return {{"C:\\from", kDBase, "A"}, {"C:\\to", kDBase, "B"}, {{0, 0}}};
     }
+    static void makeAccessPair(const QList<MadeField>& from, const QList<MadeField>& to,
+                               const QString& uniqueIndexOn = {})
+    {
+        makeAccessFile("C:\\a.mdb");
+        makeTable("C:\\a.mdb", kAccess, "A", from);
+        makeTable("C:\\a.mdb", kAccess, "B", to, uniqueIndexOn);
+    }
+    Outcome copyInAccess(std::vector<FieldPair> pairs)
+    {
+        return run({{"C:\\a.mdb", "", "A"}, {"C:\\a.mdb", "", "B"}, std::move(pairs)}, {});
+    }
+    static QList<QStringList> accessRows() { return readRows("C:\\a.mdb", kAccess, "B"); }
     Outcome copy(std::vector<FieldPair> pairs)
     {
         CopyJob job = numbersJob();
