@@ -46,12 +46,13 @@ std::shared_ptr<JetTable> JetStore::openTable(std::string_view name)
     const auto page = static_cast<PageNumber>(entry.id);
     if (page == kCatalogPage)
         return catalog_.objectTable();
-    auto& table = tables_[page];
-    if (!table) {
-        table = (entry.flags & kSystemTableBits) && entry.name.starts_with("MSys")
-                    ? catalog_.systemTable(entry.name)
-                    : std::make_shared<JetTable>(file_, page, entry.name);
-    }
+    const auto known = tables_.find(page);
+    if (known != tables_.end())
+        return known->second;
+    auto table = (entry.flags & kSystemTableBits) && entry.name.starts_with("MSys")
+                     ? catalog_.systemTable(entry.name)
+                     : std::make_shared<JetTable>(file_, page, entry.name);
+    tables_.emplace(page, table);
     return table;
 }
 

@@ -1,6 +1,7 @@
 // What changes a database: writers, structure, commit.
 #include "access/formats/jet/jet_store.h"
 
+#include "access/formats/jet/jet_check.h"
 #include "access/formats/jet/jet_writer.h"
 #include "access/formats/jet/structure.h"
 #include "platform/paths.h"
@@ -98,6 +99,10 @@ void JetStore::dropTable(std::string_view table)
     tables_.erase(static_cast<PageNumber>(entry.id));
 }
 
-void JetStore::check(std::string_view, const ProblemSink&) {}
+void JetStore::check(std::string_view table, const ProblemSink& report)
+{
+    const auto open = [this](const CatalogEntry& entry) { return openTable(entry.name); };
+    checkDatabase(file_, catalog_, table, open, report);
+}
 
 }  // namespace velnor::jet
