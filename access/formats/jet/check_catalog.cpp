@@ -77,7 +77,7 @@ void checkRights(CheckContext& context, Catalog& catalog, const std::set<std::in
         PhysicalCursor cursor(rights);
         for (bool on = object >= 0 && cursor.first(); on; on = cursor.next()) {
             const ValueView id = cursor.field(object);
-            if (id.isNull())
+            if (id.kind() != ValueKind::Integer)
                 continue;
             withRights.insert(id.asInteger());
             if (!ids.contains(id.asInteger()))

@@ -59,10 +59,10 @@ std::vector<PageNumber> CheckContext::useMap(RowPointer record, const std::strin
         problem(where,
                 "The page map at " + placeText(record) + " serves " + at->second + " as well.");
     try {
-        if (record.page >= 2 && mapPages_.emplace(record.page, 0).second) {
+        if (record.page >= 2) {
             const PageRef page = file.page(record.page);
             const DataPage data(file.format(), page.data());
-            if (data.isData() && data.owner() == 0)
+            if (mapPages_.insert(record.page).second && data.isData() && data.owner() == 0)
                 claim(record.page, mapOwner_);
         }
         UsageMap map(file, record);

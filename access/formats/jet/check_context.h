@@ -5,6 +5,7 @@
 #include <bitset>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -39,7 +40,7 @@ public:
     std::vector<PageNumber> useMap(RowPointer record, const std::string& where);
     /// Map records in use, by their place.
     bool mapRecordUsed(RowPointer record) const { return mapRecords_.contains(record.word()); }
-    const std::map<PageNumber, int>& mapRecordPages() const { return mapPages_; }
+    const std::set<PageNumber>& mapRecordPages() const { return mapPages_; }
 
     /// Says that a long-value row is in use; false when it was already.
     bool useLongRow(RowPointer row);
@@ -52,7 +53,7 @@ private:
     std::vector<Owner> owners_;
     Owner mapOwner_ = 0;
     std::map<std::uint32_t, std::string> mapRecords_;
-    std::map<PageNumber, int> mapPages_;  // pages that hold map records
+    std::set<PageNumber> mapPages_;  // pages that hold map records
     std::unordered_map<PageNumber, std::bitset<256>> longRows_;
 };
 

@@ -127,7 +127,7 @@ void DatabaseCheck::indexes(const std::shared_ptr<JetTable>& open, const RowFact
 /// Rows of map pages that nothing names.
 void DatabaseCheck::mapRecords()
 {
-    for (const auto& [number, unused] : context_.mapRecordPages()) {
+    for (const PageNumber number : context_.mapRecordPages()) {
         const PageRef page = file_.page(number);
         const DataPage data(file_.format(), page.data());
         if (!data.isData() || data.owner() != 0) {

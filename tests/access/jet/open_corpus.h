@@ -13,23 +13,26 @@
 
 namespace velnor::jet {
 
-/// A file of the corpus in memory, opened to be read; damaged ones without their tables.
+/// A file of the corpus in memory, opened to be read.
 class OpenCorpusFile {
 public:
-    explicit OpenCorpusFile(const std::string& name, bool withTables = true)
+    explicit OpenCorpusFile(const std::string& name)
+        : OpenCorpusFile(corpusFile(name), corpusPassword(name))
     {
-        files_.put("C:\\file.mdb", corpusFile(name));
-        OpenRequest request;
-        request.name = "C:\\file.mdb";
-        request.password = corpusPassword(name);
-        file_ = std::make_unique<JetFile>(files_, request);
-        catalog_ = std::make_unique<Catalog>(*file_);
-        if (!withTables)
-            return;
         for (const CatalogEntry& entry : catalog_->objects())
             if (entry.table())
                 tables_.push_back(std::make_shared<JetTable>(
                     *file_, static_cast<PageNumber>(entry.id), entry.name));
+    }
+    /// Bytes that may be damaged: without the tables.
+    OpenCorpusFile(const std::vector<std::uint8_t>& bytes, const std::string& password)
+    {
+        files_.put("C:\\file.mdb", bytes);
+        OpenRequest request;
+        request.name = "C:\\file.mdb";
+        request.password = password;
+        file_ = std::make_unique<JetFile>(files_, request);
+        catalog_ = std::make_unique<Catalog>(*file_);
     }
     JetFile& file() { return *file_; }
     Catalog& catalog() { return *catalog_; }
