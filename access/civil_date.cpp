@@ -201,24 +201,32 @@ double dateFromCivil(const CivilTime& t)
     return day < 0 ? day - time : day + time;
 }
 
-void appendIsoDate(std::string& out, double date)
+char* putIsoDate(char* p, double date)
 {
-    const CivilTime t = civilRounded(date, 1000);
-    char buffer[48];
-    char* p = putNumber(buffer, t.year, 4);
+    constexpr double kFirst = -693593, kLast = 2958465;  // 0001-01-01, 9999-12-31
+    const bool ordinary = date >= kFirst && date <= kLast;
+    const auto day = ordinary ? static_cast<std::int64_t>(date) : 0;
+    const bool noTime = ordinary && static_cast<double>(day) == date;  // what most dates are
+    const CivilTime t = noTime ? civilDay(day) : civilRounded(date, 1000);
+    p = noTime ? putDigits(p, static_cast<unsigned>(t.year), 4) : putNumber(p, t.year, 4);
     *p++ = '-';
     p = putDigits(p, static_cast<unsigned>(t.month), 2);
     *p++ = '-';
     p = putDigits(p, static_cast<unsigned>(t.day), 2);
-    if (!isMidnight(t)) {
-        *p++ = ' ';
-        p = putDigits(p, static_cast<unsigned>(t.hour), 2);
-        *p++ = ':';
-        p = putDigits(p, static_cast<unsigned>(t.minute), 2);
-        *p++ = ':';
-        p = putDigits(p, static_cast<unsigned>(t.second), 2);
-    }
-    out.append(buffer, static_cast<std::size_t>(p - buffer));
+    if (isMidnight(t))
+        return p;
+    *p++ = ' ';
+    p = putDigits(p, static_cast<unsigned>(t.hour), 2);
+    *p++ = ':';
+    p = putDigits(p, static_cast<unsigned>(t.minute), 2);
+    *p++ = ':';
+    return putDigits(p, static_cast<unsigned>(t.second), 2);
+}
+
+void appendIsoDate(std::string& out, double date)
+{
+    char buffer[48];
+    out.append(buffer, static_cast<std::size_t>(putIsoDate(buffer, date) - buffer));
 }
 
 void appendDateText(std::string& out, double date)

@@ -192,6 +192,8 @@ public:
     /// 3020 without AddNew or Edit; 3421 when the value does not fit the type, 3163 a text too long.
     void setValue(int n, ValueView v);
     int fieldCount() const;
+    /// The first out.size() fields of the current record at once (not of the edit buffer).
+    void values(std::span<ValueView> out) const;
 
     // Our additions, for grids and tools.
     using Bookmark = std::uint64_t;

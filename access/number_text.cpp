@@ -60,9 +60,61 @@ char* putBackwards(char* end, Wide value, int width)
     return p;
 }
 
-/// magnitude / 10^scale, without zeros at the end behind the point.
-void appendScaled(std::string& out, bool negative, Wide magnitude, int scale)
+/// The two digits of each number below 100.
+struct DigitPairs {
+    char text[200];
+    constexpr DigitPairs() : text()
+    {
+        for (int i = 0; i < 100; ++i) {
+            text[2 * i] = static_cast<char>('0' + i / 10);
+            text[2 * i + 1] = static_cast<char>('0' + i % 10);
+        }
+    }
+};
+constexpr DigitPairs kPairs;
+
+/// The same for what fits a machine word, two digits a step.
+char* putWordBackwards(char* end, std::uint64_t value, int width)
 {
+    char* p = end;
+    for (; value >= 100; value /= 100)
+        std::memcpy(p -= 2, kPairs.text + 2 * (value % 100), 2);
+    if (value >= 10)
+        std::memcpy(p -= 2, kPairs.text + 2 * value, 2);
+    else if (value != 0)
+        *--p = static_cast<char>('0' + value);
+    while (end - p < width)
+        *--p = '0';
+    return p;
+}
+
+/// magnitude / 10^scale for a magnitude of one word and a small scale: what nearly every number is.
+char* putScaledWord(char* out, bool negative, std::uint64_t magnitude, int scale)
+{
+    while (scale > 0 && magnitude % 10 == 0) {
+        magnitude /= 10;
+        --scale;
+    }
+    if (negative && magnitude != 0)
+        *out++ = '-';
+    char buffer[64];
+    char* const end = buffer + sizeof buffer;
+    const char* const p = putWordBackwards(end, magnitude, scale + 1);
+    const auto digits = static_cast<std::size_t>(end - p);
+    const std::size_t whole = digits - static_cast<std::size_t>(scale);
+    std::memcpy(out, p, digits);
+    if (scale == 0)
+        return out + digits;
+    std::memmove(out + whole + 1, out + whole, static_cast<std::size_t>(scale));
+    out[whole] = '.';
+    return out + digits + 1;
+}
+
+/// magnitude / 10^scale, without zeros at the end behind the point.
+char* putScaled(char* out, bool negative, Wide magnitude, int scale)
+{
+    if (magnitude <= std::numeric_limits<std::uint64_t>::max() && scale <= kMaxScale)
+        return putScaledWord(out, negative, static_cast<std::uint64_t>(magnitude), scale);
     while (scale > 0 && magnitude % 10 == 0) {
         magnitude /= 10;
         --scale;
@@ -78,7 +130,9 @@ void appendScaled(std::string& out, bool negative, Wide magnitude, int scale)
     }
     if (negative && magnitude != 0)
         *--p = '-';
-    out.append(p, static_cast<std::size_t>(end - p));
+    const auto length = static_cast<std::size_t>(end - p);
+    std::memcpy(out, p, length);
+    return out + length;
 }
 
 /// Units of 1/10,000 when the number has at most four decimals and few digits: then these digits
@@ -204,11 +258,16 @@ std::optional<int> readExponent(std::string_view text)
 
 }  // namespace
 
+char* putInteger(char* p, std::int64_t i)
+{
+    const auto bits = static_cast<std::uint64_t>(i);
+    return putScaledWord(p, i < 0, i < 0 ? 0 - bits : bits, 0);
+}
+
 void appendInteger(std::string& out, std::int64_t i)
 {
     char buffer[24];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, i);
-    out.append(buffer, static_cast<std::size_t>(result.ptr - buffer));
+    out.append(buffer, static_cast<std::size_t>(putInteger(buffer, i) - buffer));
 }
 
 void appendReal(std::string& out, double d)
@@ -245,9 +304,15 @@ void appendCurrency(std::string& out, std::int64_t tenThousandths)
     out.append(buffer, static_cast<std::size_t>(p - buffer));
 }
 
+char* putDecimal(char* p, ValueView decimal)
+{
+    return putScaled(p, decimal.decimalNegative(), magnitudeOf(decimal), decimal.decimalScale());
+}
+
 void appendDecimal(std::string& out, ValueView decimal)
 {
-    appendScaled(out, decimal.decimalNegative(), magnitudeOf(decimal), decimal.decimalScale());
+    char buffer[kRoomForNumber];
+    out.append(buffer, static_cast<std::size_t>(putDecimal(buffer, decimal) - buffer));
 }
 
 double decimalToReal(ValueView decimal)

@@ -36,6 +36,13 @@ void appendIsoDate(std::string& out, double date);
 /// "m/d/yyyy", and " h:mm:ss AM" or PM behind it unless the time is midnight. Rounded to the second.
 void appendDateText(std::string& out, double date);
 
+/// The same for loops that keep a buffer of their own: written at `p`, where kRoomForNumber bytes must be
+/// free; the end comes back.
+inline constexpr std::size_t kRoomForNumber = 384;
+char* putInteger(char* p, std::int64_t i);
+char* putDecimal(char* p, ValueView decimal);
+char* putIsoDate(char* p, double date);
+
 /// The number in a value, for every kind that has one: Boolean is -1 or 0, Date its days, Text its
 /// whole content read as a number. Nothing for Null, Bytes and other texts.
 std::optional<double> realOf(ValueView v);

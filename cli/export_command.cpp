@@ -2,6 +2,7 @@
 #include <array>
 
 #include "cli/command.h"
+#include "cli/csv_writer.h"
 #include "cli/output.h"
 #include "cli/record_text.h"
 #include "cli/source.h"
@@ -29,20 +30,20 @@ void writeCsv(Recordset& rows, Output& output, Progress& progress)
         appendCsvText(out, rows.Fields().Item(i).Name());
     }
     out += "\r\n";
-    std::int64_t done = 0;
-    for (; !rows.Eof(); rows.MoveNext()) {
-        for (int i = 0; i < count; ++i) {
-            if (i)
-                out += ',';
-            appendCsv(out, rows.value(i));
-        }
-        out += "\r\n";
-        output.flushIfFull();
+    output.write(out);
+    out.clear();
+
+    CsvWriter csv(output);
+    std::vector<ValueView> values(static_cast<std::size_t>(count));
+    for (std::int64_t done = 0; !rows.Eof(); rows.MoveNext()) {
+        rows.values(values);
+        csv.record(values);
         if ((++done & 0x3FF) == 0) {
             stopIfInterrupted();
             progress.show(done);
         }
     }
+    csv.finish();
 }
 
 void writeJson(Recordset& rows, Output& output, Progress& progress)

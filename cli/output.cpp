@@ -46,16 +46,20 @@ Output::~Output()
 
 void Output::flush()
 {
-    if (buffer_.empty())
+    write(buffer_);
+    buffer_.clear();
+}
+
+void Output::write(std::string_view text)
+{
+    if (text.empty())
         return;
     if (file_) {
-        file_->writeAt(written_,
-                       {reinterpret_cast<const std::uint8_t*>(buffer_.data()), buffer_.size()});
-        written_ += buffer_.size();
-    } else if (std::fwrite(buffer_.data(), 1, buffer_.size(), stdout) != buffer_.size()) {
+        file_->writeAt(written_, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+        written_ += text.size();
+    } else if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
         throw RunError(RunErrorNumber::DeviceIo, "Standard output was closed.");
     }
-    buffer_.clear();
 }
 
 void Output::finish()

@@ -27,6 +27,8 @@ public:
         if (buffer_.size() >= kFull)
             flush();
     }
+    /// Writes ready text at once; for loops with a buffer of their own.
+    void write(std::string_view text);
     void finish();
 
 private:

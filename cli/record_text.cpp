@@ -1,6 +1,9 @@
 #include "cli/record_text.h"
 
 #include <cmath>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 #include "access/value_text.h"
 #include "cli/output.h"
@@ -10,13 +13,9 @@ namespace {
 
 constexpr std::size_t kLongestHex = 64;
 
-/// True when a CSV field with this text must stand in quotes.
-bool needsQuotes(std::string_view text)
+bool isSpecial(char c)
 {
-    for (const char c : text)
-        if (c == '"' || c == ',' || c == '\n' || c == '\r')
-            return true;
-    return text.empty();
+    return c == '"' || c == ',' || c == '\n' || c == '\r';
 }
 
 void appendBytes(std::string& out, std::span<const std::uint8_t> bytes)
@@ -35,6 +34,27 @@ void appendBytes(std::string& out, std::span<const std::uint8_t> bytes)
 }
 
 }  // namespace
+
+bool needsQuotes(std::string_view text)
+{
+    std::size_t i = 0;
+#ifdef __SSE2__
+    const __m128i quote = _mm_set1_epi8('"'), comma = _mm_set1_epi8(',');
+    const __m128i feed = _mm_set1_epi8('\n'), carriage = _mm_set1_epi8('\r');
+    for (; i + 16 <= text.size(); i += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + i));
+        const __m128i hit = _mm_or_si128(
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, comma)),
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, feed), _mm_cmpeq_epi8(bytes, carriage)));
+        if (_mm_movemask_epi8(hit) != 0)
+            return true;
+    }
+#endif
+    for (; i < text.size(); ++i)
+        if (isSpecial(text[i]))
+            return true;
+    return text.empty();
+}
 
 void appendCsvText(std::string& out, std::string_view text)
 {

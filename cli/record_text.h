@@ -6,12 +6,15 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "access/value.h"
 
 namespace velnor::cli {
 
 void appendCsv(std::string& out, ValueView v);
+/// True when a text must stand in quotes: it is empty, or holds a quote, a comma or a line end.
+bool needsQuotes(std::string_view text);
 void appendCsvText(std::string& out, std::string_view text);
 /// Numbers as JSON numbers, Null as null, dates and bytes as strings in the forms of CSV.
 void appendJson(std::string& out, ValueView v);

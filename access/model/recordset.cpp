@@ -93,6 +93,11 @@ Collection<Field>& Recordset::Fields()
 {
     return state_->fields();
 }
+void Recordset::values(std::span<ValueView> out) const
+{
+    state_->values(out);
+}
+
 ValueView Recordset::value(int n) const
 {
     return state_->value(n);

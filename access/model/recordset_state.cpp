@@ -37,8 +37,7 @@ const FieldDef* fieldNamed(const TableLayout& layout, std::string_view name)
 
 RecordsetState::RecordsetState(DatabaseState& database, std::unique_ptr<RecordSource> source,
                                RecordsetType type)
-    : database_(&database), source_(std::move(source)), type_(type),
-      buffer_(source_->layout(), source_->traits()),
+    : database_(&database), source_(std::move(source)), type_(type), buffer_(source_->layout()),
       fieldCount_(static_cast<int>(source_->layout().fields.size()))
 {
     cursor_ = source_->cursor(order());
@@ -467,6 +466,16 @@ ValueView RecordsetState::value(int n)
         return buffer_.value(at);
     requireRecord();
     return cursor_->field(n);
+}
+
+void RecordsetState::values(std::span<ValueView> out)
+{
+    requireRecord();
+    if (!out.empty())
+        requireField(static_cast<int>(out.size()) - 1);
+    RowCursor& row = *cursor_;
+    for (int n = 0; ValueView& v : out)
+        v = row.field(n++);
 }
 
 void RecordsetState::setValue(int n, ValueView v)

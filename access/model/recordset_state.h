@@ -52,6 +52,7 @@ public:
     Collection<Field>& fields();
     int fieldCount() const { return fieldCount_; }
     ValueView value(int n);
+    void values(std::span<ValueView> out);
     void setValue(int n, ValueView v);
 
     /// Lets go of the database and of everything else; from then on every call is 3420.
