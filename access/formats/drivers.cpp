@@ -2,6 +2,8 @@
 
 #include "access/formats/driver.h"
 
+#include "access/formats/jet/jet_driver.h"
+#include "access/formats/xbase/xbase_driver.h"
 #include "platform/paths.h"
 
 namespace velnor {
@@ -11,6 +13,14 @@ std::vector<const Driver*>& addedDrivers()
 {
     static std::vector<const Driver*> added;
     return added;
+}
+
+std::span<const Driver* const> builtInDrivers()
+{
+    static const jet::JetDriver jetDriver;
+    static const xbase::XbaseDriver xbaseDriver;
+    static const Driver* const drivers[] = {&jetDriver, &xbaseDriver};
+    return drivers;
 }
 
 bool takes(const Driver& driver, std::string_view connectWord)
@@ -26,6 +36,9 @@ bool takes(const Driver& driver, std::string_view connectWord)
 const Driver* findDriver(std::string_view connectWord)
 {
     for (const Driver* driver : addedDrivers())
+        if (takes(*driver, connectWord))
+            return driver;
+    for (const Driver* driver : builtInDrivers())
         if (takes(*driver, connectWord))
             return driver;
     return nullptr;

@@ -22,9 +22,9 @@ std::string wordsFor(EngineErrorNumber error)
 
 }  // namespace
 
-EditBuffer::EditBuffer(const TableLayout& layout, const FormatTraits& traits)
-    : layout_(layout), emptyIsNull_(traits.emptyTextIsNull), values_(layout.fields.size()),
-      touched_(layout.fields.size()), views_(layout.fields.size())
+EditBuffer::EditBuffer(const TableLayout& layout)
+    : layout_(layout), values_(layout.fields.size()), touched_(layout.fields.size()),
+      views_(layout.fields.size())
 {
     changes_.reserve(layout.fields.size());
     for (std::size_t i = 0; i < layout.fields.size(); ++i) {
@@ -62,8 +62,6 @@ void EditBuffer::beginEditing()
 void EditBuffer::assign(std::size_t n, ValueView v)
 {
     v = coerce(layout_.fields[n], v, scratch_);
-    if (emptyIsNull_ && v.kind() == ValueKind::Text && v.asText().empty())
-        v = ValueView::null();
     values_[n].assign(v);
     touched_[n] = 1;
 }

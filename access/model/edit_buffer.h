@@ -15,7 +15,7 @@ namespace velnor::model {
 
 class EditBuffer {
 public:
-    EditBuffer(const TableLayout& layout, const FormatTraits& traits);
+    explicit EditBuffer(const TableLayout& layout);
 
     enum class Mode : std::uint8_t { None, Adding, Editing };
     Mode mode() const { return mode_; }
@@ -46,7 +46,6 @@ private:
     bool breaks(const Rule& rule) const;
 
     const TableLayout& layout_;
-    bool emptyIsNull_;
     Mode mode_ = Mode::None;
     std::vector<Value> values_;
     std::vector<std::uint8_t> touched_;
