@@ -217,16 +217,6 @@ TEST_F(EditTest, defaultsFillANewRecord)
     one.Update();
 }
 
-TEST_F(EditTest, whereEmptyTextIsNullItReadsSoAtOnce)
-{
-    Database folder = workspace.OpenDatabase("C:\\folder", false, false, "MemoryFolder;");
-    makePeople(folder);
-    Recordset people = folder.OpenRecordset("PEOPLE");
-    people.AddNew();
-    people.setValue(1, ValueView::text(""));
-    EXPECT_TRUE(people.value(1).isNull());
-}
-
 TEST_F(EditTest, readersCannotWrite)
 {
     Database reader = open(true);

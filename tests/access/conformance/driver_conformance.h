@@ -1,0 +1,102 @@
+// tests/access/conformance/driver_conformance.h - what every format must do, as cases over a
+// description.
+//
+// A new format joins with a FormatUnderTest in tst_driver_conformance.cpp. After each case the file
+// is opened again and its own check must find nothing.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "access/engine.h"
+#include "platform/memory_file_system.h"
+
+namespace velnor::test {
+
+/// A type that the format keeps, with values at its limits.
+struct FieldCase {
+    FieldDef def;
+    std::vector<Value> values;
+    bool keepsNull = true;
+};
+
+struct FormatUnderTest {
+    std::string name;  ///< for the test's name
+    std::string connect;
+    bool folder = true;  ///< a folder of tables; else one file, made by CreateDatabase
+    int createOptions = 0;
+    bool indexes = false;         ///< keeps indexes, so Index and Seek work
+    bool changesIndexes = false;  ///< Indexes().Append and Delete on a stored table
+    bool changesFields = false;   ///< Fields().Append and Delete on a stored table
+    int longestTable = 64;
+    int longestField = 10;
+    std::vector<FieldCase> fields;
+    std::vector<std::string> texts;  ///< every class of characters that it keeps
+};
+
+inline void PrintTo(const FormatUnderTest& format, std::ostream* out)
+{
+    *out << format.name;
+}
+
+/// The engine's number of what a step throws; 0 when it throws nothing.
+template <class Step> int errorOf(Step&& step)
+{
+    try {
+        step();
+    } catch (const EngineError& e) {
+        return e.number();
+    }
+    return 0;
+}
+
+/// The text of a value, "Null" for Null.
+std::string shown(ValueView v);
+
+class DriverConformance : public ::testing::TestWithParam<FormatUnderTest> {
+protected:
+    DriverConformance();
+    void TearDown() override;
+
+    const FormatUnderTest& format() const { return GetParam(); }
+    Database open(bool readOnly = false);
+    /// Closes and opens again, so that what follows is read from the file.
+    void reopen();
+    Recordset records(std::string_view table = "T", RecordsetType type = RecordsetType::Table)
+    {
+        return db.OpenRecordset(table, type);
+    }
+
+    /// A table with these fields and indexes.
+    void makeTable(const std::vector<FieldDef>& fields, std::string_view name = "T",
+                   const std::vector<velnor::Index>& indexes = {});
+    /// Table T: ID Long, NAME Text 60, NOTE Memo; where there are indexes, a primary key on ID and
+    /// `more`.
+    void makeNotes(const std::vector<velnor::Index>& more = {});
+    static void addNote(Recordset& rs, int id, std::string_view name, std::string_view note = {});
+    /// Field n of all records of T, in the order of `index`.
+    std::vector<std::string> column(int n, std::string_view index = {});
+
+    static constexpr const char* kFolder = "C:\\tables";
+    static constexpr const char* kFile = "C:\\tables\\test.mdb";
+    MemoryFileSystem files;
+    Workspace workspace{files};
+    Database db;
+
+private:
+    Database makeDatabase();
+};
+
+struct Key {
+    const char* field;
+    bool descending = false;
+};
+Index indexOn(std::string_view name, std::initializer_list<Key> keys, bool unique = false);
+
+FieldDef fieldDef(std::string_view name, FieldType type, int size = 0);
+
+}  // namespace velnor::test
