@@ -325,6 +325,34 @@ void fillCatalog(FileSystem& files, const OpenRequest& skeleton)
     file.commit();
 }
 
+namespace {
+
+EngineErrorNumber engineNumberOf(const RunError& error)
+{
+    switch (error.code()) {
+    case RunErrorNumber::DiskFull:
+        return EngineErrorNumber::DiskFull;
+    case RunErrorNumber::PathNotFound:
+    case RunErrorNumber::BadFileName:
+    case RunErrorNumber::DeviceUnavailable:
+        return EngineErrorNumber::PathInvalid;
+    default:
+        return EngineErrorNumber::CannotOpen;
+    }
+}
+
+/// The first failure is what people are told, not that of cleaning up after it.
+void dropSibling(FileSystem& files, const std::string& path)
+{
+    try {
+        if (files.fileExists(path))
+            files.remove(path);
+    } catch (const RunError&) {
+    }
+}
+
+}  // namespace
+
 void JetDriver::create(FileSystem& files, const CreateRequest& request) const
 {
     if (files.exists(request.name))
@@ -347,9 +375,11 @@ void JetDriver::create(FileSystem& files, const CreateRequest& request) const
         fillCatalog(files, sibling);
         files.rename(sibling.name, request.name);
         files.syncFolder(paths::folder(request.name));
+    } catch (const RunError& error) {
+        dropSibling(files, sibling.name);
+        throw EngineError(engineNumberOf(error), error.what());
     } catch (...) {
-        if (files.fileExists(sibling.name))
-            files.remove(sibling.name);
+        dropSibling(files, sibling.name);
         throw;
     }
 }

@@ -107,6 +107,7 @@ void PhysicalCursor::findPlace()
     table().pages();
     if (pagesVersion_ == table().pagesVersion())
         return;
+    page_.release();  // it may be another one by now
     place_ = table().placeOf(home_.page);
     pagesVersion_ = table().pagesVersion();
 }
@@ -231,6 +232,8 @@ std::int64_t PhysicalCursor::ordinal()
         return -1;
     findPlace();
     std::int64_t n = table().recordsBefore(place_);
+    if (!page_ && !holdPage(place_))
+        return -1;
     const DataPage view(table().file().format(), page_.data());
     for (int slot = 0; slot < home_.slot; ++slot)
         n += view.delivered(slot);

@@ -35,7 +35,7 @@ JetWriter::JetWriter(std::shared_ptr<JetTable> table, const TableByPage& tables,
     for (int i = 0; i < table_->indexCount(); ++i) {
         IndexPart part;
         part.open = &table_->index(i);
-        part.def = &table_->def().realIndexes[i];
+        part.real = i;
         part.keys =
             std::make_unique<KeyBuilder>(jet3, &table_->file().codePage(), part.open->keyColumns);
         indexes_.push_back(std::move(part));
@@ -141,13 +141,13 @@ void JetWriter::buildKey(IndexPart& index, std::vector<std::uint8_t>& key, bool&
     }
     const KeyView built = index.keys->build(keyValues_);
     key.assign(built.begin(), built.end());
-    has = !(index.def->ignoreNulls() && index.keys->allNull());
+    has = !(definition(index).ignoreNulls() && index.keys->allNull());
 }
 
 /// Refuses the key that was built last.
 void JetWriter::checkKey(const IndexPart& index)
 {
-    if (index.def->required() && index.keys->nulls() > 0)
+    if (definition(index).required() && index.keys->nulls() > 0)
         throw EngineError(EngineErrorNumber::NullKey, "An index or primary key of table \"" +
                                                           table_->name() +
                                                           "\" cannot hold a Null value.");
@@ -169,7 +169,7 @@ void JetWriter::prepareNewKeys(RowPointer self)
         if (!index.changes)
             continue;
         checkKey(index);
-        if (index.hasNew && index.def->unique() && !index.keys->allNull())
+        if (index.hasNew && definition(index).unique() && !index.keys->allNull())
             refuseDuplicate(index, self);
     }
 }
@@ -385,7 +385,7 @@ RowId JetWriter::insert(std::span<const ValueView> values)
             def.lastAutonumber = static_cast<std::int32_t>(values_[i].asInteger());
     }
     for (std::size_t i = 0; i < indexes_.size(); ++i)
-        if (indexes_[i].hasNew && indexes_[i].def->unique())
+        if (indexes_[i].hasNew && definition(indexes_[i]).unique())
             ++def.realIndexes[i].distinct;
     table_->countsChanged();
     return rowIdOf(home);

@@ -34,7 +34,8 @@ private:
     using Bytes = std::span<const std::uint8_t>;
     struct IndexPart {
         OpenIndex* open = nullptr;
-        const RealIndex* def = nullptr;
+        int real =
+            0;  // its definition is looked up each time: it is read anew after a failed commit
         std::unique_ptr<KeyBuilder> keys;
         std::vector<std::uint8_t> oldKey, newKey;
         bool hadOld = false, hasNew = false;  // an entry stands, will stand
@@ -56,6 +57,10 @@ private:
         RowPointer stored;
     };
 
+    const RealIndex& definition(const IndexPart& index) const
+    {
+        return table_->def().realIndexes.at(static_cast<std::size_t>(index.real));
+    }
     void openOld(RowPointer home);
     ValueView oldValue(int field);
     ValueView newValue(int field) const { return values_[field]; }

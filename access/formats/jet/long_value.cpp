@@ -151,6 +151,9 @@ PageNumber LongValueColumn::newPage()
 PageNumber LongValueColumn::pageWithRoom(std::size_t bytes)
 {
     constexpr int kTries = 4;
+    // After a failed commit the page may belong to something else.
+    if (last_ != 0 && !owned_.contains(last_))
+        last_ = 0;
     PageNumber candidate = last_ ? last_ : free_.next(1);
     for (int tries = 0; candidate != 0 && tries < kTries; ++tries) {
         if (candidate < space_.pageCount()) {
@@ -186,30 +189,49 @@ RowPointer LongValueColumn::writeChain(Bytes bytes, std::uint32_t stamp)
     const auto chunk = static_cast<std::size_t>(space_.format().longValue.chunk);
     RowPointer first;
     PageNumber before = 0;
-    for (std::size_t done = 0; done < bytes.size(); done += chunk) {
-        const Bytes data = bytes.subspan(done, std::min(chunk, bytes.size() - done));
-        const PageNumber number = newPage();
-        {
-            PageRef page = space_.page(number);
-            DataPageEditor editor(space_.format(), page.edit());
-            if (done == 0)
-                editor.setLongValueStamp(stamp);
-            std::uint8_t* row = editor.append(kPointer + data.size());
-            storeLE(row, std::uint32_t{0});
-            std::memcpy(row + kPointer, data.data(), data.size());
+    std::size_t done = 0;
+    try {
+        while (done < bytes.size()) {
+            const Bytes data = bytes.subspan(done, std::min(chunk, bytes.size() - done));
+            const PageNumber number = writeChunk(data, done == 0 ? stamp : 0);
+            if (before == 0)
+                first = {number, 0};
+            else
+                linkChunk(before, number);
+            before = number;
+            done += data.size();
         }
-        const RowPointer here{number, 0};
-        if (before == 0) {
-            first = here;
-        } else {
-            PageRef page = space_.page(before);
-            std::uint8_t* p = page.edit();
-            const DataPage view(space_.format(), p);
-            storeLE(p + (view.entry(0) & row_flag::kOffset), here.word());
-        }
-        before = number;
+    } catch (...) {
+        // The file is full: what was written of the value goes again.
+        LongValueHeader header{LongValueKind::Chain, static_cast<std::uint32_t>(done), first, 0};
+        std::uint8_t stored[LongValueHeader::kBytes];
+        header.write(stored);
+        erase(stored);
+        throw;
     }
     return first;
+}
+
+/// A chunk on a page of its own; it points to no other yet.
+PageNumber LongValueColumn::writeChunk(Bytes data, std::uint32_t stamp)
+{
+    const PageNumber number = newPage();
+    PageRef page = space_.page(number);
+    DataPageEditor editor(space_.format(), page.edit());
+    if (stamp != 0)
+        editor.setLongValueStamp(stamp);
+    std::uint8_t* row = editor.append(kPointer + data.size());
+    storeLE(row, std::uint32_t{0});
+    std::memcpy(row + kPointer, data.data(), data.size());
+    return number;
+}
+
+void LongValueColumn::linkChunk(PageNumber from, PageNumber to)
+{
+    PageRef page = space_.page(from);
+    std::uint8_t* bytes = page.edit();
+    const DataPage view(space_.format(), bytes);
+    storeLE(bytes + (view.entry(0) & row_flag::kOffset), RowPointer{to, 0}.word());
 }
 
 void LongValueColumn::erase(Bytes stored)

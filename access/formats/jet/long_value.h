@@ -58,6 +58,8 @@ public:
 private:
     RowPointer writeSingle(std::span<const std::uint8_t> bytes);
     RowPointer writeChain(std::span<const std::uint8_t> bytes, std::uint32_t stamp);
+    PageNumber writeChunk(std::span<const std::uint8_t> data, std::uint32_t stamp);
+    void linkChunk(PageNumber from, PageNumber to);
     PageNumber pageWithRoom(std::size_t bytes);
     PageNumber newPage();
     void eraseRow(RowPointer row);
