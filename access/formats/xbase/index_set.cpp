@@ -63,7 +63,8 @@ std::string readInf(FileSystem& files, std::string_view tablePath)
     return text;
 }
 
-void addListed(FileSystem& files, std::string_view tablePath, std::vector<std::string>& found)
+/// Calls `use` with each line of the INF file that names an index file.
+template <class Use> void forEachListed(FileSystem& files, std::string_view tablePath, Use use)
 {
     const std::string inf = readInf(files, tablePath);
     bool ours = false;
@@ -74,7 +75,7 @@ void addListed(FileSystem& files, std::string_view tablePath, std::vector<std::s
         if (line.starts_with('['))
             ours = isIndexSection(line);
         else if (const auto name = ours ? listedFile(line) : std::string_view{}; !name.empty())
-            addIfThere(files, tablePath, name, found);
+            use(name);
     }
 }
 
@@ -87,8 +88,16 @@ std::vector<std::string> indexFilesOf(FileSystem& files, std::string_view tableP
     if (header.saysProductionIndex())
         for (const std::string_view extension : {"MDX", "CDX"})
             addIfThere(files, tablePath, paths::withExtension(tablePath, extension), found);
-    addListed(files, tablePath, found);
+    forEachListed(files, tablePath,
+                  [&](std::string_view name) { addIfThere(files, tablePath, name, found); });
     return found;
+}
+
+bool infListsIndexes(FileSystem& files, std::string_view tablePath)
+{
+    bool lists = false;
+    forEachListed(files, tablePath, [&lists](std::string_view) { lists = true; });
+    return lists;
 }
 
 }  // namespace velnor::xbase

@@ -54,4 +54,7 @@ private:
 std::vector<std::string> indexFilesOf(FileSystem& files, std::string_view tablePath,
                                       const DbfHeader& header);
 
+/// Whether the file NAME.INF beside a table lists index files; others have that extension, too.
+bool infListsIndexes(FileSystem& files, std::string_view tablePath);
+
 }  // namespace velnor::xbase

@@ -158,6 +158,8 @@ void XbaseStore::dropTable(std::string_view table)
         if (files_.fileExists(companion))
             files_.remove(companion);
     }
+    if (infListsIndexes(files_, *path))  // else a new table of this name would seem to have them
+        files_.remove(paths::withExtension(*path, "INF"));
     files_.syncFolder(request_.name);
 }
 

@@ -1,6 +1,7 @@
 // dump_table - one table as canonical CSV on the standard output, for the corpus test.
 //
 //   xbase_dump FILE.DBF [CODEPAGE]     exits 1 with the engine's words when it cannot be opened
+// What a check finds beyond harmless notes goes to the standard error.
 #include <cstdio>
 #include <string>
 
@@ -80,6 +81,10 @@ void dump(const std::string& native, const std::string& codePage)
         out += '\n';
     }
     std::fwrite(out.data(), 1, out.size(), stdout);
+    store->check(table, [](const Problem& problem) {
+        if (!problem.harmless)
+            std::fprintf(stderr, "%s: %s\n", problem.where.c_str(), problem.text.c_str());
+    });
     if (records != store->recordCount(table))
         throw EngineError(EngineErrorNumber::Corrupt, "the record count is not that of the walk");
 }

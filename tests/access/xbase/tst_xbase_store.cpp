@@ -384,6 +384,18 @@ TEST(XbaseStore, anInfFileTellsOfIndexFiles)
     EXPECT_EQ(errorOf([&] { openStore(files)->writer("T"); }), 3800);
     put("C:\\T.INF", "[Version]\r\nNDX1=byname.ndx\r\n");  // of some driver's setup
     EXPECT_EQ(errorOf([&] { openStore(files)->writer("T"); }), 0);
+    openStore(files)->dropTable("T");
+    EXPECT_TRUE(files.exists("C:\\T.INF"));
+}
+
+TEST(XbaseStore, aDroppedTableTakesItsListOfIndexFiles)
+{
+    MemoryFileSystem files;
+    openStore(files)->createTable(layoutOf("T", {numberDef("A", 8, 0)}));
+    const std::string_view inf = "[dBASE III]\r\nNDX1=byname.ndx\r\n";
+    files.put("C:\\T.INF", {reinterpret_cast<const std::uint8_t*>(inf.data()), inf.size()});
+    openStore(files)->dropTable("T");
+    EXPECT_FALSE(files.exists("C:\\T.INF"));
 }
 
 TEST(XbaseStore, aFileShorterThanItsCountGivesTheRecordsThatAreThere)

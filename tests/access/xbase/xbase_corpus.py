@@ -13,16 +13,23 @@ sys.path.insert(0, TOOLS)
 sys.dont_write_bytecode = True
 import fingerprint
 
-# Table: why it may differ.
-EXCEPTIONS = {}
+# Files that a check rightly finds fault with, though their manifest doesn't say so.
+FAULTY = {
+    'dbf/dbase_02.dbf': 'numbers of other text',
+    'dbase-rs/contain_none_float.dbf': 'numbers of asterisks',
+    'javadbf/numbers2.dbf': 'logicals of other letters',
+}
 
 
-def differences(program, path, page, expected, unsure):
+def differences(program, path, page, expected, unsure, damaged):
     with tempfile.NamedTemporaryFile(suffix='.csv') as out:
         run = subprocess.run([program, path] + ([page] if page else []), stdout=out,
                              stderr=subprocess.PIPE, timeout=60)
         if run.returncode != 0:
             return ['exit %d: %s' % (run.returncode, run.stderr.decode('utf-8', 'replace').strip())]
+        faults = run.stderr.decode('utf-8', 'replace').strip()
+        if faults and not damaged:
+            return ['check: ' + faults]
         got, want = fingerprint.fingerprint(out.name), fingerprint.fingerprint(expected)
         for side in (got, want):
             for column in side['columns']:
@@ -38,14 +45,16 @@ def main():
     failed = tables = told = 0
     for entry in json.load(open(os.path.join(folder, 'manifest.json'))):
         for table in entry['tables']:
-            if not table.get('dump') or entry['file'] in EXCEPTIONS:
+            if not table.get('dump'):
                 continue
             tables += 1
             path, expected = os.path.join(folder, entry['file']), os.path.join(folder, table['dump'])
             unsure = [name.lower() for name in table.get('unsure_columns') or []]
-            bad = differences(program, path, None, expected, unsure)
+            damaged = entry.get('damaged') or entry['file'] in FAULTY or 'memo file missing' in (
+                entry.get('notes') or '')
+            bad = differences(program, path, None, expected, unsure, damaged)
             if bad and entry.get('codepage'):
-                again = differences(program, path, entry['codepage'], expected, unsure)
+                again = differences(program, path, entry['codepage'], expected, unsure, damaged)
                 told += not again
                 bad = again and bad
             if bad:
