@@ -122,10 +122,8 @@ QString bareName(const QString& tableName)
 }
 
 /// Tables of FoxPro hide their indexes from dBASE: a table without any is looked at twice.
-void readWithSecondLook(const QString& databaseName, QString& connect, const QString& tableName)
+void readWithSecondLook(const QString& databaseName, QString& connect, const QString& lookupName)
 {
-    const bool inFolder = connect == kDBase || connect == kParadox || connect == kFoxPro;
-    const QString lookupName = inFolder && connect != kFoxPro ? bareName(tableName) : tableName;
     readStructure(databaseName, connect, lookupName);
     if (connect == kDBase && globals().INDEX_COUNT == 0) {
         connect = kFoxPro;
@@ -167,10 +165,14 @@ bool LoadTableStructure(const QString& databaseName, const QString& connect,
     if (connect == kAccess && !G.DATABASE_PASSWORD.isEmpty())
         working = passwordConnect();
 
-    Outcome outcome;
-    for (bool again = true; again;) {
+    QString lookupName = tableName;
+    Outcome outcome = attempt([&] {
+        if (connect == kDBase || connect == kParadox)
+            lookupName = bareName(tableName);
+    });
+    for (bool again = bool(outcome); again;) {
         const QString tried = working;
-        outcome = attempt([&] { readWithSecondLook(databaseName, working, tableName); });
+        outcome = attempt([&] { readWithSecondLook(databaseName, working, lookupName); });
         again = false;
         if (outcome.number == kInvalidPassword && G.LOGIN_OK_FLG) {
             working = passwordConnect();
