@@ -354,8 +354,8 @@ bool insertInPlace(const JetFormat& format, std::uint8_t* page, const IndexPageV
                    int index, Bytes entry)
 {
     const std::uint32_t lead = view.count() > 1 ? view.prefix() : 0;
-    if (lead > 0 &&
-        (index == 0 || entry.size() <= lead || std::memcmp(entry.data(), view.entries_, lead) != 0))
+    if (lead > 0 && (entry.size() <= lead || (index == 0 && view.ends_[0] == lead) ||
+                     std::memcmp(entry.data(), view.entries_, lead) != 0))
         return false;
     const Bytes own = entry.subspan(lead);
     const auto size = static_cast<std::uint32_t>(own.size());
@@ -364,7 +364,8 @@ bool insertInPlace(const JetFormat& format, std::uint8_t* page, const IndexPageV
     const auto& layout = format.indexPage;
     std::uint8_t* mask = page + layout.mask;
     std::uint8_t* out = page + layout.entries;
-    const std::uint32_t start = view.startOf(index);
+    // A new first entry takes over the prefix that stands in the old one.
+    const std::uint32_t start = index == 0 ? lead : view.startOf(index);
     const std::uint32_t used = view.used();
     std::memmove(out + start + size, out + start, used - start);
     std::memcpy(out + start, own.data(), size);
@@ -379,14 +380,14 @@ bool insertInPlace(const JetFormat& format, std::uint8_t* page, const IndexPageV
     return true;
 }
 
-bool eraseInPlace(const JetFormat& format, std::uint8_t* page, const IndexPageView& view, int index)
+void eraseInPlace(const JetFormat& format, std::uint8_t* page, const IndexPageView& view, int index)
 {
-    if (index == 0 && view.count() > 1 && view.prefix() > 0)
-        return false;
     const auto& layout = format.indexPage;
     std::uint8_t* mask = page + layout.mask;
     std::uint8_t* out = page + layout.entries;
-    const std::uint32_t start = view.startOf(index);
+    // The prefix that stands in the first entry stays for the one after it.
+    const std::uint32_t lead = index == 0 && view.count() > 1 ? view.prefix() : 0;
+    const std::uint32_t start = lead + view.startOf(index);
     const std::uint32_t end = view.ends_[at(index)];
     const std::uint32_t used = view.used();
     const std::uint32_t size = end - start;
@@ -399,7 +400,6 @@ bool eraseInPlace(const JetFormat& format, std::uint8_t* page, const IndexPageVi
     if (view.count() <= 2)
         setPrefix(layout, page, 0);
     setFree(format, page, used - size);
-    return true;
 }
 
 void setPrevious(const JetFormat& format, std::uint8_t* page, std::uint32_t number)

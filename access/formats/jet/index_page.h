@@ -58,7 +58,7 @@ public:
 private:
     friend bool insertInPlace(const JetFormat&, std::uint8_t*, const IndexPageView&, int,
                               std::span<const std::uint8_t>);
-    friend bool eraseInPlace(const JetFormat&, std::uint8_t*, const IndexPageView&, int);
+    friend void eraseInPlace(const JetFormat&, std::uint8_t*, const IndexPageView&, int);
 
     int compare(int index, std::span<const std::uint8_t> wanted) const;
     std::uint32_t word(int at) const;
@@ -147,7 +147,7 @@ void writeIndexPage(const JetFormat& format, std::uint8_t* page, const IndexPage
 /// `view` is of this page and ends with the call.
 bool insertInPlace(const JetFormat& format, std::uint8_t* page, const IndexPageView& view,
                    int index, std::span<const std::uint8_t> entry);
-bool eraseInPlace(const JetFormat& format, std::uint8_t* page, const IndexPageView& view,
+void eraseInPlace(const JetFormat& format, std::uint8_t* page, const IndexPageView& view,
                   int index);
 void setPrevious(const JetFormat& format, std::uint8_t* page, std::uint32_t number);
 void setNext(const JetFormat& format, std::uint8_t* page, std::uint32_t number);

@@ -342,11 +342,7 @@ bool IndexTree::erase(KeyView key, RowPointer row)
         removePage(path_.size(), number);
         return true;
     }
-    if (!eraseInPlace(format_, page.edit(), leaf, index)) {
-        content_.load(leaf);
-        content_.erase(index);
-        writeIndexPage(format_, page.edit(), content_);
-    }
+    eraseInPlace(format_, page.edit(), leaf, index);
     return true;
 }
 

@@ -101,6 +101,144 @@ TEST(Check, endsOnEveryDamage)
     EXPECT_GT(hurt, 60);
 }
 
+/// A small file of our own, whose structures a test then hurts.
+class OwnFile : public testing::TestWithParam<int> {
+protected:
+    void SetUp() override
+    {
+        const JetDriver driver;
+        CreateRequest create;
+        create.name = "C:\\own.mdb";
+        create.options = GetParam();
+        create.locale = ";LANGID=0x0409;CP=1252;COUNTRY=0";
+        driver.create(files_, create);
+        OpenRequest request;
+        request.name = create.name;
+        request.readOnly = false;
+        request.exclusive = true;
+        {
+            const auto store = driver.open(files_, request);
+            store->createTable(people());
+            const auto writer = store->writer("People");
+            for (int i = 0; i < 500; ++i) {
+                const std::string name = "Person " + std::to_string(i % 100);
+                const ValueView values[] = {ValueView::integer(i), ValueView::text(name)};
+                writer->insert(values);
+            }
+            store->commit();
+        }
+        file_ = std::make_unique<JetFile>(files_, request);
+        catalog_ = std::make_unique<Catalog>(*file_);
+        const auto page = static_cast<PageNumber>(catalog_->find("People")->id);
+        table_ = std::make_shared<JetTable>(*file_, page, "People");
+    }
+    static TableLayout people()
+    {
+        TableLayout layout;
+        layout.name = "People";
+        FieldDef id;
+        id.name = "Id";
+        id.type = FieldType::Long;
+        id.size = 4;
+        FieldDef text;
+        text.name = "Name";
+        text.size = 40;
+        layout.fields = {id, text};
+        IndexDef key;
+        key.name = "PrimaryKey";
+        key.primary = key.unique = key.required = true;
+        key.fields = {{"Id", false}};
+        IndexDef name;
+        name.name = "Name";
+        name.fields = {{"Name", false}};
+        layout.indexes = {key, name};
+        return layout;
+    }
+    std::vector<Problem> check()
+    {
+        std::vector<Problem> found;
+        checkDatabase(
+            *file_, *catalog_, {},
+            [&](const CatalogEntry& entry) {
+                return entry.name == "People"
+                           ? table_
+                           : std::make_shared<JetTable>(*file_, static_cast<PageNumber>(entry.id),
+                                                        entry.name);
+            },
+            [&](const Problem& problem) { found.push_back(problem); });
+        return found;
+    }
+    IndexTree& tree(const char* name) { return *table_->index(table_->realIndexOf(name)).tree; }
+    IndexEntry firstOf(const char* name)
+    {
+        IndexWalker walker(tree(name));
+        walker.first();
+        key_.assign(walker.key().begin(), walker.key().end());
+        return {key_, walker.row()};
+    }
+
+    MemoryFileSystem files_;
+    std::unique_ptr<JetFile> file_;
+    std::unique_ptr<Catalog> catalog_;
+    std::shared_ptr<JetTable> table_;
+    std::vector<std::uint8_t> key_;
+};
+INSTANTIATE_TEST_SUITE_P(Versions, OwnFile, testing::Values(0, 32));
+
+TEST_P(OwnFile, hasNoFindingsAtAll)
+{
+    for (const Problem& problem : check())
+        ADD_FAILURE() << problem.where << ": " << problem.text;
+}
+
+TEST_P(OwnFile, missingEntryIsFound)
+{
+    const IndexEntry entry = firstOf("Name");
+    ASSERT_TRUE(tree("Name").erase(entry.key, entry.row));
+    EXPECT_EQ(serious(check()), 1);
+}
+
+TEST_P(OwnFile, entryUnderAForeignKeyIsFound)
+{
+    const IndexEntry entry = firstOf("Name");
+    ASSERT_TRUE(tree("Name").erase(entry.key, entry.row));
+    key_[1] ^= 1;
+    ASSERT_TRUE(tree("Name").insert(key_, entry.row));
+    EXPECT_EQ(serious(check()), 1);
+}
+
+TEST_P(OwnFile, entryWithoutRecordIsFound)
+{
+    const IndexEntry entry = firstOf("PrimaryKey");
+    ASSERT_TRUE(tree("PrimaryKey").erase(entry.key, entry.row));
+    ASSERT_TRUE(tree("PrimaryKey").insert(entry.key, {entry.row.page, 254}));
+    EXPECT_EQ(serious(check()), 1);
+}
+
+TEST_P(OwnFile, pageInUseThatIsCalledFreeIsFound)
+{
+    file_->freePages().add(tree("Name").root());
+    EXPECT_EQ(serious(check()), 1);
+}
+
+TEST_P(OwnFile, pageThatNothingUsesIsANote)
+{
+    file_->allocate();
+    const auto found = check();
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_TRUE(found[0].harmless);
+    EXPECT_EQ(found[0].where, "lost pages");
+}
+
+TEST_P(OwnFile, dataPageOutsideTheMapIsFound)
+{
+    const PageNumber last = table_->pages().back();
+    table_->owned().remove(last);
+    table_->space().remove(last);
+    table_->reload();
+    EXPECT_GT(serious(check()), 0) << "index entries name records of no page";
+}
+
 TEST(Check, ofOneTableLooksAtThatTable)
 {
     if (corpusNames().empty())
