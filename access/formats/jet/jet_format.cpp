@@ -92,7 +92,7 @@ const JetFormat kJet3 = {
                   .maskBytes = 226,
                   .entries = 0xF8,
                   .entryBytes = 1800},
-    .row = {.wide = false, .maxBytes = 2012, .minBytes = 4},
+    .row = {.wide = false, .maxBytes = 2012},
     .longValue = {.maxInline = 32, .maxSingle = 1731, .chunk = 2032, .maxCompressed = 0},
     .map = {.inlineBytes = 128, .references = 33, .pageBits = (2048 - 4) * 8},
 };
@@ -187,7 +187,7 @@ const JetFormat kJet4 = {
                   .maskBytes = 453,
                   .entries = 0x1E0,
                   .entryBytes = 3616},
-    .row = {.wide = true, .maxBytes = 4060, .minBytes = 4},
+    .row = {.wide = true, .maxBytes = 4060},
     .longValue = {.maxInline = 64, .maxSingle = 3816, .chunk = 4072, .maxCompressed = 3816},
     .map = {.inlineBytes = 64, .references = 17, .pageBits = (4096 - 4) * 8},
 };

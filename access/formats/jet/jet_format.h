@@ -120,7 +120,6 @@ struct RowLayout {
     bool wide;     // words for the column count, the slot count and the offsets, else bytes with a
                    // jump table
     int maxBytes;  // of a row
-    int minBytes;  // rows are padded to this, so that a pointer fits when they move
 };
 
 struct LongValueLayout {

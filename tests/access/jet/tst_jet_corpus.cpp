@@ -120,13 +120,15 @@ TEST_P(Corpus, listsItsTablesFieldsAndIndexes)
             EXPECT_EQ(field.nativeType.substr(0, fields[i]["type"].text.size()),
                       fields[i]["type"].text)
                 << at;
-            if (field.type == FieldType::Text || field.type == FieldType::Binary)
+            if (field.type == FieldType::Text || field.type == FieldType::Binary) {
                 EXPECT_EQ(field.size, static_cast<int>(fields[i]["size"].number)) << at;
+            }
             EXPECT_EQ(field.autonumber, fields[i]["auto"].boolean) << at;
             const Json& properties = fields[i]["properties"];
             EXPECT_EQ(field.required, properties["Required"].boolean) << at;
-            if (properties.has("AllowZeroLength"))
+            if (properties.has("AllowZeroLength")) {
                 EXPECT_EQ(field.allowZeroLength, properties["AllowZeroLength"].boolean) << at;
+            }
             EXPECT_EQ(field.defaultValue, properties["DefaultValue"].text) << at;
             EXPECT_EQ(field.description, properties["Description"].text) << at;
         }
@@ -184,12 +186,13 @@ TEST_P(Corpus, deliversTheSameRecordsThroughEachIndexAndBackwards)
             for (bool on = walker->first(); on; on = walker->next())
                 indexed.push_back(walker->row());
             std::sort(indexed.begin(), indexed.end());
-            if (index.ignoreNulls)
+            if (index.ignoreNulls) {
                 EXPECT_TRUE(std::includes(all.begin(), all.end(), indexed.begin(), indexed.end()))
                     << layout.name << "." << index.name;
-            else
+            } else {
                 EXPECT_EQ(all, indexed)
                     << entry()["file"].text << " " << layout.name << "." << index.name;
+            }
         }
     }
 }

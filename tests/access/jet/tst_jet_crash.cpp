@@ -141,8 +141,9 @@ TEST_P(Faults, aFailingDiskLeavesTheOldRecordsAndAStoreThatGoesOn)
             }
             finished = !disk.hasFailed();
             if (number != 0) {
-                if (error == RunErrorNumber::DiskFull)
+                if (error == RunErrorNumber::DiskFull) {
                     EXPECT_EQ(number, 3026) << "failing at " << n;
+                }
                 EXPECT_EQ(dumpTable(*store, "Orders") == oldDump_, true) << "failing at " << n;
                 disk.clearFaults();
                 work(*store);
@@ -151,6 +152,47 @@ TEST_P(Faults, aFailingDiskLeavesTheOldRecordsAndAStoreThatGoesOn)
             expectSound(*store, n);
         }
     }
+}
+
+TEST_P(Faults, cursorsAndWritersInUseOutliveAFailedCommit)
+{
+    FaultyDisk disk;
+    disk.put(kTestFile, old_);
+    const auto store = driver_.open(disk, writing());
+    const auto writer = store->writer("Orders");
+    const auto cursor = store->cursor("Orders", std::nullopt);
+    const auto byName = store->cursor("Orders", "Name");
+    ASSERT_TRUE(cursor->first() && cursor->next());
+    ASSERT_TRUE(byName->first() && byName->next());
+    const RowId here = cursor->row();
+    const auto add = [&](int count) {
+        std::vector<ValueView> row(3);
+        const std::string notes(4500, 'x');
+        for (int i = 0; i < count; ++i) {
+            row[1] = ValueView::text("another");
+            row[2] = ValueView::text(notes);
+            writer->insert(row);
+        }
+    };
+    add(100);
+    disk.failAt(3, RunErrorNumber::DiskFull, FaultyDisk::Lasts::FromThenOn);
+    EXPECT_THROW(store->commit(), EngineError);
+    disk.clearFaults();
+    EXPECT_EQ(store->recordCount("Orders"), 60);
+    EXPECT_EQ(cursor->row(), here);
+    EXPECT_FALSE(cursor->field(1).isNull());
+    int rest = 2;
+    while (cursor->next())
+        ++rest;
+    EXPECT_EQ(rest, 60);
+    rest = 2;
+    while (byName->next())
+        ++rest;
+    EXPECT_EQ(rest, 60);
+    add(5);
+    store->commit();
+    EXPECT_EQ(store->recordCount("Orders"), 65);
+    expectSound(*store, 0);
 }
 
 TEST_P(Faults, aTableIsMadeWholeOrNotAtAll)

@@ -24,8 +24,9 @@ protected:
     void expectSound(const std::string& password = {})
     {
         const Verdict verdict = outsideCheck(content(), password);
-        if (verdict.available)
+        if (verdict.available) {
             EXPECT_TRUE(verdict.sound) << verdict.output;
+        }
     }
 
     MemoryFileSystem files_;
@@ -132,8 +133,9 @@ TEST_P(Versions, aNewTableIsThereAfterReopening)
         const FieldDef &a = got.fields[i], &b = wanted.fields[i];
         EXPECT_EQ(a.name, b.name);
         EXPECT_EQ(a.type, b.type) << a.name;
-        if (b.size)
+        if (b.size) {
             EXPECT_EQ(a.size, b.size) << a.name;
+        }
         EXPECT_EQ(a.autonumber, b.autonumber) << a.name;
         EXPECT_EQ(a.required, b.required) << a.name;
         EXPECT_EQ(a.allowZeroLength, b.allowZeroLength) << a.name;

@@ -242,8 +242,9 @@ TEST(RowCodec, aSingleShowsItsShortestDecimal)
         const std::uint32_t bits = static_cast<std::uint32_t>(random());
         float single;
         std::memcpy(&single, &bits, sizeof single);
-        if (single == single)
+        if (single == single) {
             ASSERT_EQ(static_cast<float>(shortestDouble(single)), single);
+        }
     }
 }
 

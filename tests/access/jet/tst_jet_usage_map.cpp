@@ -158,8 +158,9 @@ TEST_P(Maps, aLargeTableIsSound)
         ++entries;
     EXPECT_EQ(entries, count);
     const Verdict verdict = outsideCheck(files_.content(kTestFile));
-    if (verdict.available)
+    if (verdict.available) {
         EXPECT_TRUE(verdict.sound) << verdict.output.substr(0, 2000);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Jet, Maps, ::testing::Values(3, 4));

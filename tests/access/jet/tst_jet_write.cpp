@@ -6,6 +6,8 @@
 
 #include "access/engine_error.h"
 #include "access/formats/jet/jet_driver.h"
+#include "access/formats/jet/jet_file.h"
+#include "access/formats/jet/table_def.h"
 #include "access/value_text.h"
 #include "tests/access/jet/jet_testing.h"
 
@@ -82,8 +84,9 @@ protected:
     {
         store_->commit();
         const Verdict verdict = outsideCheck(content());
-        if (verdict.available)
+        if (verdict.available) {
             EXPECT_TRUE(verdict.sound) << verdict.output;
+        }
     }
     RowId add(RowWriter& writer, std::string_view name, int count,
               std::optional<std::string_view> notes = std::nullopt)
@@ -464,6 +467,52 @@ TEST_P(Writing, manyRandomChangesLeaveASoundFileWithTheRightRecords)
     expectSound();
 }
 
+/// Turns every text column of a table into one of another sort order.
+void setOrder(MemoryFileSystem& files, std::uint16_t lcid)
+{
+    jet::JetFile file(files, writing());
+    for (jet::PageNumber page = 6; page < file.pageCount(); ++page) {
+        if (file.isFree(page) || file.page(page).data()[0] != jet::page_type::kTableDef)
+            continue;
+        std::vector<jet::PageNumber> chain;
+        const auto bytes = jet::readTableChain(file, page, chain);
+        jet::TableDef def = jet::parseTableDef(bytes, file.names());
+        for (jet::Column& column : def.columns)
+            column.order.lcid = lcid;
+        jet::writeTableChain(file, jet::buildTableDef(def, file.names()), chain);
+    }
+    file.commit();
+}
+
+TEST_P(Writing, aKeyWhoseOrderIsNotKnownIsRefusedBeforeAnythingChanges)
+{
+    store_->createTable(people());
+    add(*store_->writer("People"), "Anna", 1);
+    store_->commit();
+    store_.reset();
+    setOrder(files_, 1042);
+    store_ = driver_.open(files_, writing());
+    const std::string before = dumpTable(*store_, "People");
+    const auto writer = store_->writer("People");
+    EXPECT_EQ(errorOf([&] { add(*writer, "Berta", 1, std::string(5000, 'x')); }), 3251);
+    EXPECT_EQ(dumpTable(*store_, "People"), before);
+    EXPECT_EQ(store_->pendingBytes(), 0u);
+    for (const IndexDef& index : store_->layout("People").indexes)
+        EXPECT_EQ(index.cannotKeep.empty(), index.name == "PrimaryKey") << index.name;
+    // By the index as it stands, records are still walked and found.
+    const auto cursor = store_->cursor("People", "Name");
+    ASSERT_TRUE(cursor->first());
+    EXPECT_EQ(cursor->field(1).asText(), "Anna");
+    const ValueView key = ValueView::text("anna");
+    EXPECT_TRUE(cursor->seek(Comparison::Equal, std::span(&key, 1)));
+    // What does not touch the key can change, and the record can go.
+    const FieldChange change{2, ValueView::integer(1)};
+    writer->update(cursor->row(), std::span(&change, 1));
+    writer->remove(cursor->row());
+    EXPECT_EQ(store_->recordCount("People"), 0);
+    EXPECT_FALSE(store_->cursor("People", "Name")->first());
+}
+
 TEST_P(Writing, outsideReadersGiveTheSameRecords)
 {
     store_->createTable(people());
@@ -487,6 +536,59 @@ TEST_P(Writing, outsideReadersGiveTheSameRecords)
 }
 
 INSTANTIATE_TEST_SUITE_P(Jet, Writing, ::testing::Values(3, 4));
+
+/// Table1 refers to Table2 by otherfk1 and to Table3 by otherfk2, both enforced.
+TEST(Relationships, areKeptByRefusingWhatBreaksThem)
+{
+    if (corpusFolder().empty())
+        GTEST_SKIP() << "no corpus";
+    for (const char* name : {"jahlborn-indexTestV1997.mdb", "jahlborn-indexTestV2000.mdb"}) {
+        const auto files = memoryWith(readBytes(corpusFolder() + name));
+        const auto store = jet::JetDriver().open(*files, writing());
+        const auto rowWith = [&](const char* table, std::int64_t id) {
+            const auto cursor = store->cursor(table, std::nullopt);
+            for (bool on = cursor->first(); on; on = cursor->next())
+                if (cursor->field(0).asInteger() == id)
+                    return cursor->row();
+            ADD_FAILURE() << "no record " << id << " in " << table;
+            return RowId{0};
+        };
+        const auto child = [&](std::int64_t id, std::int64_t two, std::int64_t three) {
+            std::vector<ValueView> row(store->layout("Table1").fields.size());
+            row[0] = ValueView::integer(id);
+            row[1] = ValueView::integer(two);
+            row[2] = ValueView::integer(three);
+            store->writer("Table1")->insert(row);
+        };
+        const ValueView parent[] = {ValueView::integer(60), ValueView::text("parent")};
+        store->writer("Table2")->insert(parent);
+        EXPECT_EQ(errorOf([&] { child(50, 99, 10); }), 3251) << name;
+        EXPECT_EQ(errorOf([&] { child(50, 60, 99); }), 3251) << name;
+        EXPECT_EQ(errorOf([&] { child(50, 60, 12); }), 0) << name;
+        EXPECT_EQ(errorOf([&] { store->writer("Table2")->remove(rowWith("Table2", 60)); }), 3251);
+        const FieldChange key{0, ValueView::integer(77)};
+        EXPECT_EQ(errorOf([&] {
+                      store->writer("Table2")->update(rowWith("Table2", 60), std::span(&key, 1));
+                  }),
+                  3251);
+        const FieldChange data{1, ValueView::text("changed")};
+        store->writer("Table2")->update(rowWith("Table2", 60), std::span(&data, 1));
+        const FieldChange orphan{1, ValueView::integer(99)};
+        EXPECT_EQ(errorOf([&] {
+                      store->writer("Table1")->update(rowWith("Table1", 50), std::span(&orphan, 1));
+                  }),
+                  3251);
+        // Without its child the parent may go.
+        store->writer("Table1")->remove(rowWith("Table1", 50));
+        store->writer("Table2")->remove(rowWith("Table2", 60));
+        EXPECT_EQ(errorOf([&] { store->dropTable("Table2"); }), 3251);
+        store->commit();
+        const Verdict verdict = outsideCheck(files->content(kTestFile));
+        if (verdict.available) {
+            EXPECT_TRUE(verdict.sound) << verdict.output;
+        }
+    }
+}
 
 /// Every real file takes a record in every table that can be changed, and stays sound.
 TEST(RealFiles, takeANewRecordAndGiveItBack)
@@ -538,17 +640,19 @@ TEST(RealFiles, takeANewRecordAndGiveItBack)
             ++written;
             EXPECT_NE(dumpTable(*store, name), before);
             const FieldChange change{0, row[0]};
-            if (!layout.fields[0].autonumber)
+            if (!layout.fields[0].autonumber) {
                 EXPECT_EQ(
                     errorOf([&] { store->writer(name)->update(added, std::span(&change, 1)); }), 0);
+            }
             EXPECT_EQ(errorOf([&] { store->writer(name)->remove(added); }), 0) << name;
             EXPECT_EQ(dumpTable(*store, name), before) << entry["file"].text << " " << name;
         }
         store->commit();
         const Verdict is = outsideCheck(files->content(kTestFile), password);
-        if (is.available && !is.sound)  // some files have their faults from the start
+        if (is.available && !is.sound) {  // some files have their faults from the start
             EXPECT_EQ(outsideCheck(original, password).sound, false) << entry["file"].text << "\n"
                                                                      << is.output;
+        }
     }
     EXPECT_GT(written, 50);
 }
