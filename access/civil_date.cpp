@@ -64,6 +64,12 @@ char* putDigits(char* p, unsigned value, int width)
     return p + width;
 }
 
+void putPair(char* p, unsigned below100)
+{
+    p[0] = static_cast<char>('0' + below100 / 10);
+    p[1] = static_cast<char>('0' + below100 % 10);
+}
+
 /// At least `width` digits, more when the number has them.
 char* putNumber(char* p, int value, int width)
 {
@@ -208,12 +214,20 @@ char* putIsoDate(char* p, double date)
     const auto day = ordinary ? static_cast<std::int64_t>(date) : 0;
     const bool noTime = ordinary && static_cast<double>(day) == date;  // what most dates are
     const CivilTime t = noTime ? civilDay(day) : civilRounded(date, 1000);
-    p = noTime ? putDigits(p, static_cast<unsigned>(t.year), 4) : putNumber(p, t.year, 4);
-    *p++ = '-';
-    p = putDigits(p, static_cast<unsigned>(t.month), 2);
-    *p++ = '-';
-    p = putDigits(p, static_cast<unsigned>(t.day), 2);
-    if (isMidnight(t))
+    if (noTime) {
+        const auto year = static_cast<unsigned>(t.year);
+        putPair(p, year / 100);
+        putPair(p + 2, year % 100);
+        p += 4;
+    } else {
+        p = putNumber(p, t.year, 4);
+    }
+    p[0] = '-';
+    putPair(p + 1, static_cast<unsigned>(t.month));
+    p[3] = '-';
+    putPair(p + 4, static_cast<unsigned>(t.day));
+    p += 6;
+    if (noTime || isMidnight(t))
         return p;
     *p++ = ' ';
     p = putDigits(p, static_cast<unsigned>(t.hour), 2);

@@ -85,7 +85,7 @@ int run(Context& context, const Arguments& arguments)
     Recordset rows = from.OpenRecordset(table, RecordsetType::Table);
     Database to = openTarget(context, target);
     if (!hasTable(context, to, target))
-        makeTable(to, targetLayout(from.TableDefs().Item(table).layout(), target));
+        makeTable(to, target, targetLayout(from.TableDefs().Item(table).layout(), target));
     else if (!arguments.has("--add"))
         throw EngineError(EngineErrorNumber::TableAlreadyExists,
                           "Table '" + target.source.table + "' already exists.");

@@ -37,7 +37,7 @@ int run(Context& context, const Arguments& arguments)
         throw UsageError("a TABLE name is needed");
     Database database = openTarget(context, target);
     if (!layout.fields.empty())
-        makeTable(database, layout);
+        makeTable(database, target, layout);
     database.Close();
     return kDone;
 }

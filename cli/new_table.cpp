@@ -70,9 +70,12 @@ bool hasTable(Context&, Database& database, const Target& target)
     return database.TableDefs().contains(target.source.table);
 }
 
-void makeTable(Database& database, const TableLayout& layout)
+void makeTable(Database& database, const Target& target, const TableLayout& layout)
 {
-    TableDef table = database.CreateTableDef(layout.name);
+    // A DBF is given the spelling of its file, so that it lies where the user said.
+    TableDef table = database.CreateTableDef(target.source.kind == FileKind::Xbase
+                                                 ? paths::fileName(target.source.path)
+                                                 : layout.name);
     for (const FieldDef& field : layout.fields) {
         Field made = table.CreateField(field.name, static_cast<int>(field.type), field.size);
         made.def() = field;

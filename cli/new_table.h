@@ -19,6 +19,6 @@ Database openTarget(Context& context, Target& target);
 /// Whether the target has the table already.
 bool hasTable(Context& context, Database& database, const Target& target);
 /// Makes a table with its fields and indexes, through the engine's steps.
-void makeTable(Database& database, const TableLayout& layout);
+void makeTable(Database& database, const Target& target, const TableLayout& layout);
 
 }  // namespace velnor::cli

@@ -68,6 +68,12 @@ std::int64_t RowCursor::ordinal()
     return n;
 }
 
+void RowCursor::fields(std::span<ValueView> out)
+{
+    for (int n = 0; ValueView& v : out)
+        v = field(n++);
+}
+
 bool RowCursor::seek(Comparison, std::span<const ValueView>)
 {
     throw EngineError(EngineErrorNumber::NoCurrentIndex, "Seek needs an index.");

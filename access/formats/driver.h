@@ -63,6 +63,8 @@ public:
     /// Decodes field n of the current record. The view is good until the cursor moves; reading
     /// another field does not end it.
     virtual ValueView field(int n) = 0;
+    /// The first out.size() fields at once, for loops over all of them.
+    virtual void fields(std::span<ValueView> out);
 };
 
 struct FieldChange {

@@ -473,9 +473,7 @@ void RecordsetState::values(std::span<ValueView> out)
     requireRecord();
     if (!out.empty())
         requireField(static_cast<int>(out.size()) - 1);
-    RowCursor& row = *cursor_;
-    for (int n = 0; ValueView& v : out)
-        v = row.field(n++);
+    cursor_->fields(out);
 }
 
 void RecordsetState::setValue(int n, ValueView v)

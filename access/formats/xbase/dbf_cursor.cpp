@@ -181,4 +181,16 @@ ValueView DbfCursor::field(int n)
     return field.isMemo() ? memoField(at, field) : decodeField(header, field, record_, texts_[at]);
 }
 
+void DbfCursor::fields(std::span<ValueView> out)
+{
+    const DbfHeader& header = table_->header();
+    if (!record_ || out.size() > header.fields.size())
+        throw EngineError(EngineErrorNumber::NoCurrentRecord, "There is no current record.");
+    for (std::size_t at = 0; at < out.size(); ++at) {
+        const DbfField& field = header.fields[at];
+        out[at] = field.isMemo() ? memoField(at, field)
+                                 : decodeField(header, field, record_, texts_[at]);
+    }
+}
+
 }  // namespace velnor::xbase

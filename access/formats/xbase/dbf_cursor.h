@@ -27,6 +27,7 @@ public:
     std::int64_t ordinal() override;
     RowId row() const override { return number_; }
     ValueView field(int n) override;
+    void fields(std::span<ValueView> out) override;
 
 private:
     bool forwardFrom(std::uint64_t number);
