@@ -267,8 +267,8 @@ Property& PropertyBlock::entryFor(std::string_view owner, std::string_view name)
     if (at != chunk.entries.end())
         return *at;
     const std::uint16_t index = nameIndex(name);
-    return chunk.entries.emplace_back(names_[index].utf8, index, std::uint8_t{1}, std::uint8_t{0},
-                                      std::string());
+    return chunk.entries.emplace_back(
+        Property{names_[index].utf8, index, std::uint8_t{1}, std::uint8_t{0}, std::string()});
 }
 
 void PropertyBlock::setFlag(std::string_view owner, std::string_view name, bool value)
