@@ -99,7 +99,6 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("velnor"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Velnor"));
     QApplication::setDesktopFileName(QStringLiteral("velnor"));
     return velnor::run(app);
 }

@@ -9,7 +9,7 @@ int browserColumnWidth(int nameLength, int fieldSize)
     const int width = nameLength <= fieldSize ? fieldSize * 120 : nameLength * 100;
     if (width < 250)
         return 800;
-    return width > 2500 ? 2500 : width;
+    return width > kWidestColumn ? kWidestColumn : width;
 }
 
 QString positionText(const QString& fileName, double percent, long long records)

@@ -7,6 +7,7 @@ namespace velnor {
 
 inline constexpr int kChildHeight = 5000;
 inline constexpr int kChildWidth = 6300;
+inline constexpr int kWidestColumn = 2500;
 inline constexpr int kCascadeLeft = 200;
 inline constexpr int kCascadeTop = 150;
 

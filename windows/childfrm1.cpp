@@ -198,8 +198,9 @@ void ChildFrm1::setColumns()
         const auto& field = rows_->field(i);
         const int wide =
             toPixels(browserColumnWidth(static_cast<int>(fromUtf8(field.name).size()), field.size));
-        // Type is larger on some screens: a name is never cut.
-        MSFlexGrid1->setColumnWidth(i, qMax(wide, header.sectionSizeHint(i)));
+        // Type is larger on some screens: names are never cut, the first values rarely.
+        const int needed = qMin(MSFlexGrid1->firstValuesWidth(i), toPixels(kWidestColumn));
+        MSFlexGrid1->setColumnWidth(i, qMax(wide, qMax(needed, header.sectionSizeHint(i))));
     }
     const int high = qMax(toPixels(G.GRID_ROW_HEIGHT), MSFlexGrid1->fontMetrics().height() + 4);
     MSFlexGrid1->verticalHeader()->setDefaultSectionSize(high);

@@ -47,6 +47,8 @@ QListWidget* headedList(QWidget* parent, QVBoxLayout* column, const QString& nam
     list->setToolTip(tip);
     list->setAccessibleName(heading);
     list->setUniformItemSizes(true);
+    list->setSpacing(1);
+    list->setFrameShape(QFrame::NoFrame);
     label->setBuddy(list);
     box->addWidget(label);
     box->addWidget(list, 1);

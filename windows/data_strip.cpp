@@ -16,16 +16,16 @@ DataStrip::DataStrip(QWidget* parent) : QWidget(parent)
     row->setSpacing(2);
     firstBtn = button(u"Data1_First"_s, u"go-first"_s, tr("First record"));
     previousBtn = button(u"Data1_Previous"_s, u"go-previous"_s, tr("Previous record"));
-    caption_ = new QLabel(this);
-    caption_->setObjectName(u"Data1_Caption"_s);
-    caption_->setAlignment(Qt::AlignCenter);
-    caption_->setTextFormat(Qt::PlainText);
-    caption_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    label_ = new QLabel(this);
+    label_->setObjectName(u"Data1_Caption"_s);
+    label_->setAlignment(Qt::AlignCenter);
+    label_->setTextFormat(Qt::PlainText);
+    label_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     nextBtn = button(u"Data1_Next"_s, u"go-next"_s, tr("Next record"));
     lastBtn = button(u"Data1_Last"_s, u"go-last"_s, tr("Last record"));
     row->addWidget(firstBtn);
     row->addWidget(previousBtn);
-    row->addWidget(caption_, 1);
+    row->addWidget(label_, 1);
     row->addWidget(nextBtn);
     row->addWidget(lastBtn);
 }
@@ -43,13 +43,21 @@ QToolButton* DataStrip::button(const QString& name, const QString& icon, const Q
 
 void DataStrip::setCaption(const QString& caption)
 {
-    caption_->setText(caption);
-    caption_->setToolTip(caption);
+    caption_ = caption;
+    showCaption();
 }
 
-QString DataStrip::caption() const
+void DataStrip::showCaption()
 {
-    return caption_->text();
+    label_->setText(label_->fontMetrics().elidedText(caption_, Qt::ElideRight, label_->width()));
+    label_->setToolTip(caption_);
+    label_->setAccessibleName(caption_);
+}
+
+void DataStrip::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    showCaption();
 }
 
 void DataStrip::setMoving(bool possible)

@@ -13,7 +13,7 @@ class DataStrip : public QWidget {
 public:
     explicit DataStrip(QWidget* parent = nullptr);
     void setCaption(const QString& caption);
-    QString caption() const;
+    const QString& caption() const { return caption_; }
     void setMoving(bool possible);
 
     QToolButton* firstBtn;
@@ -21,9 +21,14 @@ public:
     QToolButton* nextBtn;
     QToolButton* lastBtn;
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
+    void showCaption();
     QToolButton* button(const QString& name, const QString& icon, const QString& tip);
-    QLabel* caption_;
+    QLabel* label_;
+    QString caption_;
 };
 
 }  // namespace velnor

@@ -189,6 +189,7 @@ QWidget* DatabasesTab::buildList()
     heading->setBuddy(PTxShList1);
     auto* filterRow = new QHBoxLayout;
     filterRow->setContentsMargins(8, 2, 8, 4);
+    filterRow->setSpacing(6);
     auto* filterLabel = new QLabel(tr("S&how:"), box);
     filterLabel->setBuddy(filterCombo);
     filterRow->addWidget(filterLabel);

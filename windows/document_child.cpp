@@ -4,8 +4,11 @@
 #include <QMdiSubWindow>
 #include <QTimer>
 
+#include "access/routing.h"
 #include "core/attempt.h"
+#include "core/file_commands.h"
 #include "core/upcalls.h"
+#include "platform/paths.h"
 #include "windows/mdiform1.h"
 
 namespace velnor {
@@ -26,7 +29,10 @@ QMdiSubWindow* DocumentChild::frame() const
 
 void DocumentChild::setCaption(const QString& caption)
 {
-    setWindowTitle(caption);
+    caption_ = caption;
+    const QString name =
+        isWebAddress(caption) ? caption : fromUtf8(paths::fileName(caption.toStdString()));
+    setWindowTitle(name);
 }
 
 void DocumentChild::mnuFileClose_Click()

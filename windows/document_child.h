@@ -48,7 +48,8 @@ public:
     /// Lets go of the file while the window stays open.
     virtual void releaseFile() {}
 
-    QString caption() const { return windowTitle(); }
+    /// The whole path, and what tells twins apart. Tabs and frames show the file's name alone.
+    const QString& caption() const { return caption_; }
     void setCaption(const QString& caption);
     /// Closes the window at the event loop's next turn; for a window that must not stay open.
     void unloadSoon();
@@ -64,6 +65,7 @@ protected:
 
 private:
     WindowEntry entry_;
+    QString caption_;
     bool unloaded_ = false;
 };
 

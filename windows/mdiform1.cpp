@@ -62,6 +62,9 @@ MDIForm1::MDIForm1(ShellLinks links, QWidget* parent)
 
 MDIForm1::~MDIForm1()
 {
+    // The children go while this is still a shell, and their going is nobody's news.
+    disconnect(area_, nullptr, this, nullptr);
+    delete area_;
     globals().MDI_OPEN_FLG = false;
 }
 
@@ -150,7 +153,7 @@ void MDIForm1::NewWindowFile(const QString& title)
         window->setWidget(child);
         window->setAttribute(Qt::WA_DeleteOnClose);
         child->setCaption(NEWCAPTION);
-        window->setWindowTitle(NEWCAPTION);
+        window->setWindowTitle(child->windowTitle());
         const int left = CHILD_LEFT, top = CHILD_TOP;
         child->Form_Load();
         area_->addSubWindow(window);

@@ -6,14 +6,16 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QStyle>
 
 namespace velnor {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+constexpr int kFirstRows = 30;
 constexpr int kMostCopiedRows = 100'000;  // more than a clipboard is good for
-}
+}  // namespace
 
 RecordGrid::RecordGrid(QWidget* parent) : QTableView(parent)
 {
@@ -41,6 +43,18 @@ void RecordGrid::setEmptyText(const QString& text)
 {
     emptyText_ = text;
     viewport()->update();
+}
+
+int RecordGrid::firstValuesWidth(int column) const
+{
+    const int rows = qMin(kFirstRows, model() ? model()->rowCount() : 0);
+    const int margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 3);
+    int width = 0;
+    for (int row = 0; row < rows; ++row) {
+        const QString text = model()->index(row, column).data().toString();
+        width = qMax(width, fontMetrics().horizontalAdvance(text) + margins);
+    }
+    return width;
 }
 
 QString RecordGrid::selectedText() const

@@ -134,6 +134,9 @@ void Velnor1::addTab(MainTab* tab)
     bar->setObjectName(u"ToolBarComp1_%1"_s.arg(tabs_.size() + 1));
     bar->setMovable(false);
     bar->setIconSize({22, 22});
+    // The explorer has many tools, the others few: those have room for their names.
+    if (tab != databases_)
+        bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     toolbars_ << bar;
     connect(tab, &MainTab::statusText, this, &Velnor1::status);
 }

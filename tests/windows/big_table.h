@@ -1,4 +1,5 @@
-// tests/windows/big_table.h - a dBASE table of any length, written as bytes: faster than by records.
+// tests/windows/big_table.h - a dBASE table of any length, written as bytes: faster than by
+// records.
 #pragma once
 
 #include <cstdio>

@@ -90,9 +90,8 @@ private slots:
         show("C:\\data");
         std::unique_ptr<QMimeData> data(
             model_->mimeData({model_->indexOf("C:\\data\\A.DBF"), model_->index(2, 1)}));
-        QCOMPARE(data->urls(),
-                 QList<QUrl>{QUrl::fromLocalFile(
-                     QString::fromStdString(sandbox_->native("C:\\data\\A.DBF")))});
+        QCOMPARE(data->urls(), QList<QUrl>{QUrl::fromLocalFile(
+                                   QString::fromStdString(sandbox_->native("C:\\data\\A.DBF")))});
     }
 
     void tenThousandFiles_letTheWindowWork()

@@ -1,0 +1,218 @@
+#!/usr/bin/env bash
+# tests/screen/tour.sh VELNOR MAKE_SHOP OUT - walks through the windows on a screen of its own and takes pictures.
+#
+# VELNOR is the program, MAKE_SHOP the maker of an Access file (tests/screen/make_shop.cpp), OUT the folder for
+# the pictures: OUT/<screen>-<palette>-<window>.png. Needs xvfb,
+# openbox, xdotool, wmctrl and imagemagick; VELNOR_TOOLS names the folder of make_dbf.py.
+# SCREENS limits the screens ("small large"), PALETTES the palettes ("light dark").
+set -eu
+program=$(realpath "$1")
+make_shop=$(realpath "$2")
+mkdir -p "$3"
+out=$(realpath "$3")
+tools=${VELNOR_TOOLS:?name the folder of make_dbf.py}
+samples=$(realpath "$(dirname "$0")/../../samples")
+work=$(mktemp -d "${TMPDIR:-/tmp}/velnor-tour-XXXXXX")
+pids=()
+trap 'for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done; rm -rf "$work"' EXIT
+ulimit -f 4000000
+
+make_data() {
+    mkdir -p "$work/home/Data" "$work/run"
+    chmod 700 "$work/run"
+    python3 "$tools/make_dbf.py" 2500 "$work/home/Data/CUSTOMER.DBF" --memo
+    python3 "$tools/make_dbf.py" 400000 "$work/home/Data/LEDGER.DBF"
+    "$make_shop" "$work/home/Data/shop.mdb" || rm -f "$work/home/Data/shop.mdb"
+    mkdir -p "$work/home/Data/Archive"
+    cp "$samples/CUSTOMER.DBF" "$work/home/Data/Archive/"
+    printf 'Velnor reads and writes database files.\r\nThis is a plain text.\r\n' >"$work/home/Data/README.TXT"
+}
+
+# A desktop that tells programs its dark colours.
+dark_desktop() {
+    export XDG_CURRENT_DESKTOP=KDE KDE_FULL_SESSION=true KDE_SESSION_VERSION=5
+    cat >"$work/home/.config/kdeglobals" <<'COLORS'
+[Colors:Window]
+BackgroundNormal=42,46,50
+BackgroundAlternate=49,54,59
+ForegroundNormal=252,252,252
+ForegroundInactive=161,169,177
+ForegroundLink=29,153,243
+ForegroundVisited=155,89,182
+[Colors:View]
+BackgroundNormal=27,30,32
+BackgroundAlternate=35,38,41
+ForegroundNormal=252,252,252
+ForegroundInactive=161,169,177
+[Colors:Button]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+[Colors:Selection]
+BackgroundNormal=61,174,233
+ForegroundNormal=252,252,252
+[Colors:Tooltip]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+[Icons]
+Theme=breeze-dark
+COLORS
+}
+
+light_desktop() {
+    unset XDG_CURRENT_DESKTOP KDE_FULL_SESSION KDE_SESSION_VERSION
+    rm -f "$work/home/.config/kdeglobals"
+}
+
+# start_screen NUMBER SIZE
+start_screen() {
+    Xvfb ":$1" -screen 0 "${2}x24" -nolisten tcp >/dev/null 2>&1 &
+    pids+=($!)
+    export DISPLAY=":$1"
+    for _ in $(seq 50); do xdotool getdisplaygeometry >/dev/null 2>&1 && break; sleep 0.1; done
+    openbox >/dev/null 2>&1 &
+    pids+=($!)
+    for _ in $(seq 50); do wmctrl -m >/dev/null 2>&1 && break; sleep 0.1; done
+}
+
+stop_all() {
+    for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done
+    pids=()
+}
+
+start_program() {
+    env HOME="$work/home" XDG_DATA_HOME="$work/home/.data" XDG_CONFIG_HOME="$work/home/.config" \
+        XDG_RUNTIME_DIR="$work/run" "$program" "$@" &
+    program_pid=$!
+    pids+=($program_pid)
+}
+
+wait_window() { timeout 60 xdotool search --sync --onlyvisible --name "$1" | tail -n 1; }
+settle() { sleep "${1:-0.7}"; }
+key() { xdotool key --clearmodifiers "$@"; settle 0.4; }
+shot() {
+    settle
+    import -window root "$out/$prefix-$1.png"
+    echo "$prefix-$1.png"
+}
+front() { wmctrl -i -a "$1"; settle; }
+# choose_file PATH: types a path into the open dialog.
+choose_file() {
+    wait_window "$1" >/dev/null
+    settle
+    xdotool type --delay 5 "$2"
+    key Return
+}
+
+tour() {
+    local data="$work/home/Data" main shell
+    cd "$data"
+    start_program
+    cd /
+    main=$(wait_window 'Database File Copier')
+    settle 2
+    shot main
+    key alt+v
+    shot menu
+    key Escape
+    key Escape
+    key Tab
+    key s
+    shot main-selected
+
+    key ctrl+3
+    shot copy-empty
+    key alt+m
+    choose_file 'Select Database File to Open' "$data/CUSTOMER.DBF"
+    settle 1
+    if [ -f "$data/shop.mdb" ]; then
+        key alt+t
+        choose_file 'Select Database File to Open' "$data/shop.mdb"
+        settle 1
+    fi
+    key alt+a
+    shot copy-filled
+    if [ -f "$data/shop.mdb" ]; then
+        key alt+b
+        wait_window 'Database File Copier' >/dev/null
+        settle 1
+        shot copy-question
+        key alt+y
+        key alt+y
+        key alt+y
+        choose_file 'Enter New File Name' "$data/backup.mdb"
+        settle 3
+        shot copy-done
+    fi
+
+    key ctrl+o
+    choose_file 'Select File to Open' "$data/LEDGER.DBF"
+    settle 2
+    shell=$(wait_window 'LEDGER.DBF - Velnor')
+    shot browser
+    key End
+    shot browser-end
+    front "$main"
+    key ctrl+o
+    choose_file 'Select File to Open' "$data/CUSTOMER.DBF"
+    settle 2
+    for _ in 1 2 3 4 5 6; do key Right; done
+    key Down
+    shot browser-memo
+    front "$main"
+    key ctrl+o
+    choose_file 'Select File to Open' "$data/README.TXT"
+    settle 2
+    shot text
+    if [ -f "$data/shop.mdb" ]; then
+        front "$main"
+        key ctrl+o
+        choose_file 'Select File to Open' "$data/shop.mdb"
+        settle 2
+        key alt+v t
+        key alt+v i
+        shot browser-access
+    fi
+    key alt+w c
+    shot cascade
+    key alt+w v
+    shot tiled
+    if [ -n "${VELNOR_CORPUS:-}" ] && [ -f "$VELNOR_CORPUS/jet/own-jet3-password.mdb" ]; then
+        cp "$VELNOR_CORPUS/jet/own-jet3-password.mdb" "$data/locked.mdb"
+        front "$main"
+        key ctrl+o
+        choose_file 'Select File to Open' "$data/locked.mdb"
+        wait_window 'Login to Database File' >/dev/null
+        shot login
+        key Escape
+        settle 1
+    fi
+    front "$main"
+    key ctrl+1
+    for tab in 2 4 5 6 7; do
+        key "ctrl+$tab"
+        [ "$tab" = 2 ] && shot coming
+    done
+    key ctrl+q
+    settle 1
+}
+
+run_screen() {
+    local palette
+    for palette in ${PALETTES:-light dark}; do
+        prefix="$1-$palette"
+        make_data
+        mkdir -p "$work/home/.config"
+        if [ "$palette" = dark ]; then dark_desktop; else light_desktop; fi
+        start_screen "$2" "$3"
+        tour || { shot failed; echo "the tour stopped early: $prefix"; }
+        stop_all
+        rm -rf "$work/home"
+    done
+}
+
+for screen in ${SCREENS:-small large}; do
+    case $screen in
+    small) run_screen small 91 1280x800 ;;
+    large) QT_SCALE_FACTOR=2 run_screen large 92 2560x1600 ;;
+    esac
+done

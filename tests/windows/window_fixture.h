@@ -1,0 +1,65 @@
+// tests/windows/window_fixture.h - what the tests of windows start from: a sandbox with files made
+// through the engine, a script of answers, defaults as after StartProgram, and no window.
+#pragma once
+
+#include <memory>
+
+#include <QFile>
+
+#include "core/globals.h"
+#include "core/startup.h"
+#include "core/upcalls.h"
+#include "tests/access/made_files.h"
+#include "tests/support/sandbox.h"
+#include "tests/support/scripted_prompt.h"
+
+namespace velnor::testing {
+
+class WindowFixture {
+public:
+    WindowFixture()
+    {
+        resetGlobals();
+        SetDefaultColors();
+        SetDefaultOptions();
+        globals().APP_PATH = "C:\\app";
+        sandbox.write("C:\\app\\Close.Txt", "closed\r\n");
+        sandbox.makeFolders("C:\\data");
+    }
+    ~WindowFixture() { resetUpcalls(); }
+
+    /// CUSTOMER.DBF with three records: NAME, AMOUNT, NOTE (a memo).
+    void makeCustomers(const char* table = "CUSTOMER")
+    {
+        makeTable("C:\\data", kDBase, table,
+                  {{"NAME", FieldType::Text, 20},
+                   {"AMOUNT", FieldType::Double},
+                   {"NOTE", FieldType::Memo}});
+        appendRows("C:\\data", kDBase, table,
+                   {{"Ada", 1, "first\r\nsecond"}, {"Ben", 2, QVariant()}, {"Cleo", 3, "last"}});
+    }
+    /// shop.mdb with tables Items (an index on Name) and Orders.
+    void makeShop()
+    {
+        makeAccessFile("C:\\data\\shop.mdb");
+        makeTable("C:\\data\\shop.mdb", kAccess, "Items",
+                  {{"Name", FieldType::Text, 20}, {"Price", FieldType::Currency}}, "Name");
+        appendRows("C:\\data\\shop.mdb", kAccess, "Items",
+                   {{"pear", 3}, {"apple", 1}, {"cherry", 2}});
+        makeTable("C:\\data\\shop.mdb", kAccess, "Orders", {{"Number", FieldType::Long}});
+    }
+    /// A protected Access file of the corpus; false when the corpus is not there.
+    bool bringLockedFile()
+    {
+        const QString file = qEnvironmentVariable("VELNOR_CORPUS") + "/jet/own-jet3-password.mdb";
+        if (!QFile::exists(file))
+            return false;
+        sandbox.copyIn(file.toStdString(), "C:\\data\\locked.mdb");
+        return true;
+    }
+
+    Sandbox sandbox;
+    ScriptedPrompt prompt;
+};
+
+}  // namespace velnor::testing
