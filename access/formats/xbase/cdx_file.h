@@ -1,0 +1,53 @@
+// access/formats/xbase/cdx_file.h - a CDX file, or a compact IDX file, of FoxPro.
+//
+// A CDX holds a directory, itself a tree whose keys are the names of the indexes and whose "record
+// numbers" are the places of their headers; a compact IDX is one index without a directory. Nodes
+// that are not used are in one chain from the head of the file.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <vector>
+
+#include "access/formats/xbase/cdx_node.h"
+#include "access/formats/xbase/index_tag.h"
+#include "access/storage/code_page.h"
+#include "access/storage/page_file.h"
+
+namespace velnor::xbase {
+
+class CdxFile {
+public:
+    CdxFile(PageFile& file, const CodePage& page) : file_(file), page_(page) {}
+
+    /// Puts an empty directory into an empty file.
+    void create();
+    /// 3197 when the file is no such index file. `baseName`: the name of a single index.
+    std::vector<IndexTag> tags(std::string_view baseName);
+    std::unique_ptr<NodeStore> nodes(const IndexTag& tag, std::uint8_t pad);
+    /// Makes the header and enters the name. The tree has no root yet.
+    IndexTag addTag(const NewTag& made);
+    /// The tree is dropped already.
+    void removeTag(const IndexTag& tag);
+    /// Counts a change, for other programs that have the file open.
+    void touch();
+
+private:
+    friend class CdxNodes;
+    using NodeBytes = std::array<std::uint8_t, kCdxNodeBytes>;
+
+    IndexTag readTag(std::uint32_t place);
+    std::uint32_t number(std::uint64_t at);
+    void setNumber(std::uint64_t at, std::uint32_t value);
+    std::uint32_t allocate();
+    std::uint32_t extend(std::size_t bytes);
+    void release(std::uint32_t at);
+
+    PageFile& file_;
+    const CodePage& page_;
+};
+
+/// The trees of old, not compact IDX files are only read.
+std::unique_ptr<NodeStore> oldIdxNodes(PageFile& file, std::uint32_t keyLength);
+
+}  // namespace velnor::xbase

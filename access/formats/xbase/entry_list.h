@@ -1,0 +1,44 @@
+// access/formats/xbase/entry_list.h - entries of an index in memory, for sorting and building.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "access/formats/xbase/index_node.h"
+
+namespace velnor::xbase {
+
+class EntryList {
+public:
+    explicit EntryList(std::uint32_t keyLength = 0) : keyLength_(keyLength) {}
+
+    bool empty() const { return records_.empty(); }
+    std::size_t count() const { return records_.size(); }
+    std::size_t bytes() const { return keys_.size() + records_.size() * sizeof(std::uint32_t); }
+    const std::uint8_t* key(std::size_t i) const { return keys_.data() + i * keyLength_; }
+    std::uint32_t record(std::size_t i) const { return records_[i]; }
+    void add(const std::uint8_t* key, std::uint32_t record)
+    {
+        keys_.insert(keys_.end(), key, key + keyLength_);
+        records_.push_back(record);
+    }
+    void reserve(std::size_t entries);
+    void clear();
+    /// By key, then by record.
+    void sort();
+    /// Takes in the entries of another sorted list.
+    void merge(const EntryList& other);
+    SortedEntries sorted() const
+    {
+        return {keyLength_, keys_.data(), records_.data(), records_.size()};
+    }
+
+private:
+    bool before(std::size_t a, std::size_t b) const;
+
+    std::uint32_t keyLength_;
+    std::vector<std::uint8_t> keys_;
+    std::vector<std::uint32_t> records_;
+};
+
+}  // namespace velnor::xbase

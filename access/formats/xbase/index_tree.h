@@ -1,0 +1,106 @@
+// access/formats/xbase/index_tree.h - walks and changes the tree of one index, whatever the file.
+//
+// 1. The key of a child in its parent is its last key, exactly, after every change.
+// 2. All leaves are at one depth, and none is empty but the root.
+// 3. Without keys for last children no inner node has a single child.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "access/formats/xbase/index_node.h"
+
+namespace velnor::xbase {
+
+inline constexpr std::size_t kDeepestTree = 40;
+
+/// Stands between entries while a tree is searched or walked. Good until the tree changes.
+class TreeWalker {
+public:
+    explicit TreeWalker(NodeStore& store);
+
+    bool first();
+    bool last();
+    bool next();
+    bool previous();
+    /// The first entry whose key begins with `length` bytes not less than these (greater ones,
+    /// when `behind`). False when there is none: then it stands behind the last entry.
+    bool seek(const std::uint8_t* key, std::size_t length, bool behind = false);
+    /// The entry, or when it is not there the first one behind its place; true when it is there.
+    bool seekEntry(const std::uint8_t* key, std::uint32_t record);
+
+    bool on() const { return on_; }
+    const std::uint8_t* key() const { return leaf().node.key(leaf().index); }
+    std::uint32_t record() const { return leaf().node.records[leaf().index]; }
+
+private:
+    friend class IndexTree;
+    struct Level {
+        TreeNode node;
+        std::size_t index = 0;
+        bool changed = false;
+    };
+
+    const Level& leaf() const { return levels_[depth_ - 1]; }
+    Level& leaf() { return levels_[depth_ - 1]; }
+    Level& push(std::uint32_t at);
+    bool fall(bool toEnd);
+    bool nextLeaf();
+    bool previousLeaf();
+    void countStep(bool forward);
+    void down(const std::uint8_t* key, std::size_t length, std::uint32_t record, bool behind);
+    int compare(const TreeNode& node, std::size_t i, const std::uint8_t* key, std::size_t length,
+                std::uint32_t record) const;
+    std::size_t place(const TreeNode& node, const std::uint8_t* key, std::size_t length,
+                      std::uint32_t record, bool behind) const;
+
+    NodeStore& store_;
+    std::vector<Level> levels_;
+    std::size_t depth_ = 0;
+    bool on_ = false;
+    bool forward_ = true;
+    std::uint64_t steps_ = 0;
+};
+
+class IndexTree {
+public:
+    explicit IndexTree(NodeStore& store) : store_(store), path_(store) {}
+
+    bool contains(const std::uint8_t* key, std::uint32_t record);
+    /// The record of the first entry with this key; 0 when there is none.
+    std::uint32_t find(const std::uint8_t* key);
+    void insert(const std::uint8_t* key, std::uint32_t record);
+    /// False when there is no such entry.
+    bool erase(const std::uint8_t* key, std::uint32_t record);
+    /// Puts these entries in place of all that the tree has.
+    void build(const SortedEntries& entries);
+    /// Gives all nodes back; the tree has no root afterwards.
+    void drop();
+
+private:
+    using Level = TreeWalker::Level;
+
+    Level& level(std::size_t n) { return path_.levels_[n]; }
+    void raise(std::size_t from, bool onlyUp);
+    void settle();
+    void split(std::size_t n);
+    void splitLeaf(const TreeNode& full, std::size_t inserted, std::vector<TreeNode>& pieces);
+    void addPiece(const TreeNode& full, std::size_t first, std::size_t count,
+                  std::vector<TreeNode>& pieces);
+    void splitInner(const TreeNode& full, std::vector<TreeNode>& pieces,
+                    std::vector<std::uint8_t>& upKey, std::uint32_t& upRecord);
+    void linkPieces(std::vector<TreeNode>& pieces);
+    void growRoot();
+    void removeChild(std::size_t n);
+    void unlink(const TreeNode& node);
+    void mendSingle(std::size_t n);
+    void collect(std::uint32_t at, std::size_t depth, std::vector<std::uint32_t>& nodes);
+    void buildLevel(std::vector<TreeNode>& below);
+
+    NodeStore& store_;
+    TreeWalker path_;
+    std::size_t inserted_ = 0;
+};
+
+}  // namespace velnor::xbase
