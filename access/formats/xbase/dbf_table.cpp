@@ -203,18 +203,41 @@ void DbfTable::writeHead()
         }
 }
 
+void DbfTable::setProductionIndex(bool there)
+{
+    header_.tableFlags = static_cast<std::uint8_t>((header_.tableFlags & ~1) | (there ? 1 : 0));
+    files_->main().writeAt(28, std::array{header_.tableFlags});
+    changed_ = true;
+}
+
+void DbfTable::removeCompanion(const std::string& path)
+{
+    changed_ = true;
+    commit();
+    indexes_.forget();
+    memo_.reset();
+    files_.reset();
+    opening_.files->remove(path);
+    files_ = std::make_unique<FileSet>(*opening_.files, opening_.path, recordFileOptions(),
+                                       opening_.readOnly);
+    readHead();
+    findMemo();
+}
+
 /// 1.
 void DbfTable::commit()
 {
     if (!changed_)
         return;
     try {
+        indexes_.beforeCommit();
         writeHead();
         files_->commit();
     } catch (...) {
         rollback();
         throw;
     }
+    indexes_.committed();
     header_.statedRecords = count_;
     changed_ = appended_ = false;
 }
@@ -222,6 +245,7 @@ void DbfTable::commit()
 /// 2.
 void DbfTable::rollback()
 {
+    indexes_.forget();
     files_->rollback();
     const bool hadMemo = memo_.has_value();
     readHead();

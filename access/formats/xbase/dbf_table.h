@@ -44,6 +44,19 @@ public:
     std::string whyNotUpdatable() const;
     IndexSet& indexes() { return indexes_; }
     std::vector<std::string> indexFiles() const;
+    /// Opened by a FoxPro word: CDX indexes are shown, else those of dBASE.
+    bool foxWord() const { return opening_.foxWord; }
+    FileSystem& fileSystem() { return *opening_.files; }
+    PageFile& companion(const std::string& path, const PageFileOptions& options,
+                        bool create = false)
+    {
+        return files_->companion(path, options, create);
+    }
+    /// Commits, then takes a companion away; all that was opened beside the table is opened again.
+    void removeCompanion(const std::string& path);
+    /// The mark in the header that a production index stands beside the table.
+    void setProductionIndex(bool there);
+    void noteChange() { changed_ = true; }
 
     /// Records of the file, deleted ones included.
     std::uint32_t count() const { return count_; }
@@ -64,7 +77,7 @@ public:
 
     void commit();
     void rollback();
-    std::size_t pendingBytes() const { return files_->pendingBytes(); }
+    std::size_t pendingBytes() const { return files_->pendingBytes() + indexes_.pendingBytes(); }
 
 private:
     void readHead();
@@ -77,7 +90,7 @@ private:
     std::unique_ptr<FileSet> files_;
     DbfHeader header_;
     std::optional<MemoFile> memo_;
-    IndexSet indexes_;
+    IndexSet indexes_{*this};
     std::uint32_t count_ = 0;
     LiveCounts liveCounts_;
     bool changed_ = false;

@@ -19,25 +19,12 @@ void refuseReadOnly(const DbfTable& table)
         throw EngineError(EngineErrorNumber::ReadOnly, table.path() + " cannot be written. " + why);
 }
 
-void refuseStaleIndexes(const DbfTable& table)
-{
-    const std::vector<std::string> found = table.indexFiles();
-    if (found.empty())
-        return;
-    std::string names;
-    for (const std::string& name : found)
-        names += (names.empty() ? "" : ", ") + name;
-    throw EngineError(EngineErrorNumber::IndexNotMaintained,
-                      table.path() + " has index files that would go stale: " + names +
-                          ". Nothing was written.");
-}
-
 }  // namespace
 
 DbfWriter::DbfWriter(std::shared_ptr<DbfTable> table) : table_(std::move(table))
 {
     refuseReadOnly(*table_);
-    refuseStaleIndexes(*table_);
+    table_->indexes().needKept();
     const DbfHeader& header = table_->header();
     blank_.resize(header.recordLength);
     blankRecord(header, blank_);
@@ -114,13 +101,13 @@ RowId DbfWriter::insert(std::span<const ValueView> values)
             putAutonumber(i, values[i]);
         else
             put(fields[i], values[i]);
-    storeMemos();
     IndexSet& indexes = table_->indexes();
     indexes.before(table_->count() + 1, {}, record_);
+    storeMemos();
     const std::uint32_t number = table_->append(record_);
     for (const auto& [field, next] : numbers_)
         table_->setNextNumber(field, next);
-    indexes.after(number, {}, record_);
+    indexes.after(number);
     return number;
 }
 
@@ -147,17 +134,27 @@ void DbfWriter::update(RowId row, std::span<const FieldChange> changes)
                               "The record has no field " + std::to_string(change.field) + ".");
         put(fields[static_cast<std::size_t>(change.field)], change.value);
     }
-    storeMemos();
     const auto number = static_cast<std::uint32_t>(row);
     table_->indexes().before(number, before_, record_);
+    storeMemos();
     table_->overwrite(number, record_);
-    table_->indexes().after(number, before_, record_);
+    table_->indexes().after(number);
 }
 
 void DbfWriter::remove(RowId row)
 {
     readLive(row);
-    table_->markDeleted(static_cast<std::uint32_t>(row));
+    const auto number = static_cast<std::uint32_t>(row);
+    IndexSet& indexes = table_->indexes();
+    const bool cares = indexes.caresForDeletion();
+    if (cares) {
+        before_ = record_;
+        record_[0] = '*';
+        indexes.before(number, before_, record_);
+    }
+    table_->markDeleted(number);
+    if (cares)
+        indexes.after(number);
 }
 
 }  // namespace velnor::xbase

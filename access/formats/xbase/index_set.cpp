@@ -2,102 +2,344 @@
 
 #include <algorithm>
 
-#include "access/formats/xbase/dbf_header.h"
+#include "access/engine_error.h"
+#include "access/formats/xbase/dbf_table.h"
 #include "platform/paths.h"
 
 namespace velnor::xbase {
 namespace {
 
-constexpr std::uint64_t kLongestInf = 64u << 10;
+constexpr std::size_t kLongestName = 10;
 
-void addIfThere(FileSystem& files, std::string_view tablePath, std::string_view name,
-                std::vector<std::string>& found)
+PageFileOptions indexFileOptions()
 {
-    const std::string path = paths::join(paths::folder(tablePath), paths::fileName(name));
-    const auto info = files.info(path);
-    if (!info || info->folder)
-        return;
-    if (std::find(found.begin(), found.end(), info->name) == found.end())
-        found.push_back(info->name);
+    PageFileOptions options;
+    options.pageSize = 4096;
+    options.rank = 2;
+    return options;
 }
 
-std::string_view trimmed(std::string_view text)
+IndexKind kindOfFile(std::string_view name)
 {
-    while (!text.empty() && static_cast<unsigned char>(text.front()) <= ' ')
-        text.remove_prefix(1);
-    while (!text.empty() && static_cast<unsigned char>(text.back()) <= ' ')
-        text.remove_suffix(1);
-    return text;
+    const std::string extension = paths::foldName(paths::extension(name));
+    return extension == "MDX"   ? IndexKind::Mdx
+           : extension == "NDX" ? IndexKind::Ndx
+           : extension == "IDX" ? IndexKind::Idx
+                                : IndexKind::Cdx;
 }
 
-/// "[dBASE III]", "[FoxPro 2.6]", "[UIDX1 city#idx]", and "[dBASE]" of some writers.
-bool isIndexSection(std::string_view line)
+bool isFox(IndexKind kind)
 {
-    const std::string folded = paths::foldName(line);
-    return folded.starts_with("[DBASE") || folded.starts_with("[FOXPRO") ||
-           folded.starts_with("[UIDX");
+    return kind == IndexKind::Cdx || kind == IndexKind::Idx;
 }
 
-/// "NDX1=CUSTNO.NDX", "UNDX2=...", "MDX1=...": what stands behind the sign; empty for other lines.
-std::string_view listedFile(std::string_view line)
+/// The form of keys in a FoxPro index whose header says this of them.
+KeyForm foxFormOf(const IndexTag& tag, const IndexExpression& expression)
 {
-    const auto sign = line.find('=');
-    if (sign == line.npos)
-        return {};
-    std::string key = paths::foldName(trimmed(line.substr(0, sign)));
-    while (!key.empty() && key.back() >= '0' && key.back() <= '9')
-        key.pop_back();
-    const std::string_view kind = std::string_view(key).substr(key.starts_with('U') ? 1 : 0);
-    const bool known = kind == "NDX" || kind == "MDX" || kind == "IDX" || kind == "CDX";
-    return known ? trimmed(line.substr(sign + 1)) : std::string_view{};
+    KeyForm form = foxKeyForm(expression);
+    form.nullByte = tag.nullByte;
+    const std::uint32_t length = tag.keyLength - std::min(tag.keyLength, tag.nullByte ? 1u : 0u);
+    if (form.coding == KeyCoding::Integer && length == 8)
+        form.coding = KeyCoding::Double;
+    else if (form.coding != KeyCoding::Text && form.length != length)
+        throw EngineError(EngineErrorNumber::InvalidIndex,
+                          "The length of its keys does not fit its expression.");
+    form.length = tag.keyLength;
+    return form;
 }
 
-std::string readInf(FileSystem& files, std::string_view tablePath)
+/// The byte that ends keys, where the expression does not tell.
+std::uint8_t likelyPad(const IndexTag& tag)
 {
-    const std::string path = paths::withExtension(tablePath, "INF");
-    if (!files.fileExists(path))
-        return {};
-    const auto file = files.open(path, OpenMode::Read);
-    std::string text(static_cast<std::size_t>(std::min(file->size(), kLongestInf)), '\0');
-    text.resize(file->readAt(0, {reinterpret_cast<std::uint8_t*>(text.data()), text.size()}));
-    return text;
-}
-
-/// Calls `use` with each line of the INF file that names an index file.
-template <class Use> void forEachListed(FileSystem& files, std::string_view tablePath, Use use)
-{
-    const std::string inf = readInf(files, tablePath);
-    bool ours = false;
-    for (std::string_view rest = inf; !rest.empty();) {
-        const auto end = rest.find('\n');
-        const std::string_view line = trimmed(rest.substr(0, end));
-        rest = end == rest.npos ? std::string_view{} : rest.substr(end + 1);
-        if (line.starts_with('['))
-            ours = isIndexSection(line);
-        else if (const auto name = ours ? listedFile(line) : std::string_view{}; !name.empty())
-            use(name);
-    }
+    const std::uint32_t length = tag.keyLength - (tag.nullByte ? 1 : 0);
+    return length == 8 || length == 4 ? 0 : ' ';
 }
 
 }  // namespace
 
-std::vector<std::string> indexFilesOf(FileSystem& files, std::string_view tablePath,
-                                      const DbfHeader& header)
+struct IndexSet::IndexFile {
+    std::string path;
+    IndexKind kind = IndexKind::Cdx;
+    PageFile* pages = nullptr;
+    std::unique_ptr<CdxFile> cdx;
+    std::vector<std::unique_ptr<TableIndex>> indexes;
+};
+
+IndexSet::IndexSet(DbfTable& table) : table_(table) {}
+IndexSet::~IndexSet() = default;
+
+void IndexSet::open()
 {
-    std::vector<std::string> found;
-    if (header.saysProductionIndex())
-        for (const std::string_view extension : {"MDX", "CDX"})
-            addIfThere(files, tablePath, paths::withExtension(tablePath, extension), found);
-    forEachListed(files, tablePath,
-                  [&](std::string_view name) { addIfThere(files, tablePath, name, found); });
+    if (open_)
+        return;
+    open_ = true;
+    for (const std::string& name : table_.indexFiles())
+        openFile(name);
+}
+
+void IndexSet::openFile(const std::string& name)
+{
+    auto file = std::make_unique<IndexFile>();
+    file->path = paths::join(paths::folder(table_.path()), name);
+    file->kind = kindOfFile(name);
+    try {
+        if (!isFox(file->kind))
+            throw EngineError(EngineErrorNumber::IndexNotMaintained,
+                              "Index files of this kind are not kept.");
+        file->pages = &table_.companion(file->path, indexFileOptions());
+        file->cdx = std::make_unique<CdxFile>(*file->pages, *table_.header().codePage);
+        for (IndexTag& tag : file->cdx->tags(paths::foldName(paths::baseName(name))))
+            file->indexes.push_back(openIndex(*file, std::move(tag)));
+        files_.push_back(std::move(file));
+    } catch (const EngineError& error) {
+        troubles_.emplace_back(name, error.what());
+    }
+}
+
+std::unique_ptr<TableIndex> IndexSet::openIndex(IndexFile& file, IndexTag tag)
+{
+    std::optional<KeyMaker> keys;
+    std::uint8_t pad = tag.trouble.empty() ? likelyPad(tag) : 0;
+    try {
+        IndexExpression expression(tag.expression, table_.header());
+        std::optional<IndexExpression> condition;
+        if (!tag.condition.empty()) {
+            condition.emplace(tag.condition, table_.header());
+            if (condition->type() != ExpressionType::Logical)
+                throw EngineError(EngineErrorNumber::InvalidIndex,
+                                  "Its condition is no condition.");
+        }
+        if (tag.trouble.empty()) {
+            const KeyForm form = foxFormOf(tag, expression);
+            pad = form.coding == KeyCoding::Text ? ' ' : 0;
+            keys.emplace(std::move(expression), std::move(condition), form);
+        }
+    } catch (const EngineError& error) {
+        if (tag.trouble.empty())
+            tag.trouble = error.what();
+        while (tag.trouble.ends_with('.'))
+            tag.trouble.pop_back();
+    }
+    auto nodes = file.cdx->nodes(tag, pad);
+    return std::make_unique<TableIndex>(table_, std::move(tag), std::move(nodes), std::move(keys));
+}
+
+bool IndexSet::shows(const IndexFile& file) const
+{
+    return isFox(file.kind) == table_.foxWord();
+}
+
+std::vector<IndexDef> IndexSet::definitions()
+{
+    open();
+    std::vector<IndexDef> found;
+    for (const auto& file : files_)
+        if (shows(*file))
+            for (const auto& index : file->indexes)
+                found.push_back(index->definition());
     return found;
 }
 
-bool infListsIndexes(FileSystem& files, std::string_view tablePath)
+TableIndex& IndexSet::find(std::string_view name)
 {
-    bool lists = false;
-    forEachListed(files, tablePath, [&lists](std::string_view) { lists = true; });
-    return lists;
+    open();
+    for (const auto& file : files_)
+        if (shows(*file))
+            for (const auto& index : file->indexes)
+                if (paths::sameName(index->tag().name, name))
+                    return *index;
+    throw EngineError(EngineErrorNumber::IndexKeyMissing,
+                      "There is no index \"" + std::string(name) + "\".");
+}
+
+void IndexSet::needKept()
+{
+    open();
+    const auto refuse = [this](const std::string& what, const std::string& why) {
+        throw EngineError(EngineErrorNumber::IndexNotMaintained,
+                          table_.path() + " is not written: " + what + " would go stale, " + why +
+                              ".");
+    };
+    if (!troubles_.empty())
+        refuse("the index file " + troubles_[0].first, troubles_[0].second);
+    for (const auto& file : files_)
+        for (const auto& index : file->indexes)
+            if (!index->whyNotKept().empty())
+                refuse("the index " + index->tag().name, index->whyNotKept());
+}
+
+void IndexSet::before(std::uint32_t number, RecordImage oldImage, RecordImage newImage)
+{
+    for (const auto& file : files_)
+        for (const auto& index : file->indexes)
+            index->before(number, oldImage, newImage);
+}
+
+void IndexSet::after(std::uint32_t number)
+{
+    for (const auto& file : files_)
+        for (const auto& index : file->indexes)
+            index->after(number);
+}
+
+bool IndexSet::caresForDeletion()
+{
+    for (const auto& file : files_)
+        for (const auto& index : file->indexes)
+            if (index->caresForDeletion())
+                return true;
+    return false;
+}
+
+void IndexSet::beforeCommit()
+{
+    for (const auto& file : files_) {
+        bool changed = false;
+        for (const auto& index : file->indexes) {
+            index->flush();
+            changed |= index->changed();
+        }
+        if (changed)
+            file->cdx->touch();
+    }
+}
+
+void IndexSet::committed()
+{
+    for (const auto& file : files_)
+        for (const auto& index : file->indexes)
+            index->committed();
+}
+
+std::size_t IndexSet::pendingBytes() const
+{
+    std::size_t bytes = 0;
+    for (const auto& file : files_)
+        for (const auto& index : file->indexes)
+            bytes += index->pendingBytes();
+    return bytes;
+}
+
+void IndexSet::forget()
+{
+    files_.clear();
+    troubles_.clear();
+    open_ = false;
+    ++epoch_;
+}
+
+IndexSet::IndexFile& IndexSet::fileForNew(IndexKind kind, const std::string& path)
+{
+    for (const auto& file : files_)
+        if (file->kind == kind && paths::sameName(file->path, path))
+            return *file;
+    auto file = std::make_unique<IndexFile>();
+    file->path = path;
+    file->kind = kind;
+    file->pages = &table_.companion(path, indexFileOptions(), true);
+    file->pages->resize(0);
+    file->cdx = std::make_unique<CdxFile>(*file->pages, *table_.header().codePage);
+    file->cdx->create();
+    table_.setProductionIndex(true);
+    files_.push_back(std::move(file));
+    return *files_.back();
+}
+
+void IndexSet::add(const IndexDef& def)
+{
+    open();
+    const DbfHeader& header = table_.header();
+    if (!table_.foxWord())
+        throw EngineError(EngineErrorNumber::NotSupported,
+                          "Indexes of dBASE tables cannot be made.");
+    if (!troubles_.empty())
+        throw EngineError(EngineErrorNumber::IndexNotMaintained,
+                          "The index file " + troubles_[0].first + ": " + troubles_[0].second);
+    NewTag made;
+    made.name = paths::foldName(def.name);
+    if (made.name.empty() || made.name.size() > kLongestName)
+        throw EngineError(EngineErrorNumber::InvalidIndex,
+                          "The name of an index has one to ten characters.");
+    for (const IndexDef& known : definitions())
+        if (paths::sameName(known.name, made.name))
+            throw EngineError(EngineErrorNumber::ItemExists,
+                              "There is an index \"" + def.name + "\" already.");
+    std::vector<std::size_t> fields;
+    for (const IndexFieldDef& field : def.fields) {
+        const int n = fieldOfName(header, field.name);
+        if (n < 0)
+            throw EngineError(EngineErrorNumber::InvalidIndex,
+                              "There is no field \"" + field.name + "\".");
+        if (field.descending != def.fields[0].descending)
+            throw EngineError(EngineErrorNumber::InvalidIndex,
+                              "The fields of an index rise all, or fall all.");
+        fields.push_back(static_cast<std::size_t>(n));
+    }
+    const std::string text =
+        def.expression.empty() ? expressionOfFields(fields, header) : def.expression;
+    IndexExpression expression(text, header);
+    header.codePage->encode(text, made.expression);
+    header.codePage->encode(def.condition, made.condition);
+    made.unique = def.unique || def.primary;
+    made.descending = !def.fields.empty() && def.fields[0].descending;
+    made.plainField = expression.plainField();
+    made.form = foxKeyForm(expression);
+    const DbfField* plain = expression.plainField();
+    if (plain && plain->nullBit >= 0) {
+        made.form.nullByte = true;
+        ++made.form.length;
+    }
+    if (!def.condition.empty())
+        IndexExpression(def.condition, header);
+    IndexFile& file = fileForNew(IndexKind::Cdx, paths::withExtension(table_.path(), "CDX"));
+    IndexTag tag = file.cdx->addTag(made);
+    auto index = openIndex(file, std::move(tag));
+    if (!index->tag().trouble.empty())
+        throw EngineError(EngineErrorNumber::InvalidIndex, index->tag().trouble);
+    index->build();
+    const auto place =
+        std::find_if(file.indexes.begin(), file.indexes.end(),
+                     [&](const auto& other) { return other->tag().name > index->tag().name; });
+    file.indexes.insert(place, std::move(index));
+}
+
+void IndexSet::drop(std::string_view name)
+{
+    TableIndex& gone = find(name);
+    for (const auto& file : files_) {
+        const auto at = std::find_if(file->indexes.begin(), file->indexes.end(),
+                                     [&](const auto& index) { return index.get() == &gone; });
+        if (at == file->indexes.end())
+            continue;
+        if (file->indexes.size() > 1) {
+            if (gone.tag().walkable)
+                gone.drop();
+            file->cdx->removeTag(gone.tag());
+            file->cdx->touch();
+            file->indexes.erase(at);
+        } else {
+            table_.setProductionIndex(false);
+            table_.removeCompanion(std::string(file->path));
+        }
+        ++epoch_;
+        return;
+    }
+}
+
+std::vector<IndexSet::Named> IndexSet::all()
+{
+    open();
+    std::vector<Named> found;
+    for (const auto& file : files_)
+        for (const auto& index : file->indexes)
+            found.push_back({std::string(paths::fileName(file->path)), index.get()});
+    return found;
+}
+
+std::vector<std::pair<std::string, std::string>> IndexSet::troubles()
+{
+    open();
+    return troubles_;
 }
 
 }  // namespace velnor::xbase

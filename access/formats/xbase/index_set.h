@@ -1,8 +1,10 @@
-// access/formats/xbase/index_set.h - the open indexes of a table, and the index files that nobody
-// here keeps right.
+// access/formats/xbase/index_set.h - the indexes of an open table.
 //
-// A writer asks before() with the old and new image of a record, writes the record, then calls
-// after(). Deleted records stay in the indexes: removing one changes nothing here.
+// A writer asks needKept() once, and before() with the old and new image of a record; it writes the
+// record, then calls after(). Deleted records stay in the indexes, unless an index asks for their
+// mark. Index files are companions of the table's file: commit and undo cover them.
+// Indexes of all kinds are kept right, whatever word the table was opened by; listed are those of
+// the word's own kind.
 #pragma once
 
 #include <cstdint>
@@ -12,49 +14,63 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/file_system.h"
+#include "access/formats/xbase/cdx_file.h"
+#include "access/formats/xbase/inf_file.h"
+#include "access/formats/xbase/table_index.h"
 
 namespace velnor::xbase {
 
-struct DbfHeader;
-using RecordImage = std::span<const std::uint8_t>;
-
-/// One index that is kept right. An empty image stands for a record that is not there.
-class KeptIndex {
-public:
-    virtual ~KeptIndex() = default;
-    /// Throws (3022 and others) when the change cannot be entered; changes nothing.
-    virtual void before(std::uint32_t recordNumber, RecordImage oldImage, RecordImage newImage) = 0;
-    virtual void after(std::uint32_t recordNumber, RecordImage oldImage, RecordImage newImage) = 0;
-};
+enum class IndexKind : std::uint8_t { Cdx, Idx, Mdx, Ndx };
 
 class IndexSet {
 public:
-    void add(std::unique_ptr<KeptIndex> index) { kept_.push_back(std::move(index)); }
-    bool empty() const { return kept_.empty(); }
+    explicit IndexSet(DbfTable& table);
+    ~IndexSet();
 
-    void before(std::uint32_t recordNumber, RecordImage oldImage, RecordImage newImage)
-    {
-        for (const auto& index : kept_)
-            index->before(recordNumber, oldImage, newImage);
-    }
-    void after(std::uint32_t recordNumber, RecordImage oldImage, RecordImage newImage)
-    {
-        for (const auto& index : kept_)
-            index->after(recordNumber, oldImage, newImage);
-    }
+    /// Those that the table's word shows, in the order of the files.
+    std::vector<IndexDef> definitions();
+    /// 3015 when there is none of this name.
+    TableIndex& find(std::string_view name);
+    /// 3800 when an index cannot be kept right.
+    void needKept();
+
+    void before(std::uint32_t number, RecordImage oldImage, RecordImage newImage);
+    void after(std::uint32_t number);
+    bool caresForDeletion();
+    /// Enters what waits, and counts the change in the heads of the files.
+    void beforeCommit();
+    void committed();
+    std::size_t pendingBytes() const;
+    /// After a rollback: all is read again.
+    void forget();
+    /// Grows when indexes found before are no more.
+    std::uint64_t epoch() const { return epoch_; }
+
+    void add(const IndexDef& def);
+    void drop(std::string_view name);
+
+    /// Every index and what its file is called; for a check.
+    struct Named {
+        std::string file;
+        TableIndex* index;
+    };
+    std::vector<Named> all();
+    /// Files that could not be opened, and why.
+    std::vector<std::pair<std::string, std::string>> troubles();
 
 private:
-    std::vector<std::unique_ptr<KeptIndex>> kept_;
+    struct IndexFile;
+    void open();
+    void openFile(const std::string& name);
+    std::unique_ptr<TableIndex> openIndex(IndexFile& file, IndexTag tag);
+    IndexFile& fileForNew(IndexKind kind, const std::string& name);
+    bool shows(const IndexFile& file) const;
+
+    DbfTable& table_;
+    bool open_ = false;
+    std::uint64_t epoch_ = 0;
+    std::vector<std::unique_ptr<IndexFile>> files_;
+    std::vector<std::pair<std::string, std::string>> troubles_;
 };
-
-/// The index files beside a table that would go stale if it were written: the production index that
-/// its header tells of, and those that its INF file lists. Names without folder, only files that
-/// are there.
-std::vector<std::string> indexFilesOf(FileSystem& files, std::string_view tablePath,
-                                      const DbfHeader& header);
-
-/// Whether the file NAME.INF beside a table lists index files; others have that extension, too.
-bool infListsIndexes(FileSystem& files, std::string_view tablePath);
 
 }  // namespace velnor::xbase

@@ -5,6 +5,8 @@
 #include "access/formats/xbase/dbf_check.h"
 #include "access/formats/xbase/dbf_cursor.h"
 #include "access/formats/xbase/dbf_writer.h"
+#include "access/formats/xbase/index_check.h"
+#include "access/formats/xbase/index_cursor.h"
 #include "access/formats/xbase/new_table.h"
 #include "access/formats/xbase/table_info.h"
 #include "access/value_text.h"
@@ -93,6 +95,7 @@ TableLayout XbaseStore::layout(std::string_view table)
     layout.name = paths::baseName(opened->path());
     for (const DbfField& field : header.fields)
         layout.fields.push_back(fieldDefOf(field));
+    layout.indexes = opened->indexes().definitions();
     if (header.year)
         layout.lastUpdated = static_cast<double>(dayNumber(header.year, header.month, header.day));
     layout.whyNotUpdatable = opened->whyNotUpdatable();
@@ -109,8 +112,7 @@ std::unique_ptr<RowCursor> XbaseStore::cursor(std::string_view table,
                                               std::optional<std::string_view> index)
 {
     if (index)
-        throw EngineError(EngineErrorNumber::IndexKeyMissing,
-                          "There is no index \"" + std::string(*index) + "\".");
+        return std::make_unique<IndexCursor>(open(table), *index);
     return std::make_unique<DbfCursor>(open(table));
 }
 
@@ -129,14 +131,17 @@ void XbaseStore::needWritable() const
 void XbaseStore::createTable(const TableLayout& layout)
 {
     needWritable();
-    if (!canBeTable(layout.name) || layout.name.find('.') != std::string::npos)
+    // "orders.dbf" is the table "orders" in a file of just that spelling.
+    const bool spelled = paths::sameName(paths::extension(layout.name), "DBF");
+    const std::string name(spelled ? paths::baseName(layout.name) : layout.name);
+    if (!canBeTable(name) || name.find('.') != std::string::npos)
         throw EngineError(EngineErrorNumber::InvalidTableName,
                           "\"" + layout.name + "\" cannot be the name of a table.");
-    if (pathOf(layout.name))
+    if (pathOf(name))
         throw EngineError(EngineErrorNumber::TableAlreadyExists,
-                          "The table \"" + layout.name + "\" exists already.");
-    createTableFiles(files_, paths::join(request_.name, layout.name + ".DBF"), layout, form_,
-                     request_.codePage);
+                          "The table \"" + name + "\" exists already.");
+    createTableFiles(files_, paths::join(request_.name, spelled ? layout.name : name + ".DBF"),
+                     layout, form_, request_.codePage);
 }
 
 void XbaseStore::dropTable(std::string_view table)
@@ -163,6 +168,35 @@ void XbaseStore::dropTable(std::string_view table)
     files_.syncFolder(request_.name);
 }
 
+/// All or nothing: a failure takes back what was not committed before.
+template <class Work> void XbaseStore::changeIndexes(std::string_view table, Work work)
+{
+    needWritable();
+    const auto opened = open(table);
+    if (const std::string why = opened->whyNotUpdatable(); !why.empty())
+        throw EngineError(EngineErrorNumber::ReadOnly,
+                          opened->path() + " cannot be written. " + why);
+    opened->commit();
+    try {
+        work(opened->indexes());
+        opened->noteChange();
+        opened->commit();
+    } catch (...) {
+        opened->rollback();
+        throw;
+    }
+}
+
+void XbaseStore::addIndex(std::string_view table, const IndexDef& index)
+{
+    changeIndexes(table, [&](IndexSet& indexes) { indexes.add(index); });
+}
+
+void XbaseStore::dropIndex(std::string_view table, std::string_view index)
+{
+    changeIndexes(table, [&](IndexSet& indexes) { indexes.drop(index); });
+}
+
 void XbaseStore::commit()
 {
     for (auto at = open_.begin(); at != open_.end(); ++at)
@@ -186,6 +220,7 @@ std::size_t XbaseStore::pendingBytes() const
 void XbaseStore::check(std::string_view table, const ProblemSink& report)
 {
     checkTable(*open(table), report);
+    checkIndexes(*open(table), report);
 }
 
 std::vector<std::pair<std::string, std::string>> XbaseStore::info(std::string_view table)

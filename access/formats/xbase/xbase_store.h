@@ -24,6 +24,8 @@ public:
     std::unique_ptr<RowWriter> writer(std::string_view table) override;
     void createTable(const TableLayout& layout) override;
     void dropTable(std::string_view table) override;
+    void addIndex(std::string_view table, const IndexDef& index) override;
+    void dropIndex(std::string_view table, std::string_view index) override;
     void commit() override;
     std::size_t pendingBytes() const override;
     void check(std::string_view table, const ProblemSink& report) override;
@@ -34,6 +36,7 @@ private:
     /// The path of a table as spelled on the disk; nothing when there is none.
     std::optional<std::string> pathOf(std::string_view table);
     void needWritable() const;
+    template <class Work> void changeIndexes(std::string_view table, Work work);
 
     FileSystem& files_;
     OpenRequest request_;

@@ -1,0 +1,221 @@
+#include "access/formats/xbase/table_index.h"
+
+#include <algorithm>
+
+#include "access/engine_error.h"
+#include "access/formats/xbase/dbf_table.h"
+
+namespace velnor::xbase {
+namespace {
+
+constexpr std::size_t kMostPendingBytes = 16u << 20;
+constexpr std::size_t kFewEntries = 64;
+constexpr std::uint8_t kDeleted = '*';
+
+}  // namespace
+
+TableIndex::TableIndex(DbfTable& table, IndexTag tag, std::unique_ptr<NodeStore> nodes,
+                       std::optional<KeyMaker> keys)
+    : table_(table), tag_(std::move(tag)), nodes_(std::move(nodes)), tree_(*nodes_),
+      keys_(std::move(keys)), fields_(fieldsOfExpression(tag_.expression, table.header())),
+      pending_(tag_.keyLength)
+{
+}
+
+IndexDef TableIndex::definition() const
+{
+    IndexDef def;
+    def.name = tag_.name;
+    for (const std::size_t n : fields_)
+        def.fields.push_back({table_.header().fields[n].name, tag_.descending});
+    if (def.fields.empty())
+        def.fields.push_back({tag_.expression, tag_.descending});
+    def.unique = tag_.unique;
+    def.primary = tag_.primary;
+    def.expression = tag_.expression;
+    def.condition = tag_.condition;
+    if (!tag_.trouble.empty())
+        def.cannotKeep = "The index " + tag_.name + ": " + tag_.trouble + ".";
+    return def;
+}
+
+const std::string& TableIndex::whyNotKept()
+{
+    if (!verified_ && tag_.trouble.empty()) {
+        try {
+            verify();
+        } catch (const EngineError& error) {
+            tag_.trouble = error.what();
+        }
+        verified_ = true;
+    }
+    return tag_.trouble;
+}
+
+/// 2.
+void TableIndex::verify()
+{
+    TreeWalker walker(*nodes_);
+    std::vector<bool> seen(table_.count() + std::size_t{1});
+    std::array<std::uint8_t, kLongestKey> last{};
+    std::uint32_t lastRecord = 0;
+    entries_ = 0;
+    for (bool on = walker.first(); on; on = walker.next()) {
+        const int by = entries_ ? std::memcmp(last.data(), walker.key(), keyLength()) : -1;
+        if (by > 0 || (by == 0 && nodes_->recordsAreOrdered() && lastRecord >= walker.record())) {
+            tag_.trouble = "its keys are not in the order of their bytes";
+            return;
+        }
+        const std::uint32_t record = walker.record();
+        if (record == 0 || record > table_.count() || seen[record]) {
+            tag_.trouble = "it does not fit the records of the table";
+            return;
+        }
+        seen[record] = true;
+        std::copy_n(walker.key(), keyLength(), last.data());
+        lastRecord = record;
+        ++entries_;
+    }
+    if (!tag_.condition.empty() || tag_.unique || entries_ == table_.count())
+        return;
+    // Some programs leave deleted records out.
+    std::vector<std::uint8_t> image(table_.header().recordLength);
+    for (std::uint32_t n = 1; n <= table_.count(); ++n) {
+        if (seen[n])
+            continue;
+        table_.readRecords(n, 1, image);
+        if (image[0] != kDeleted) {
+            tag_.trouble = "it is stale, record " + std::to_string(n) + " is not in it";
+            return;
+        }
+    }
+}
+
+/// Whether the record with this key is deleted: its entry then makes room.
+bool TableIndex::replacesDeleted(std::uint32_t number)
+{
+    std::vector<std::uint8_t> image(table_.header().recordLength);
+    table_.readRecords(number, 1, image);
+    return image[0] == kDeleted;
+}
+
+void TableIndex::before(std::uint32_t number, RecordImage oldImage, RecordImage newImage)
+{
+    leaves_ = !oldImage.empty() && keys_->make(oldImage.data(), number, oldKey_.data());
+    enters_ = !newImage.empty() && keys_->make(newImage.data(), number, newKey_.data());
+    replaced_ = 0;
+    if (leaves_ && enters_ &&
+        std::equal(oldKey_.data(), oldKey_.data() + keyLength(), newKey_.data()))
+        leaves_ = enters_ = false;
+    if (!leaves_ && !(enters_ && tag_.unique))
+        return;
+    flush();
+    if (leaves_ && !tag_.unique && !tree_.contains(oldKey_.data(), number))
+        throw EngineError(EngineErrorNumber::IndexNotMaintained,
+                          "The index " + tag_.name + " of " + table_.path() + " is stale: record " +
+                              std::to_string(number) + " is not in it. Nothing was written.");
+    if (!enters_ || !tag_.unique)
+        return;
+    const std::uint32_t equal = tree_.find(newKey_.data());
+    if (equal == 0 || equal == number)
+        return;
+    if (equal > table_.count() || replacesDeleted(equal))
+        replaced_ = equal;
+    else if (tag_.refusesEqual)
+        throw EngineError(EngineErrorNumber::DuplicateKey,
+                          "A record with this key is in the index " + tag_.name + " already.");
+    else
+        enters_ = false;  // of equal keys only the first is entered
+}
+
+void TableIndex::after(std::uint32_t number)
+{
+    if (!leaves_ && !enters_)
+        return;
+    changed_ = true;
+    if (leaves_)
+        entries_ -= tree_.erase(oldKey_.data(), number);
+    if (replaced_)
+        entries_ -= tree_.erase(newKey_.data(), replaced_);
+    if (!enters_)
+        return;
+    if (leaves_ || tag_.unique) {
+        tree_.insert(newKey_.data(), number);
+        ++entries_;
+        return;
+    }
+    pending_.add(newKey_.data(), number);
+    if (pending_.bytes() > kMostPendingBytes)
+        flush();
+}
+
+/// Many entries are merged with all that there are; few are entered one by one.
+void TableIndex::flush()
+{
+    if (pending_.empty())
+        return;
+    EntryList added(keyLength());
+    std::swap(added, pending_);
+    added.sort();
+    if (added.count() > kFewEntries && added.count() > entries_ / 8) {
+        EntryList all(keyLength());
+        all.reserve(static_cast<std::size_t>(entries_) + added.count());
+        TreeWalker walker(*nodes_);
+        for (bool on = walker.first(); on; on = walker.next())
+            all.add(walker.key(), walker.record());
+        all.merge(added);
+        tree_.build(all.sorted());
+        entries_ = all.count();
+        return;
+    }
+    for (std::size_t i = 0; i < added.count(); ++i)
+        tree_.insert(added.key(i), added.record(i));
+    entries_ += added.count();
+}
+
+/// Of records with one key the first that is not deleted stays.
+void TableIndex::dropEqual(EntryList& entries)
+{
+    EntryList kept(keyLength());
+    for (std::size_t i = 0; i < entries.count();) {
+        std::size_t end = i + 1, chosen = i;
+        while (end < entries.count() &&
+               std::equal(entries.key(i), entries.key(i) + keyLength(), entries.key(end)))
+            ++end;
+        int live = 0;
+        for (std::size_t j = i; end - i > 1 && j < end; ++j)
+            if (!replacesDeleted(entries.record(j)) && ++live == 1)
+                chosen = j;
+        if (live > 1 && tag_.refusesEqual)
+            throw EngineError(EngineErrorNumber::DuplicateKey,
+                              "Two records have one key in the index " + tag_.name + ".");
+        kept.add(entries.key(chosen), entries.record(chosen));
+        i = end;
+    }
+    entries = std::move(kept);
+}
+
+void TableIndex::build()
+{
+    constexpr std::uint32_t kAtOnce = 256;
+    const std::uint32_t length = table_.header().recordLength;
+    EntryList entries(keyLength());
+    entries.reserve(table_.count());
+    std::vector<std::uint8_t> block(std::size_t{kAtOnce} * length);
+    std::array<std::uint8_t, kLongestKey> key;
+    for (std::uint32_t first = 1; first <= table_.count(); first += kAtOnce) {
+        const std::uint32_t now = std::min(kAtOnce, table_.count() - first + 1);
+        table_.readRecords(first, now, block);
+        for (std::uint32_t i = 0; i < now; ++i)
+            if (keys_->make(block.data() + std::size_t{i} * length, first + i, key.data()))
+                entries.add(key.data(), first + i);
+    }
+    entries.sort();
+    if (tag_.unique)
+        dropEqual(entries);
+    tree_.build(entries.sorted());
+    entries_ = entries.count();
+    verified_ = changed_ = true;
+}
+
+}  // namespace velnor::xbase
