@@ -1,6 +1,7 @@
 // convert: a table written into another file, with its own structure; the values as they are.
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "cli/command.h"
 #include "cli/new_table.h"
@@ -10,6 +11,9 @@
 
 namespace velnor::cli {
 namespace {
+
+/// Longer texts of the source are told as an error when one is met, not cut.
+constexpr int kLongestDbfText = 254;
 
 constexpr std::array kOptions{
     OptionSpec{"--table", "NAME", "name of the new table; the source's name otherwise"},
@@ -46,7 +50,28 @@ void makeNamesUnique(std::vector<FieldDef>& fields)
     }
 }
 
-TableLayout targetLayout(const TableLayout& from, const Target& target)
+/// An index of the source that the new Access table can have. A unique xBase index does not forbid
+/// equal keys, it only leaves them out: it becomes a plain one.
+std::optional<IndexDef> accessIndex(const IndexDef& index, const TableLayout& from, bool fromXbase)
+{
+    const auto isField = [&](const IndexFieldDef& key) {
+        return std::any_of(from.fields.begin(), from.fields.end(),
+                           [&](const FieldDef& f) { return paths::sameName(f.name, key.name); });
+    };
+    if (index.foreign || !index.condition.empty() ||
+        !std::all_of(index.fields.begin(), index.fields.end(), isField))
+        return std::nullopt;
+    IndexDef made = index;
+    made.expression.clear();
+    made.cannotKeep.clear();
+    if (fromXbase)
+        made.primary = made.unique = made.required = false;
+    for (IndexFieldDef& key : made.fields)
+        key.name = accessName(key.name);
+    return made;
+}
+
+TableLayout targetLayout(const TableLayout& from, bool fromXbase, const Target& target)
 {
     TableLayout layout;
     layout.name = target.source.table;
@@ -57,12 +82,14 @@ TableLayout targetLayout(const TableLayout& from, const Target& target)
         field.nativeType.clear();
         if (access)
             field.name = accessName(field.name);
+        else if (field.type == FieldType::Text || field.type == FieldType::Char)
+            field.size = std::min(field.size, kLongestDbfText);
     }
     if (access) {
         makeNamesUnique(layout.fields);
         for (const IndexDef& index : from.indexes)
-            if (!index.foreign && index.condition.empty())
-                layout.indexes.push_back(index);
+            if (auto made = accessIndex(index, from, fromXbase))
+                layout.indexes.push_back(std::move(*made));
     }
     return layout;
 }
@@ -85,7 +112,9 @@ int run(Context& context, const Arguments& arguments)
     Recordset rows = from.OpenRecordset(table, RecordsetType::Table);
     Database to = openTarget(context, target);
     if (!hasTable(context, to, target))
-        makeTable(to, target, targetLayout(from.TableDefs().Item(table).layout(), target));
+        makeTable(to, target,
+                  targetLayout(from.TableDefs().Item(table).layout(),
+                               source.kind == FileKind::Xbase, target));
     else if (!arguments.has("--add"))
         throw EngineError(EngineErrorNumber::TableAlreadyExists,
                           "Table '" + target.source.table + "' already exists.");
