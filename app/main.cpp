@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QIcon>
+#include <QPalette>
 #include <QStyle>
 #include <QStyleFactory>
 
@@ -56,6 +57,19 @@ void dress(QApplication& app)
         QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
 }
 
+/// Some desktops give dark fields and leave hints black: a grey that reads on either.
+void mendHints()
+{
+    const QPalette now = QApplication::palette();
+    const QColor hint = now.color(QPalette::PlaceholderText);
+    const int apart = qAbs(hint.lightness() - now.color(QPalette::Base).lightness());
+    if (apart * hint.alpha() / 255 >= 80)
+        return;
+    QPalette mended;
+    mended.setColor(QPalette::PlaceholderText, QColor(128, 128, 128));
+    QApplication::setPalette(mended);
+}
+
 void fillUpcalls(Velnor1& window)
 {
     upcalls().DisplayFile = [&](const QString& path) { window.DisplayFile(path); };
@@ -78,6 +92,7 @@ int run(QApplication& app)
 {
     const RealHost machine;
     dress(app);
+    mendHints();
     const QString path = commandLinePath(QApplication::arguments());
     const QString startFolder = QString::fromStdString(host().currentFolder);
     StartProgram();

@@ -115,7 +115,6 @@ tour() {
     shot menu
     key Escape
     key Escape
-    key Tab
     key s
     shot main-selected
 

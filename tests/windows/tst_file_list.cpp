@@ -1,6 +1,7 @@
 // The files of a folder: filtered, sorted, read beside the window's work.
 #include <QAbstractItemModelTester>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
@@ -96,8 +97,10 @@ private slots:
 
     void tenThousandFiles_letTheWindowWork()
     {
+        sandbox_->makeFolders("C:\\many");
+        const QString many = QString::fromStdString(sandbox_->native("C:\\many"));
         for (int i = 0; i < 10'000; ++i)
-            sandbox_->write("C:\\many\\file" + std::to_string(i) + ".dbf", "");
+            QVERIFY(QFile(many + QString("/file%1.dbf").arg(i)).open(QIODevice::WriteOnly));
         QElapsedTimer clock;
         clock.start();
         model_->setFolder("C:\\many");
