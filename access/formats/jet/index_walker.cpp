@@ -32,6 +32,7 @@ bool IndexWalker::first()
 {
     version_ = tree_.version_;
     valid_ = false;
+    passed_ = 0;
     page_ = tree_.descendEdge(false, leaf_);
     return leaf_.count() > 0 ? standOn(0) : stepLeaf(true);
 }
@@ -40,6 +41,7 @@ bool IndexWalker::last()
 {
     version_ = tree_.version_;
     valid_ = false;
+    passed_ = 0;
     page_ = tree_.descendEdge(true, leaf_);
     return leaf_.count() > 0 ? standOn(leaf_.count() - 1) : stepLeaf(false);
 }
@@ -72,13 +74,17 @@ bool IndexWalker::step(bool forward)
     return stepLeaf(forward);
 }
 
-/// Goes on to the next leaf that has an entry. Entries must go on in order: so a chain that leads
-/// back is found out; leaves without any are counted.
+/// Goes on to the next leaf that has an entry. Entries must go on in order from leaf to leaf: so
+/// most chains that lead back are found out. Leaves are counted as well, since in a damaged leaf
+/// the entries themselves need not ascend: one way, there are no more of them than pages.
 bool IndexWalker::stepLeaf(bool forward)
 {
     const bool wasValid = valid_;
     valid_ = false;
-    for (std::uint32_t passed = 0; passed <= tree_.space_.pageCount(); ++passed) {
+    if (forward != forward_)
+        passed_ = 0;
+    forward_ = forward;
+    while (passed_++ <= tree_.space_.pageCount()) {
         const std::uint32_t number = forward ? leaf_.next() : leaf_.previous();
         if (number == 0)
             return false;
@@ -104,6 +110,7 @@ bool IndexWalker::lowerBound(KeyView wanted)
 {
     version_ = tree_.version_;
     valid_ = false;
+    passed_ = 0;
     page_ = tree_.descend(wanted, leaf_);
     const int index = leaf_.lowerBound(wanted);
     return index < leaf_.count() ? standOn(index) : stepLeaf(true);

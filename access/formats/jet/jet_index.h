@@ -167,6 +167,8 @@ private:
     int index_ = 0;
     bool valid_ = false;
     std::uint64_t version_ = 0;
+    bool forward_ = true;                // the way of the last step to another leaf
+    std::uint32_t passed_ = 0;           // leaves passed that way since the last search
     std::vector<std::uint8_t> entry_;    // key and place, whole
     std::vector<std::uint8_t> scratch_;  // what is being looked for
 };

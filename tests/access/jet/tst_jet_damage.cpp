@@ -8,6 +8,8 @@
 
 #include "access/engine_error.h"
 #include "access/formats/jet/jet_driver.h"
+#include "access/formats/jet/jet_file.h"
+#include "access/storage/byte_reader.h"
 #include "tests/access/jet/jet_testing.h"
 
 namespace velnor::testing {
@@ -189,6 +191,71 @@ TEST(Damage, anIndexThatLoopsEndsInAnError)
         EXPECT_LT(steps, 100000);
         EXPECT_EQ(error, 3197) << name;
     }
+}
+
+/// The leaves lead in a ring, and the last entry lies before the first: order alone does not tell.
+TEST(Damage, aRingOfLeavesThatDoNotAscendEndsInAnError)
+{
+    MemoryFileSystem files;
+    CreateRequest create;
+    create.name = kTestFile;
+    jet::JetDriver().create(files, create);
+    TableLayout layout;
+    layout.name = "Ring";
+    layout.fields.resize(1);
+    layout.fields[0].name = "ID";
+    layout.fields[0].type = FieldType::Long;
+    IndexDef index;
+    index.name = "ID";
+    index.fields = {{"ID", false}};
+    layout.indexes = {index};
+    {
+        const auto store = jet::JetDriver().open(files, writing());
+        store->createTable(layout);
+        const auto writer = store->writer("Ring");
+        for (int i = 0; i < 2000; ++i) {
+            const ValueView id = ValueView::integer(i);
+            writer->insert(std::span(&id, 1));
+        }
+        store->commit();
+    }
+    {
+        jet::JetFile file(files, writing());
+        const jet::IndexPageLayout& o = jet::kJet4.indexPage;
+        jet::PageNumber first = 0, last = 0;
+        for (jet::PageNumber page = 14; page < file.pageCount(); ++page) {
+            const PageRef held = file.page(page);
+            const std::uint8_t* p = held.data();
+            if (p[0] != jet::page_type::kIndexLeaf || file.isFree(page))
+                continue;
+            if (loadLE<std::uint32_t>(p + o.previous) == 0)
+                first = page;
+            if (loadLE<std::uint32_t>(p + o.next) == 0)
+                last = page;
+        }
+        ASSERT_TRUE(first != 0 && last != 0 && first != last);
+        PageRef held = file.page(last);
+        std::uint8_t* p = held.edit();
+        ASSERT_EQ(loadLE<std::uint16_t>(p + o.prefix), 0);
+        storeLE(p + o.next, first);
+        const std::size_t used =
+            static_cast<std::size_t>(o.entryBytes) - loadLE<std::uint16_t>(p + o.freeBytes);
+        std::fill_n(p + o.entries + used - 9, 9, std::uint8_t{0});
+        held.release();
+        file.commit();
+    }
+    const auto store = jet::JetDriver().open(files, reading());
+    const auto cursor = store->cursor("Ring", "ID");
+    long steps = 0;
+    int error = 0;
+    try {
+        for (bool on = cursor->first(); on && steps < 1000000; on = cursor->next())
+            ++steps;
+    } catch (const EngineError& e) {
+        error = e.number();
+    }
+    EXPECT_LT(steps, 1000000);
+    EXPECT_EQ(error, 3197);
 }
 
 class Flipped : public ::testing::TestWithParam<const char*> {};
