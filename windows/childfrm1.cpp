@@ -242,6 +242,7 @@ void ChildFrm1::Form_Activate()
             return;
         }
         paintWindow();
+        MSFlexGrid1->setFocus();
     }
     shell_.setWindowTitle(caption() + u" - "_s + QString::fromLatin1(kProgramTitle));
     G.SELECTED_FILE = folder_.endsWith(u'\\') ? folder_ + fileName_ : folder_ + u'\\' + fileName_;

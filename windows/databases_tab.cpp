@@ -244,6 +244,12 @@ void DatabasesTab::refresh()
     files_->refresh();
 }
 
+void DatabasesTab::focusFiles()
+{
+    wantsFocus_ = true;
+    filled();
+}
+
 void DatabasesTab::SetFilterButton(int index)
 {
     const QString pattern = filterPattern(index);
@@ -297,6 +303,10 @@ void DatabasesTab::filled()
         words = tr("This folder is empty.");
     emptyText_->setText(words);
     views_->setCurrentWidget(words.isEmpty() ? static_cast<QWidget*>(view()) : emptyText_);
+    if (wantsFocus_ && words.isEmpty()) {
+        wantsFocus_ = false;
+        view()->setFocus();
+    }
     place_->setText(files_->folder().isEmpty() ? QString() : files_->folder());
     place_->setToolTip(files_->folder());
 

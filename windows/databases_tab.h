@@ -52,6 +52,8 @@ public:
     /// Goes to the folder of a file and selects it there.
     void showFile(const QString& path);
     void refresh();
+    /// Puts the focus on the files, as soon as there are any to see.
+    void focusFiles();
     QString folder() const;
     FileListModel& files() { return *files_; }
 
@@ -77,6 +79,7 @@ private:
     QLabel* emptyText_;
     QString waiting_;  // selected as soon as its folder has been read
     bool following_ = false;
+    bool wantsFocus_ = false;
 };
 
 }  // namespace velnor

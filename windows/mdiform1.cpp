@@ -192,6 +192,7 @@ void MDIForm1::bringToFront(DocumentChild* child)
     if (auto* window = qobject_cast<QMdiSubWindow*>(child->parentWidget())) {
         area_->setActiveSubWindow(window);
         childCameToFront(window);
+        child->setFocus();
     }
 }
 

@@ -12,7 +12,6 @@
 #include <QTabBar>
 #include <QTimer>
 #include <QToolBar>
-#include <QTreeView>
 #include <QVBoxLayout>
 
 #include "access/routing.h"
@@ -174,7 +173,7 @@ void Velnor1::Form_Activate()
     if (!notActivated_)
         return;
     notActivated_ = false;
-    databases_->PTxShList1->setFocus();
+    databases_->focusFiles();
     if (!text::trim(commandLine_).isEmpty()) {
         const QString file = commandLine_;
         commandLine_.clear();
