@@ -211,7 +211,7 @@ std::vector<IndexTag> CdxFile::tags(std::string_view baseName)
     return tags;
 }
 
-std::unique_ptr<NodeStore> CdxFile::nodes(const IndexTag& tag, std::uint8_t pad)
+std::unique_ptr<NodeStore> CdxFile::nodes(const IndexTag& tag, std::uint8_t pad, const KeyForm&)
 {
     return std::make_unique<CdxNodes>(*this, tag.place, tag.keyLength, pad);
 }
@@ -264,71 +264,9 @@ void CdxFile::removeTag(const IndexTag& tag)
         }
 }
 
-void CdxFile::touch()
+void CdxFile::touch(const std::vector<const IndexTag*>&)
 {
     setNumber(kCounterAt, number(kCounterAt) + 1);
-}
-
-namespace {
-
-class OldIdxNodes final : public NodeStore {
-public:
-    OldIdxNodes(PageFile& file, std::uint32_t keyLength) : NodeStore(keyLength, true), file_(file)
-    {
-    }
-    std::uint32_t root() const override
-    {
-        std::array<std::uint8_t, 4> bytes{};
-        file_.readAt(0, bytes);
-        return loadLE<std::uint32_t>(bytes.data());
-    }
-    void setRoot(std::uint32_t) override { readOnly(); }
-    void load(std::uint32_t at, TreeNode& node) override;
-    bool fits(const TreeNode&) const override { return true; }
-    void store(const TreeNode&) override { readOnly(); }
-    std::uint32_t allocate() override { readOnly(); }
-    void release(std::uint32_t) override { readOnly(); }
-    void releaseAll(std::span<const std::uint32_t>) override { readOnly(); }
-    std::size_t fill(const SortedEntries&, std::size_t) const override { return 1; }
-    std::size_t mostChildren() const override { return (kCdxNodeBytes - 12) / (keyLength_ + 4); }
-    std::uint64_t mostNodes() const override { return file_.size() / kCdxNodeBytes + 2; }
-
-private:
-    [[noreturn]] static void readOnly()
-    {
-        throw EngineError(EngineErrorNumber::IndexNotMaintained,
-                          "Index files of this old form are only read.");
-    }
-    PageFile& file_;
-};
-
-void OldIdxNodes::load(std::uint32_t at, TreeNode& node)
-{
-    std::array<std::uint8_t, kCdxNodeBytes> bytes;
-    if (at < kCdxNodeBytes || file_.readAt(at, bytes) != bytes.size())
-        damaged("a node lies outside the file");
-    node.clear();
-    node.at = at;
-    node.keyLength = keyLength_;
-    node.leaf = bytes[0] & 2;
-    const std::size_t count = loadLE<std::uint16_t>(&bytes[2]);
-    if (count > mostChildren())
-        damaged("the entries of a node do not fit");
-    const std::uint8_t* p = &bytes[12];
-    for (std::size_t i = 0; i < count; ++i, p += keyLength_ + 4) {
-        node.keys.insert(node.keys.end(), p, p + keyLength_);
-        const auto number = loadBE<std::uint32_t>(p + keyLength_);
-        node.records.push_back(node.leaf ? number : kNoNode);
-        if (!node.leaf)
-            node.children.push_back(number);
-    }
-}
-
-}  // namespace
-
-std::unique_ptr<NodeStore> oldIdxNodes(PageFile& file, std::uint32_t keyLength)
-{
-    return std::make_unique<OldIdxNodes>(file, keyLength);
 }
 
 }  // namespace velnor::xbase

@@ -16,21 +16,18 @@
 
 namespace velnor::xbase {
 
-class CdxFile {
+class CdxFile final : public IndexFileFormat {
 public:
     CdxFile(PageFile& file, const CodePage& page) : file_(file), page_(page) {}
 
     /// Puts an empty directory into an empty file.
     void create();
-    /// 3197 when the file is no such index file. `baseName`: the name of a single index.
-    std::vector<IndexTag> tags(std::string_view baseName);
-    std::unique_ptr<NodeStore> nodes(const IndexTag& tag, std::uint8_t pad);
-    /// Makes the header and enters the name. The tree has no root yet.
-    IndexTag addTag(const NewTag& made);
-    /// The tree is dropped already.
-    void removeTag(const IndexTag& tag);
-    /// Counts a change, for other programs that have the file open.
-    void touch();
+    std::vector<IndexTag> tags(std::string_view baseName) override;
+    std::unique_ptr<NodeStore> nodes(const IndexTag& tag, std::uint8_t pad,
+                                     const KeyForm& form) override;
+    IndexTag addTag(const NewTag& made) override;
+    void removeTag(const IndexTag& tag) override;
+    void touch(const std::vector<const IndexTag*>& changed) override;
 
 private:
     friend class CdxNodes;
@@ -47,7 +44,22 @@ private:
     const CodePage& page_;
 };
 
-/// The trees of old, not compact IDX files are only read.
-std::unique_ptr<NodeStore> oldIdxNodes(PageFile& file, std::uint32_t keyLength);
+/// A single index in the old form, which is not compact. Only read.
+class OldIdxFile final : public IndexFileFormat {
+public:
+    OldIdxFile(PageFile& file, const CodePage& page) : file_(file), page_(page) {}
+    /// Whether a file of FoxPro is of this form.
+    static bool is(PageFile& file);
+    std::vector<IndexTag> tags(std::string_view baseName) override;
+    std::unique_ptr<NodeStore> nodes(const IndexTag& tag, std::uint8_t pad,
+                                     const KeyForm& form) override;
+    IndexTag addTag(const NewTag& made) override;
+    void removeTag(const IndexTag& tag) override;
+    void touch(const std::vector<const IndexTag*>& changed) override;
+
+private:
+    PageFile& file_;
+    const CodePage& page_;
+};
 
 }  // namespace velnor::xbase

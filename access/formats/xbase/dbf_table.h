@@ -26,7 +26,8 @@ struct TableOpening {
     FileSystem* files = nullptr;
     std::string path;  ///< "C:\FOLDER\ORDERS.DBF", as spelled on the disk
     bool readOnly = true;
-    bool foxWord = false;  ///< opened by a FoxPro word; else FoxPro kinds are 3274
+    bool foxWord = false;          ///< opened by a FoxPro word; else FoxPro kinds are 3274
+    bool listsIndexFiles = false;  ///< opened by the dBASE III word
     std::string codePage;
 };
 
@@ -46,6 +47,8 @@ public:
     std::vector<std::string> indexFiles() const;
     /// Opened by a FoxPro word: CDX indexes are shown, else those of dBASE.
     bool foxWord() const { return opening_.foxWord; }
+    /// Opened by the dBASE III word: its indexes are files of their own that an INF file lists.
+    bool listsIndexFiles() const { return opening_.listsIndexFiles; }
     FileSystem& fileSystem() { return *opening_.files; }
     PageFile& companion(const std::string& path, const PageFileOptions& options,
                         bool create = false)

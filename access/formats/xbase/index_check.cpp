@@ -10,7 +10,6 @@ namespace velnor::xbase {
 namespace {
 
 constexpr int kMostReports = 20;  // of one index
-constexpr std::string_view kNotKept = "Index files of this kind are not kept.";
 
 class IndexCheck {
 public:
@@ -106,7 +105,7 @@ private:
 void checkIndexes(DbfTable& table, const ProblemSink& report)
 {
     for (const auto& [file, why] : table.indexes().troubles())
-        report({file, "cannot be read: " + why, why.ends_with(kNotKept)});
+        report({file, "cannot be read: " + why, false});
     for (const IndexSet::Named& named : table.indexes().all()) {
         IndexCheck check(table, named, report);
         try {

@@ -14,7 +14,6 @@
 #include <string_view>
 #include <vector>
 
-#include "access/formats/xbase/cdx_file.h"
 #include "access/formats/xbase/inf_file.h"
 #include "access/formats/xbase/table_index.h"
 
@@ -62,9 +61,14 @@ private:
     struct IndexFile;
     void open();
     void openFile(const std::string& name);
+    void openFormat(IndexFile& file);
     std::unique_ptr<TableIndex> openIndex(IndexFile& file, IndexTag tag);
     IndexFile& fileForNew(IndexKind kind, const std::string& name);
     bool shows(const IndexFile& file) const;
+    IndexKind kindForNew() const;
+    std::vector<std::size_t> fieldsFor(const IndexDef& def) const;
+    std::string nameFor(const IndexDef& def);
+    NewTag newTag(const IndexDef& def, IndexKind kind);
 
     DbfTable& table_;
     bool open_ = false;

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "access/formats/xbase/index_key.h"
 
@@ -36,6 +38,23 @@ struct NewTag {
     char keyLetter = 'C';
     std::uint8_t languageMark = 0;
     KeyForm form;
+};
+
+/// A file with one index or several.
+class IndexFileFormat {
+public:
+    virtual ~IndexFileFormat() = default;
+    /// 3197 when the file is no such index file. `baseName`: the name of a single index.
+    virtual std::vector<IndexTag> tags(std::string_view baseName) = 0;
+    /// `form`: of its keys, for files that do not compare them as bytes.
+    virtual std::unique_ptr<NodeStore> nodes(const IndexTag& tag, std::uint8_t pad,
+                                             const KeyForm& form) = 0;
+    /// Makes the header and enters the name. The tree has no root yet.
+    virtual IndexTag addTag(const NewTag& made) = 0;
+    /// The tree is dropped already.
+    virtual void removeTag(const IndexTag& tag) = 0;
+    /// Counts a change to these indexes, for other programs that have the file open.
+    virtual void touch(const std::vector<const IndexTag*>& changed) = 0;
 };
 
 /// Text of a header up to its first zero byte, without blanks around.

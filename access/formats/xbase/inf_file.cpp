@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "access/formats/xbase/dbf_header.h"
+#include "access/storage/replace_file.h"
 #include "platform/paths.h"
 
 namespace velnor::xbase {
@@ -98,6 +99,83 @@ bool infListsIndexes(FileSystem& files, std::string_view tablePath)
     bool lists = false;
     forEachListed(files, tablePath, [&lists](std::string_view) { lists = true; });
     return lists;
+}
+
+namespace {
+
+std::vector<std::string> linesOf(const std::string& text)
+{
+    std::vector<std::string> lines;
+    for (std::string_view rest = text; !rest.empty();) {
+        const auto end = rest.find('\n');
+        lines.emplace_back(trimmed(rest.substr(0, end)));
+        rest = end == rest.npos ? std::string_view{} : rest.substr(end + 1);
+    }
+    while (!lines.empty() && lines.back().empty())
+        lines.pop_back();
+    return lines;
+}
+
+void writeInf(FileSystem& files, std::string_view tablePath, const std::vector<std::string>& lines)
+{
+    std::string text;
+    for (const std::string& line : lines)
+        text += line + "\r\n";
+    FileReplacement file(files, paths::withExtension(tablePath, "INF"));
+    file.file().writeAt(0, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    file.commit();
+}
+
+}  // namespace
+
+void listInInf(FileSystem& files, std::string_view tablePath, std::string_view indexFile,
+               bool unique)
+{
+    std::vector<std::string> lines = linesOf(readInf(files, tablePath));
+    const auto section = [](const std::string& line) {
+        return paths::sameName(line, "[dBASE III]");
+    };
+    auto at = std::find_if(lines.begin(), lines.end(), section);
+    if (at == lines.end())
+        at = lines.insert(lines.end(), "[dBASE III]");
+    const std::string kind = unique ? "UNDX" : "NDX";
+    int number = 1;
+    for (++at; at != lines.end() && !at->starts_with('['); ++at)
+        number += paths::foldName(*at).starts_with(kind);
+    lines.insert(at, kind + std::to_string(number) + "=" + std::string(indexFile));
+    writeInf(files, tablePath, lines);
+}
+
+/// The other lines of its kind are numbered anew; sections that have no line left go, too.
+void unlistInInf(FileSystem& files, std::string_view tablePath, std::string_view indexFile)
+{
+    if (!infListsIndexes(files, tablePath))
+        return;
+    std::vector<std::string> kept;
+    bool ours = false;
+    int plain = 0, unique = 0;
+    for (std::string& line : linesOf(readInf(files, tablePath))) {
+        if (line.starts_with('[')) {
+            if (!kept.empty() && kept.back().starts_with('['))
+                kept.pop_back();
+            ours = isIndexSection(line);
+            plain = unique = 0;
+        } else if (const auto name = ours ? listedFile(line) : std::string_view{}; !name.empty()) {
+            if (paths::sameName(paths::fileName(name), indexFile))
+                continue;
+            const bool one = paths::foldName(line).starts_with("UNDX");
+            if (one || paths::foldName(line).starts_with("NDX"))
+                line = (one ? "UNDX" + std::to_string(++unique) : "NDX" + std::to_string(++plain)) +
+                       "=" + std::string(name);
+        }
+        kept.push_back(std::move(line));
+    }
+    if (!kept.empty() && kept.back().starts_with('['))
+        kept.pop_back();
+    if (kept.empty())
+        files.remove(paths::withExtension(tablePath, "INF"));
+    else
+        writeInf(files, tablePath, kept);
 }
 
 }  // namespace velnor::xbase

@@ -20,4 +20,10 @@ std::vector<std::string> indexFilesOf(FileSystem& files, std::string_view tableP
 /// Whether the file NAME.INF beside a table lists index files; others have that extension, too.
 bool infListsIndexes(FileSystem& files, std::string_view tablePath);
 
+/// Enters an index file into the INF file of a dBASE III table, which is made when it is not there.
+void listInInf(FileSystem& files, std::string_view tablePath, std::string_view indexFile,
+               bool unique);
+/// Takes it out; the INF file goes with its last line.
+void unlistInInf(FileSystem& files, std::string_view tablePath, std::string_view indexFile);
+
 }  // namespace velnor::xbase

@@ -83,6 +83,7 @@ std::shared_ptr<DbfTable> XbaseStore::open(std::string_view table)
     opening.path = *path;
     opening.readOnly = request_.readOnly;
     opening.foxWord = form_.fox;
+    opening.listsIndexFiles = form_.connectWord == "dBASE III;";
     opening.codePage = request_.codePage;
     return open_[key] = std::make_shared<DbfTable>(opening);
 }
@@ -140,8 +141,17 @@ void XbaseStore::createTable(const TableLayout& layout)
     if (pathOf(name))
         throw EngineError(EngineErrorNumber::TableAlreadyExists,
                           "The table \"" + name + "\" exists already.");
+    TableLayout plain = layout;
+    plain.indexes.clear();
     createTableFiles(files_, paths::join(request_.name, spelled ? layout.name : name + ".DBF"),
-                     layout, form_, request_.codePage);
+                     plain, form_, request_.codePage);
+    try {
+        for (const IndexDef& index : layout.indexes)
+            addIndex(name, index);
+    } catch (...) {
+        dropTable(name);
+        throw;
+    }
 }
 
 void XbaseStore::dropTable(std::string_view table)
@@ -150,8 +160,9 @@ void XbaseStore::dropTable(std::string_view table)
     const auto path = pathOf(table);
     if (!path)
         notFound(table);
+    std::vector<std::string> indexFiles;
     try {
-        open(table);  // 3045 when somebody else works on it
+        indexFiles = open(table)->indexFiles();  // 3045 when somebody else works on it
     } catch (const EngineError& error) {
         if (error.code() != EngineErrorNumber::UnexpectedFormat)
             throw;  // a damaged table may go
@@ -163,6 +174,9 @@ void XbaseStore::dropTable(std::string_view table)
         if (files_.fileExists(companion))
             files_.remove(companion);
     }
+    for (const std::string& name : indexFiles)
+        if (const std::string file = paths::join(request_.name, name); files_.fileExists(file))
+            files_.remove(file);
     if (infListsIndexes(files_, *path))  // else a new table of this name would seem to have them
         files_.remove(paths::withExtension(*path, "INF"));
     files_.syncFolder(request_.name);

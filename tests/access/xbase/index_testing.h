@@ -86,10 +86,7 @@ inline void patch(FileSystem& files, std::string_view path, std::string_view was
 /// Adds, changes, removes and seeks at random; looks at every index from time to time.
 class RandomChanges {
 public:
-    RandomChanges(Store& store, MemoryFileSystem& files, std::string word, int operations)
-        : store_(&store), files_(files), word_(std::move(word)), operations_(operations)
-    {
-    }
+    RandomChanges(Store& store, int operations) : store_(&store), operations_(operations) {}
 
     void run()
     {
@@ -99,6 +96,8 @@ public:
                 store_->commit();
             if (i % 4000 == 0)
                 look();
+            if (i % 3000 == 0)
+                remake();
         }
         while (!live_.empty() && !::testing::Test::HasFailure()) {
             removeOne();
@@ -158,6 +157,15 @@ private:
         EXPECT_EQ(shown(cursor->field(byName ? 0 : 1)), shown(key));
     }
 
+    /// One index goes and comes again.
+    void remake()
+    {
+        const std::vector<IndexDef> all = store_->layout("T").indexes;
+        const IndexDef& def = all[random_() % all.size()];
+        store_->dropIndex("T", def.name);
+        store_->addIndex("T", def);
+    }
+
     void look()
     {
         EXPECT_EQ(faultsOf(*store_, "T"), std::vector<std::string>{});
@@ -170,15 +178,13 @@ private:
             before = now;
         }
         EXPECT_EQ(seen, live_.size());
-        const auto falls = store_->cursor("T", "FALLS");
+        const auto falls = store_->cursor("T", "BYDAY");
         for (bool on = falls->last(); on; on = falls->previous())
             --seen;
         EXPECT_EQ(seen, 0u);
     }
 
     Store* store_;
-    MemoryFileSystem& files_;
-    std::string word_;
     int operations_;
     std::mt19937 random_{12345};
     std::vector<RowId> live_;

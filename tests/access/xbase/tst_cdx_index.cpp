@@ -243,8 +243,7 @@ TEST_F(CdxIndex, randomChanges_leaveEveryIndexRight)
     makeTable();
     for (const IndexDef& def : severalIndexes())
         store->addIndex("T", def);
-    RandomChanges changes(*store, files, kFox, 20000);
-    changes.run();
+    RandomChanges(*store, 20000).run();
 }
 
 TEST_F(CdxIndex, manyAppendsAreEnteredTogether)
