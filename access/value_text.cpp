@@ -10,6 +10,8 @@ bool continues(char c)
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
+}  // namespace
+
 void appendHex(std::string& out, std::span<const std::uint8_t> bytes)
 {
     static constexpr char kDigits[] = "0123456789abcdef";
@@ -21,8 +23,6 @@ void appendHex(std::string& out, std::span<const std::uint8_t> bytes)
         *p++ = kDigits[b & 15];
     }
 }
-
-}  // namespace
 
 void appendText(std::string& out, ValueView v)
 {

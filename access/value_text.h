@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -62,6 +63,8 @@ std::optional<double> parseDate(std::string_view text);
 /// The value as people and text fields see it: numbers shortest, True or False, dates "m/d/yyyy" with
 /// "h:mm:ss AM|PM" when there is a time, bytes as lower-case hex. Null appends nothing.
 void appendText(std::string& out, ValueView v);
+
+void appendHex(std::string& out, std::span<const std::uint8_t> bytes);  // lower case
 
 /// True when the text is plain ASCII (no byte above 0x7F).
 bool isAscii(std::string_view text);

@@ -48,42 +48,6 @@ std::vector<std::string> split(std::string_view text, char separator)
     }
 }
 
-/// Widths of the types that have one; Text is given its own.
-int sizeOfType(FieldType type)
-{
-    switch (type) {
-    case FieldType::Boolean:
-    case FieldType::Byte:
-        return 1;
-    case FieldType::Integer:
-        return 2;
-    case FieldType::Long:
-    case FieldType::Single:
-        return 4;
-    case FieldType::Currency:
-    case FieldType::Double:
-    case FieldType::Float:
-    case FieldType::Date:
-    case FieldType::Time:
-    case FieldType::TimeStamp:
-    case FieldType::BigInt:
-        return 8;
-    case FieldType::Guid:
-        return 16;
-    case FieldType::Numeric:
-    case FieldType::Decimal:
-        return 17;
-    case FieldType::Text:
-    case FieldType::Char:
-        return 50;
-    case FieldType::Binary:
-    case FieldType::VarBinary:
-        return 50;
-    default:
-        return 0;
-    }
-}
-
 }  // namespace
 
 std::string fieldTypeWord(FieldType type)
@@ -107,7 +71,6 @@ FieldDef parseFieldWord(std::string_view word)
     if (type == kTypes.end())
         throw UsageError("no field type \"" + parts[1] + "\"");
     field.type = type->first;
-    field.size = sizeOfType(field.type);
     for (std::size_t i = 2; i < parts.size(); ++i) {
         if (paths::sameName(parts[i], "required")) {
             field.required = true;

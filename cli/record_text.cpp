@@ -20,17 +20,13 @@ bool isSpecial(char c)
 
 void appendBytes(std::string& out, std::span<const std::uint8_t> bytes)
 {
-    static constexpr char kHex[] = "0123456789abcdef";
     if (bytes.size() > kLongestHex) {
         out += "[binary ";
         appendInteger(out, static_cast<std::int64_t>(bytes.size()));
         out += " bytes]";
         return;
     }
-    for (const std::uint8_t b : bytes) {
-        out += kHex[b >> 4];
-        out += kHex[b & 15];
-    }
+    appendHex(out, bytes);
 }
 
 }  // namespace

@@ -17,10 +17,10 @@ names=("$@")
 done
 failed=0
 for name in "${names[@]}"; do
-    mkdir -p "build/fuzz/seeds/$name" "build/fuzz/work/$name"
+    mkdir -p "build/fuzz/seeds/$name" "build/fuzz/grown/$name"
     echo "$name, $seconds s"
     (cd build/fuzz/found && "$root/build/fuzz/fuzz/$name" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 \
-        -print_final_stats=1 -artifact_prefix="$name-" "$root/build/fuzz/work/$name" "$root/build/fuzz/seeds/$name") \
+        -print_final_stats=1 -artifact_prefix="$name-" "$root/build/fuzz/grown/$name" "$root/build/fuzz/seeds/$name") \
         >"build/fuzz/$name.log" 2>&1 || failed=1
     grep -E 'number_of_executed_units|SUMMARY|ERROR' "build/fuzz/$name.log" || true
 done

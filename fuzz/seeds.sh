@@ -16,4 +16,7 @@ gather() {  # gather FUZZER FOLDER EXTENSION HALF_KIB
 gather fuzz_dbf xbase dbf 128
 gather fuzz_dbt xbase dbt 128
 gather fuzz_fpt xbase fpt 128
+gather fuzz_cdx xbase cdx 128
+gather fuzz_mdx xbase mdx 128
+gather fuzz_ndx xbase ndx 128
 gather fuzz_mdb jet mdb 260  # a new Jet 4 file has 64 KiB already

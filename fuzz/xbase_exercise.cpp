@@ -24,6 +24,15 @@ std::uint64_t touch(ValueView v)
     return sum;
 }
 
+template <class Work> void attempt(Work work)
+{
+    try {
+        work();
+    } catch (const EngineError&) {
+    } catch (const RunError&) {
+    }
+}
+
 class Exercise {
 public:
     Exercise(MemoryFileSystem& files, std::string_view word, bool readOnly)
@@ -79,7 +88,42 @@ public:
         read();
     }
 
+    void walkIndexes()
+    {
+        for (const IndexDef& index : layout_.indexes)
+            attempt([&] { walkIndex(index); });
+    }
+
+    void makeIndex()
+    {
+        IndexDef index;
+        index.name = "FUZZ";
+        index.fields = {{"A", false}};
+        store_->addIndex("T", index);
+        store_->dropIndex("T", layout_.indexes.empty() ? "FUZZ" : layout_.indexes[0].name);
+    }
+
 private:
+    void walkIndex(const IndexDef& index)
+    {
+        const auto cursor = store_->cursor("T", index.name);
+        std::int64_t records = 0;
+        for (bool there = cursor->first(); there && records < 2000;
+             there = cursor->next(), ++records)
+            readFields(*cursor);
+        for (bool there = cursor->last(); there && records-- > 0; there = cursor->previous())
+            sum_ += cursor->row();
+        cursor->moveTo(2);
+        std::vector<ValueView> key;
+        for (const IndexFieldDef& wanted : index.fields)
+            for (std::size_t i = 0; i < layout_.fields.size(); ++i)
+                if (layout_.fields[i].name == wanted.name)
+                    key.push_back(valueFor(layout_.fields[i].type, i));
+        for (const Comparison comparison :
+             {Comparison::Equal, Comparison::GreaterEqual, Comparison::Less})
+            sum_ += cursor->seek(comparison, key);
+    }
+
     void readFields(RowCursor& cursor)
     {
         for (std::size_t i = 0; i < layout_.fields.size(); ++i)
@@ -114,15 +158,6 @@ private:
     TableLayout layout_;
     std::uint64_t sum_ = 0;
 };
-
-template <class Work> void attempt(Work work)
-{
-    try {
-        work();
-    } catch (const EngineError&) {
-    } catch (const RunError&) {
-    }
-}
 
 void append(std::vector<std::uint8_t>& bytes, std::string_view text)
 {
@@ -181,6 +216,61 @@ void putMemoTable(MemoryFileSystem& files, std::uint8_t version)
     }
     bytes.push_back(0x1A);
     files.put("C:\\T.DBF", bytes);
+}
+
+void putIndexedTable(MemoryFileSystem& files, std::uint8_t version)
+{
+    constexpr int kRecords = 30;
+    const bool visual = version == 0x30;
+    std::vector<std::uint8_t> bytes(32 * 4, 0);
+    bytes[0] = version;
+    bytes[1] = 99;
+    bytes[2] = bytes[3] = 1;
+    bytes[4] = kRecords;
+    bytes[28] = 1;
+    struct {
+        char name, letter;
+        std::uint8_t length, decimals;
+    } const fields[] = {{'A', 'C', 10, 0}, {'N', 'N', 10, 2}, {'D', 'D', 8, 0}};
+    std::size_t at = 32;
+    for (const auto& field : fields) {
+        bytes[at] = static_cast<std::uint8_t>(field.name);
+        bytes[at + 11] = static_cast<std::uint8_t>(field.letter);
+        bytes[at + 16] = field.length;
+        bytes[at + 17] = field.decimals;
+        at += 32;
+    }
+    bytes.push_back(0x0D);
+    bytes.resize(bytes.size() + (visual ? 263 : 0));
+    bytes[8] = static_cast<std::uint8_t>(bytes.size());
+    bytes[9] = static_cast<std::uint8_t>(bytes.size() >> 8);
+    bytes[10] = 29;
+    for (int record = 0; record < kRecords; ++record) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%cK%-9d%10.2f199901%02d", record % 7 == 6 ? '*' : ' ',
+                      record * 37 % 30, record * 1.25 - 9, record % 28 + 1);
+        append(bytes, text);
+    }
+    bytes.push_back(0x1A);
+    files.put("C:\\T.DBF", bytes);
+}
+
+void exerciseIndexes(MemoryFileSystem& files)
+{
+    for (const std::string_view word : {"dBASE 5.0;", "FoxPro 3.0;"})
+        attempt([&] {
+            Exercise exercise(files, word, true);
+            exercise.walkIndexes();
+            attempt([&] { exercise.check(); });
+        });
+    for (const std::string_view word : {"FoxPro 3.0;", "dBASE 5.0;"})
+        attempt([&] {
+            Exercise exercise(files, word, false);
+            attempt([&] { exercise.change(); });
+            attempt([&] { exercise.makeIndex(); });
+            attempt([&] { exercise.change(); });
+            attempt([&] { exercise.walkIndexes(); });
+        });
 }
 
 }  // namespace velnor::fuzzing

@@ -20,4 +20,11 @@ void exerciseTable(MemoryFileSystem& files);
 /// cannot be.
 void putMemoTable(MemoryFileSystem& files, std::uint8_t version);
 
+/// A table with fields A (C 10), N (N 10.2) and D, whose header tells of a production index.
+void putIndexedTable(MemoryFileSystem& files, std::uint8_t version);
+
+/// Walks and searches every index that "C:\T.DBF" has by any word, then adds, changes and removes
+/// records, makes an index and drops it.
+void exerciseIndexes(MemoryFileSystem& files);
+
 }  // namespace velnor::fuzzing

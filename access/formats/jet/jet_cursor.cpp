@@ -314,9 +314,8 @@ bool IndexCursor::previous()
 
 bool IndexCursor::moveTo(RowId row)
 {
+    // Also for the record where this cursor stands: its key may have changed, and with it its place.
     const RowPointer home = pointerOf(row);
-    if (at_ == At::Row && walker_.valid() && walker_.row() == home)
-        return openRow(home);
     if (!openRow(home))
         return false;
     values_.clear();

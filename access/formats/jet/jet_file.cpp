@@ -100,12 +100,7 @@ JetFile::JetFile(FileSystem& files, const OpenRequest& request)
 
 void JetFile::readHeader(const OpenRequest& request)
 {
-    std::vector<std::uint8_t> plain;
-    {
-        const PageRef page = file_->read(0);
-        plain.assign(page.data(), page.data() + format_->pageSize);
-    }
-    maskHeader(plain);
+    const std::vector<std::uint8_t> plain = plainHeader();
     const HeaderLayout& o = format_->header;
     const std::uint8_t* p = plain.data();
     header_.globalMap = RowPointer::fromWord(loadLE<std::uint32_t>(p + o.globalMap));
@@ -243,6 +238,19 @@ int writeRank(const JetFormat& format, const std::uint8_t* page)
     default:
         return 0;
     }
+}
+
+bool JetFile::acceptsPassword(std::string_view password)
+{
+    return passwordMatches(plainHeader(), password);
+}
+
+std::vector<std::uint8_t> JetFile::plainHeader()
+{
+    const PageRef page = file_->read(0);
+    std::vector<std::uint8_t> plain(page.data(), page.data() + format_->pageSize);
+    maskHeader(plain);
+    return plain;
 }
 
 }  // namespace velnor::jet

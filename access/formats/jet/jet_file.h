@@ -47,6 +47,8 @@ public:
     void release(std::uint32_t number, std::uint8_t typeByte) override;
 
     const JetHeader& header() const { return header_; }
+    /// Whether a password would open the file; any one does when there is none.
+    bool acceptsPassword(std::string_view password);
     const CodePage& codePage() const { return *codePage_; }
     NameCoding names() const { return {*format_, *codePage_}; }
     bool readOnly() const { return set_->readOnly(); }
@@ -67,6 +69,7 @@ private:
     class Appender;  // gives the map of free pages its own pages
 
     void readHeader(const OpenRequest& request);
+    std::vector<std::uint8_t> plainHeader();
     PageNumber appendTo(PageNumber number);
 
     const JetFormat* format_;

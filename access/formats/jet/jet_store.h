@@ -25,6 +25,10 @@ public:
     std::unique_ptr<RowWriter> writer(std::string_view table) override;
     void createTable(const TableLayout& layout) override;
     void dropTable(std::string_view table) override;
+    bool acceptsPassword(std::string_view password) override
+    {
+        return file_.acceptsPassword(password);
+    }
     void commit() override;
     std::size_t pendingBytes() const override { return file_.pendingBytes(); }
     void check(std::string_view table, const ProblemSink& report) override;

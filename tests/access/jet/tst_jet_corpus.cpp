@@ -91,6 +91,17 @@ TEST_P(Corpus, givesEveryRecordOfItsDump)
     }
 }
 
+TEST_P(Corpus, anOpenFileStillKnowsItsPassword)
+{
+    if (!entry().has("password"))
+        GTEST_SKIP() << "has no password";
+    const auto files = memoryWith(readBytes(corpusFolder() + entry()["file"].text));
+    const auto store = openEntry(*files, entry());
+    EXPECT_TRUE(store->acceptsPassword(entry()["password"].text));
+    EXPECT_FALSE(store->acceptsPassword("not it"));
+    EXPECT_FALSE(store->acceptsPassword(""));
+}
+
 TEST_P(Corpus, listsItsTablesFieldsAndIndexes)
 {
     if (damaged())
