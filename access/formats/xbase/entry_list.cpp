@@ -24,6 +24,34 @@ bool EntryList::before(std::size_t a, std::size_t b) const
     return by ? by < 0 : records_[a] < records_[b];
 }
 
+/// By eight bytes of the keys from `at` on; those that are equal there, by the next eight.
+void EntryList::sortFrom(std::span<Item> items, std::size_t at) const
+{
+    if (at >= keyLength_) {
+        std::sort(items.begin(), items.end(), [this](const Item& a, const Item& b) {
+            return records_[a.index] < records_[b.index];
+        });
+        return;
+    }
+    const std::size_t width = std::min<std::size_t>(keyLength_ - at, 8);
+    for (Item& item : items) {
+        std::uint8_t head[8] = {};
+        std::memcpy(head, key(item.index) + at, width);
+        item.head = loadBE<std::uint64_t>(head);
+    }
+    const auto less = [](const Item& a, const Item& b) { return a.head < b.head; };
+    if (!std::is_sorted(items.begin(), items.end(), less))
+        std::sort(items.begin(), items.end(), less);
+    for (std::size_t from = 0; from < items.size();) {
+        std::size_t end = from + 1;
+        while (end < items.size() && items[end].head == items[from].head)
+            ++end;
+        if (end - from > 1)
+            sortFrom(items.subspan(from, end - from), at + 8);
+        from = end;
+    }
+}
+
 void EntryList::sort()
 {
     bool sorted = true;
@@ -31,19 +59,10 @@ void EntryList::sort()
         sorted = !before(i, i - 1);
     if (sorted)
         return;
-    struct Item {
-        std::uint64_t head;
-        std::uint32_t index;
-    };
     std::vector<Item> items(count());
-    for (std::size_t i = 0; i < count(); ++i) {
-        std::uint8_t head[8] = {};
-        std::memcpy(head, key(i), std::min<std::size_t>(keyLength_, 8));
-        items[i] = {loadBE<std::uint64_t>(head), static_cast<std::uint32_t>(i)};
-    }
-    std::sort(items.begin(), items.end(), [this](const Item& a, const Item& b) {
-        return a.head != b.head ? a.head < b.head : before(a.index, b.index);
-    });
+    for (std::size_t i = 0; i < count(); ++i)
+        items[i].index = static_cast<std::uint32_t>(i);
+    sortFrom(items, 0);
     std::vector<std::uint8_t> keys(keys_.size());
     std::vector<std::uint32_t> records(records_.size());
     for (std::size_t i = 0; i < items.size(); ++i) {

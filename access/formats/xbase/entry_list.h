@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "access/formats/xbase/index_node.h"
@@ -34,7 +35,12 @@ public:
     }
 
 private:
+    struct Item {
+        std::uint64_t head = 0;
+        std::uint32_t index = 0;
+    };
     bool before(std::size_t a, std::size_t b) const;
+    void sortFrom(std::span<Item> items, std::size_t at) const;
 
     std::uint32_t keyLength_;
     std::vector<std::uint8_t> keys_;
