@@ -123,8 +123,7 @@ int run(Context& context, const Arguments& arguments)
                                                     return !interrupted();
                                                 }});
     } catch (...) {
-        std::fprintf(stderr, "Copy Unsuccessful - %lld records copied\n",
-                     static_cast<long long>(tally.copied));
+        std::fputs("Copy Unsuccessful\n", stderr);
         throw;
     }
     if (tally.cancelled)
