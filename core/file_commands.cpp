@@ -57,6 +57,16 @@ std::vector<std::string> dirNames(const QString& pattern, int attributes)
     return names;
 }
 
+/// Clears up after a failure, whose own error is the one to tell.
+void removeQuietly(FileSystem& files, const std::string& path)
+{
+    try {
+        files.remove(path);
+    } catch (const RunError&) {
+        // the next file written here replaces it
+    }
+}
+
 bool before(const std::string& a, const std::string& b)
 {
     const std::string foldedA = paths::foldName(a);
@@ -194,6 +204,37 @@ void copyFileNew(const QString& from, const QString& to)
     const std::string target = fullPath(to).toStdString();
     copyInto(fullPath(from).toStdString(), target);
     host().files->syncFolder(paths::folder(target));
+}
+
+QString readTextFile(const QString& path, qint64 longest)
+{
+    const auto file = host().files->open(fullPath(path).toStdString(), OpenMode::Read);
+    const auto wanted = std::min<std::uint64_t>(file->size(), static_cast<std::uint64_t>(longest));
+    QByteArray bytes(static_cast<qsizetype>(wanted), '\0');
+    const std::size_t read = file->readAt(
+        0, {reinterpret_cast<std::uint8_t*>(bytes.data()), static_cast<std::size_t>(wanted)});
+    bytes.truncate(static_cast<qsizetype>(read));
+    return bytes.isValidUtf8() ? QString::fromUtf8(bytes) : QString::fromLatin1(bytes);
+}
+
+void replaceTextFile(const QString& path, const QString& content)
+{
+    FileSystem& files = *host().files;
+    const std::string target = fullPath(path).toStdString();
+    const std::string sibling = target + "-new";
+    const std::string bytes = content.toStdString();
+    auto file = files.open(sibling, OpenMode::Replace);
+    try {
+        file->writeAt(0, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+        file->sync();
+        file.reset();
+        files.rename(sibling, target);
+    } catch (const RunError&) {
+        file.reset();
+        removeQuietly(files, sibling);
+        throw;
+    }
+    files.syncFolder(paths::folder(target));
 }
 
 }  // namespace velnor

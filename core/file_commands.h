@@ -36,6 +36,12 @@ void copyFile(const QString& from, const QString& to);
 /// target.
 void copyFileNew(const QString& from, const QString& to);
 
+/// The text of a file, at most this many bytes of it. UTF-8; where it isn't, a byte is a character.
+QString readTextFile(const QString& path, qint64 longest);
+/// Writes a text file as UTF-8, whole or not at all: until the new one is complete the old one
+/// stays.
+void replaceTextFile(const QString& path, const QString& content);
+
 /// Texts of the platform's interfaces are UTF-8.
 inline QString fromUtf8(std::string_view text)
 {

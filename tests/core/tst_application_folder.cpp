@@ -35,7 +35,8 @@ private slots:
         const QString folder = home.path() + "/share/Velnor3";
         prepareApplicationFolder(paths, folder);
         QCOMPARE(QDir(folder).entryList(QDir::Files, QDir::Name | QDir::IgnoreCase),
-                 (QStringList{"Close.Txt", "TIPHELP.TXT", "Velnor.exe", "Velnor.Txt"}));
+                 (QStringList{"Close.Txt", "Colors.INI", "Options.INI", "TIPHELP.TXT", "Velnor.exe",
+                              "Velnor.Txt"}));
         QVERIFY(contentOf(folder + "/TIPHELP.TXT").count("\r\n") > 3);
         QCOMPARE(paths.toNative("C:\\program files\\velnor3\\close.txt"),
                  (folder + "/Close.Txt").toStdString());
