@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 
 #include "access/formats/xbase/field_decode.h"
 #include "access/storage/byte_reader.h"
@@ -52,9 +53,18 @@ DbfTable::DbfTable(const TableOpening& opening)
     findMemo();
 }
 
+/// Nothing but a failure while the files were opened again can have closed them.
+FileSet& DbfTable::set() const
+{
+    if (!files_)
+        throw EngineError(EngineErrorNumber::CannotOpen,
+                          opening_.path + " could not be kept open.");
+    return *files_;
+}
+
 void DbfTable::readHead()
 {
-    PageFile& file = files_->main();
+    PageFile& file = set().main();
     const std::uint64_t size = file.size();
     try {
         std::vector<std::uint8_t> head(static_cast<std::size_t>(std::min<std::uint64_t>(size, 32)));
@@ -82,7 +92,7 @@ void DbfTable::findMemo()
         const std::string path = paths::withExtension(opening_.path, place.extension);
         if (!opening_.files->fileExists(path))
             continue;
-        memo_.emplace(files_->companion(path, memoFileOptions()), place.form);
+        memo_.emplace(set().companion(path, memoFileOptions()), place.form);
         return;
     }
     header_.oddities.push_back({"the memo file is missing"});
@@ -105,7 +115,7 @@ std::vector<std::string> DbfTable::indexFiles() const
 void DbfTable::readRecords(std::uint32_t first, std::uint32_t records, std::span<std::uint8_t> out)
 {
     const std::size_t bytes = std::size_t{records} * header_.recordLength;
-    if (files_->main().readAt(header_.offsetOf(first), out.first(bytes)) != bytes)
+    if (set().main().readAt(header_.offsetOf(first), out.first(bytes)) != bytes)
         throw EngineError(EngineErrorNumber::Corrupt,
                           opening_.path + " ends before record " + std::to_string(first + records));
 }
@@ -156,7 +166,7 @@ void DbfTable::needRoom() const
 std::uint32_t DbfTable::append(std::span<const std::uint8_t> record)
 {
     needRoom();
-    files_->main().writeAt(header_.offsetOf(count_ + 1ull), record);
+    set().main().writeAt(header_.offsetOf(count_ + 1ull), record);
     ++count_;
     changed_ = appended_ = true;
     if (liveCounts_.known())
@@ -166,13 +176,13 @@ std::uint32_t DbfTable::append(std::span<const std::uint8_t> record)
 
 void DbfTable::overwrite(std::uint32_t number, std::span<const std::uint8_t> record)
 {
-    files_->main().writeAt(header_.offsetOf(number), record);
+    set().main().writeAt(header_.offsetOf(number), record);
     changed_ = true;
 }
 
 void DbfTable::markDeleted(std::uint32_t number)
 {
-    files_->main().writeAt(header_.offsetOf(number), std::array{kDeleted});
+    set().main().writeAt(header_.offsetOf(number), std::array{kDeleted});
     changed_ = true;
     if (liveCounts_.known())
         liveCounts_.remove(number);
@@ -186,7 +196,7 @@ void DbfTable::setNextNumber(std::size_t field, std::uint32_t number)
 
 void DbfTable::writeHead()
 {
-    PageFile& file = files_->main();
+    PageFile& file = set().main();
     if (appended_)
         file.writeAt(header_.offsetOf(count_ + 1ull), std::array{kEndOfFile});
     const LocalTime now = host().clock->now();
@@ -206,7 +216,7 @@ void DbfTable::writeHead()
 void DbfTable::setProductionIndex(bool there)
 {
     header_.tableFlags = static_cast<std::uint8_t>((header_.tableFlags & ~1) | (there ? 1 : 0));
-    files_->main().writeAt(28, std::array{header_.tableFlags});
+    set().main().writeAt(28, std::array{header_.tableFlags});
     changed_ = true;
 }
 
@@ -217,11 +227,18 @@ void DbfTable::removeCompanion(const std::string& path)
     indexes_.forget();
     memo_.reset();
     files_.reset();
-    opening_.files->remove(path);
+    std::exception_ptr failure;
+    try {
+        opening_.files->remove(path);
+    } catch (const RunError&) {
+        failure = std::current_exception();  // a file without its mark in the header is no index
+    }
     files_ = std::make_unique<FileSet>(*opening_.files, opening_.path, recordFileOptions(),
                                        opening_.readOnly);
     readHead();
     findMemo();
+    if (failure)
+        std::rethrow_exception(failure);
 }
 
 /// 1.
@@ -232,7 +249,7 @@ void DbfTable::commit()
     try {
         indexes_.beforeCommit();
         writeHead();
-        files_->commit();
+        set().commit();
     } catch (...) {
         rollback();
         throw;
@@ -246,7 +263,9 @@ void DbfTable::commit()
 void DbfTable::rollback()
 {
     indexes_.forget();
-    files_->rollback();
+    if (!files_)
+        return;
+    set().rollback();
     const bool hadMemo = memo_.has_value();
     readHead();
     if (!hadMemo && header_.hasMemoField())

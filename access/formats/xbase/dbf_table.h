@@ -53,7 +53,7 @@ public:
     PageFile& companion(const std::string& path, const PageFileOptions& options,
                         bool create = false)
     {
-        return files_->companion(path, options, create);
+        return set().companion(path, options, create);
     }
     /// Commits, then takes a companion away; all that was opened beside the table is opened again.
     void removeCompanion(const std::string& path);
@@ -63,8 +63,8 @@ public:
 
     /// Records of the file, deleted ones included.
     std::uint32_t count() const { return count_; }
-    std::uint64_t fileBytes() { return files_->main().size(); }
-    std::uint64_t generation() const { return files_->generation(); }
+    std::uint64_t fileBytes() { return set().main().size(); }
+    std::uint64_t generation() const { return set().generation(); }
     /// Reads `records` whole records from a number on. 3197 when they are not there.
     void readRecords(std::uint32_t first, std::uint32_t records, std::span<std::uint8_t> out);
     const LiveCounts& liveCounts();
@@ -80,9 +80,13 @@ public:
 
     void commit();
     void rollback();
-    std::size_t pendingBytes() const { return files_->pendingBytes() + indexes_.pendingBytes(); }
+    std::size_t pendingBytes() const
+    {
+        return files_ ? files_->pendingBytes() + indexes_.pendingBytes() : 0;
+    }
 
 private:
+    FileSet& set() const;
     void readHead();
     void findMemo();
     template <class Use> void forEachFlag(std::uint32_t first, std::uint32_t records, Use use);
