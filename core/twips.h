@@ -2,6 +2,7 @@
 // pixels, 96 to the inch before scaling. Twips pass through here and nowhere else.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 
 namespace velnor {
@@ -22,6 +23,13 @@ inline int toTwips(int pixels)
 inline int placeOnScreen(int stored, int screenExtent)
 {
     return stored < 0 || stored > screenExtent ? 500 : stored;
+}
+
+/// A stored width or height in pixels; at most two screens, since a damaged file can ask for a
+/// window that no memory holds.
+inline int sizeInPixels(int stored, int screenPixels)
+{
+    return std::min(toPixels(stored), 2 * screenPixels);
 }
 
 }  // namespace velnor

@@ -21,7 +21,6 @@
 #include "platform/paths.h"
 #include "windows/file_list_model.h"
 #include "windows/folder_tree_model.h"
-#include "windows/not_there_yet.h"
 #include "windows/pane_heading.h"
 
 namespace velnor {
@@ -439,8 +438,8 @@ QList<ToolRow> DatabasesTab::tools()
     return {
         {u"ID_UpFolderBtn"_s, u"&Up One Folder"_s, u"Up one folder"_s,
          edge(this, &DatabasesTab::upFolder), u"go-up"_s, QKeySequence(u"Alt+Up"_s)},
-        notThereYet(u"ID_FolderList"_s, u"Next &Working Folder"_s, u"folder-bookmark"_s,
-                    u"the working folder list"_s),
+        {u"ID_FolderList"_s, u"Next &Working Folder"_s, u"Go to the next working folder"_s,
+         [this] { StepFolderList(); }, u"folder-bookmark"_s},
         {u"ID_CollapseBtn"_s, u"&Collapse Folders"_s, u"Collapse the folder tree to its root"_s,
          edge(this, &DatabasesTab::collapseTree), u"collapse-all"_s},
         {u"ID_RefreshBtn"_s, u"&Refresh"_s, u"Read the folder again"_s,

@@ -36,6 +36,8 @@ public:
     /// What to switch when a file was selected, or none.
     std::function<void()> EnableSelectMenus = [] {};
     std::function<void()> DisableSelectMenus = [] {};
+    /// Goes to the next working folder.
+    std::function<void()> StepFolderList = [] {};
     /// Presses the tools that stand for a filter and a view.
     std::function<void(const QString& id)> pressTool = [](const QString&) {};
 

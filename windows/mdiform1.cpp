@@ -79,9 +79,10 @@ void MDIForm1::SetMDIWinSize()
 {
     auto& G = globals();
     const QRect screen = this->screen()->availableGeometry();
-    const int width = G.SHELL_WIDTH > 0 ? toPixels(G.SHELL_WIDTH) : qMin(1040, screen.width() - 80);
-    const int height =
-        G.SHELL_HEIGHT > 0 ? toPixels(G.SHELL_HEIGHT) : qMin(700, screen.height() - 80);
+    const int width = G.SHELL_WIDTH > 0 ? sizeInPixels(G.SHELL_WIDTH, screen.width())
+                                        : qMin(1040, screen.width() - 80);
+    const int height = G.SHELL_HEIGHT > 0 ? sizeInPixels(G.SHELL_HEIGHT, screen.height())
+                                          : qMin(700, screen.height() - 80);
     resize(width, height);
     if (G.SHELL_WIDTH <= 0)
         return;

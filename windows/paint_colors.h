@@ -12,7 +12,5 @@ namespace velnor {
 void paintField(QWidget& widget, ColorValue back, ColorValue text);
 /// Bold type when the option says so.
 void useBoldOption(QWidget& widget);
-/// The colours as they are delivered: those of the desktop.
-void SetWindowColors();
 
 }  // namespace velnor

@@ -1,11 +1,10 @@
 #include "windows/velnor1.h"
 
 #include <QApplication>
-#include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QLabel>
+#include <QListWidget>
 #include <QMimeData>
-#include <QScreen>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QStyle>
@@ -28,7 +27,6 @@
 #include "windows/databases_tab.h"
 #include "windows/dropped_files.h"
 #include "windows/mdiform1.h"
-#include "windows/paint_colors.h"
 #include "windows/save_file_as.h"
 
 namespace velnor {
@@ -38,8 +36,6 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr int kLeastHeight = 1000;  // twips: a smaller window is a minimized one
 constexpr int kLeastWidth = 800;
-constexpr int kOffScreenPlace = 500;
-constexpr QSize kFirstSize{1180, 740};
 }  // namespace
 
 QString joinedArguments(const QStringList& arguments)
@@ -114,6 +110,10 @@ void Velnor1::buildTabs()
 
     databases_ = new DatabasesTab(this);
     copy_ = new CopyPlace(this);
+    List1 = new QListWidget(this);
+    List1->setObjectName(u"List1"_s);
+    List1->hide();
+    databases_->StepFolderList = [this] { stepFolders(); };
     addComingTabs();
     databases_->EnableSelectMenus = [this] { EnableSelectMenus(); };
     databases_->DisableSelectMenus = [this] { DisableSelectMenus(); };
@@ -150,7 +150,9 @@ void Velnor1::Form_Load()
     G.FILE_EXT = u"DBF"_s;
     for (qsizetype i = 0; i < toolbars_.size(); ++i)
         toolbars_[i]->setVisible(i == 0);
-    SetWindowColors();  // as they are delivered, until people's own settings are read here
+    LoadFolderList();
+    LoadColors(this);
+    LoadOptions(MAIL_FAVORITES, this);
     databases_->setListView(G.FILE_LIST_VIEW);
     databases_->SetFilterButton(kAllDataFilter);
     SetWinSize();
@@ -181,9 +183,10 @@ void Velnor1::Form_Activate()
             attempt([&] { databases_->showFile(file); });
         DisplayFile(file);
         setWindowTitle(file + u" - "_s + QString::fromLatin1(kProgramTitle));
-    } else if (databases_->folder().isEmpty()) {
-        databases_->goToFolder(startFolder_);
     }
+    StepFolderList();
+    if (databases_->folder().isEmpty())
+        databases_->goToFolder(startFolder_);
     globals().MAIN_CAPTION = windowTitle();
 }
 
@@ -202,40 +205,6 @@ void Velnor1::changeEvent(QEvent* event)
         const Outcome done = attempt([this] { Form_Activate(); });
         if (!done)
             tellUnexpected(done);
-    }
-}
-
-void Velnor1::SetWinSize()
-{
-    auto& G = globals();
-    const QRect screen = this->screen()->availableGeometry();
-    const Globals fresh;
-    // Never stored: as large as the workspaces like it.
-    if (G.MAIN_WIDTH == fresh.MAIN_WIDTH && G.MAIN_HEIGHT == fresh.MAIN_HEIGHT) {
-        resize(kFirstSize.boundedTo(screen.size() - QSize(40, 60)));
-    } else {
-        resize(toPixels(G.MAIN_WIDTH), toPixels(G.MAIN_HEIGHT));
-    }
-    const auto onScreen = [](int place, int limit) {
-        return place > limit || place < 0 ? kOffScreenPlace : place;
-    };
-    G.MAIN_LEFT = onScreen(G.MAIN_LEFT, toTwips(screen.width()));
-    G.MAIN_TOP = onScreen(G.MAIN_TOP, toTwips(screen.height()));
-    move(toPixels(G.MAIN_LEFT), toPixels(G.MAIN_TOP));
-}
-
-void Velnor1::SetWinSizeVariables()
-{
-    auto& G = globals();
-    G.MAIN_LEFT = toTwips(x());
-    G.MAIN_TOP = toTwips(y());
-    G.MAIN_HEIGHT = toTwips(height());
-    G.MAIN_WIDTH = toTwips(width());
-    if (G.MDI_OPEN_FLG && shell_) {
-        G.SHELL_LEFT = toTwips(shell_->x());
-        G.SHELL_TOP = toTwips(shell_->y());
-        G.SHELL_HEIGHT = toTwips(shell_->height());
-        G.SHELL_WIDTH = toTwips(shell_->width());
     }
 }
 
@@ -316,16 +285,6 @@ void Velnor1::dropEvent(QDropEvent* event)
 {
     event->acceptProposedAction();
     openDroppedFiles(*event->mimeData());
-}
-
-void Velnor1::closeEvent(QCloseEvent* event)
-{
-    if (globals().SAVE_WINDOW_SIZE)
-        SetWinSizeVariables();
-    Timer1->stop();
-    if (globals().MDI_OPEN_FLG && shell_)
-        shell_->close();
-    event->accept();
 }
 
 }  // namespace velnor

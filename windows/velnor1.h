@@ -6,11 +6,13 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include "core/settings.h"
 #include "core/window_list.h"
 #include "windows/main_tab.h"
 #include "windows/tool_set.h"
 
 class QLabel;
+class QListWidget;
 class QStackedWidget;
 class QTabBar;
 class QTimer;
@@ -34,6 +36,9 @@ public:
     QTimer* Timer1;
     QLabel* ID_Date;
     QLabel* ID_Time;
+    QListWidget* List1;  // working folder lines, never seen; the next step goes to its current one
+
+    MailFavorites MAIL_FAVORITES;  ///< addresses of the mail options
 
     /// The command line, joined; its file is opened at the first activation.
     void setCommandLine(const QString& joined) { commandLine_ = joined; }
@@ -49,6 +54,10 @@ public:
     void OpenBtn_Click();
     void EnableSelectMenus();
     void DisableSelectMenus();
+    /// Reads the working folders again.
+    void LoadFolderList();
+    /// Takes the explorer to the next working folder and filter; nothing when there is none.
+    void StepFolderList();
     void SetWinSize();
     void SetWinSizeVariables();
     void Timer1_Timer();
@@ -78,6 +87,7 @@ private:
     void saveSelected();
     void closeSelectedWindow();
     void openWithAnother();
+    void stepFolders();
     void step(void (Velnor1::*procedure)());
     MDIForm1& loadShell();
 

@@ -1,11 +1,13 @@
 // tests/windows/window_fixture.h - what the tests of windows start from: a sandbox with files made
-// through the engine, a script of answers, defaults as after StartProgram, and no window.
+// through the engine and the delivered ones in "C:\app", a script of answers, defaults as after
+// StartProgram, and no window.
 #pragma once
 
 #include <memory>
 
 #include <QFile>
 
+#include "core/application_folder.h"
 #include "core/globals.h"
 #include "core/startup.h"
 #include "core/upcalls.h"
@@ -24,6 +26,8 @@ public:
         SetDefaultOptions();
         globals().APP_PATH = "C:\\app";
         sandbox.write("C:\\app\\Close.Txt", "closed\r\n");
+        prepareApplicationFolder(sandbox.paths(),
+                                 QString::fromStdString(sandbox.native("C:\\app")));
         sandbox.makeFolders("C:\\data");
     }
     ~WindowFixture() { resetUpcalls(); }
