@@ -220,6 +220,17 @@ void DbfTable::setProductionIndex(bool there)
     changed_ = true;
 }
 
+void DbfTable::markIndexedField(std::size_t field, bool indexed)
+{
+    const HeaderShape& shape = *header_.format->shape;
+    const std::uint64_t at =
+        shape.firstDescriptor + field * shape.descriptorSize + shape.productionIndexAt;
+    if (header_.format->fox || !shape.productionIndexAt || at >= header_.headerLength)
+        return;
+    set().main().writeAt(at, std::array{static_cast<std::uint8_t>(indexed)});
+    changed_ = true;
+}
+
 void DbfTable::removeCompanion(const std::string& path)
 {
     changed_ = true;

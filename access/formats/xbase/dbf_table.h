@@ -59,6 +59,8 @@ public:
     void removeCompanion(const std::string& path);
     /// The mark in the header that a production index stands beside the table.
     void setProductionIndex(bool there);
+    /// The mark of a dBASE field that is a key of the production index by itself.
+    void markIndexedField(std::size_t field, bool indexed);
     void noteChange() { changed_ = true; }
 
     /// Records of the file, deleted ones included.

@@ -438,6 +438,22 @@ NewTag IndexSet::newTag(const IndexDef& def, IndexKind kind)
     return made;
 }
 
+/// dBASE notes in a field's descriptor that it is a key by itself; `gone` is leaving.
+void IndexSet::markPlainField(const std::unique_ptr<TableIndex>& gone, IndexKind kind,
+                              const std::vector<std::unique_ptr<TableIndex>>& indexes)
+{
+    const auto plain = [this](const TableIndex& index) {
+        return fieldOfName(table_.header(), index.tag().expression);
+    };
+    const int n = plain(*gone);
+    if (kind != IndexKind::Mdx || n < 0)
+        return;
+    const bool stays = std::any_of(indexes.begin(), indexes.end(), [&](const auto& other) {
+        return other != gone && plain(*other) == n;
+    });
+    table_.markIndexedField(static_cast<std::size_t>(n), stays);
+}
+
 void IndexSet::add(const IndexDef& def)
 {
     open();
@@ -455,6 +471,8 @@ void IndexSet::add(const IndexDef& def)
     if (!index->tag().trouble.empty())
         throw EngineError(EngineErrorNumber::InvalidIndex, index->tag().trouble);
     index->build();
+    if (kind == IndexKind::Mdx && made.plainField)
+        table_.markIndexedField(index->fields().front(), true);
     auto place = file.indexes.end();
     if (kind == IndexKind::Cdx)
         place = std::find_if(file.indexes.begin(), file.indexes.end(), [&](const auto& other) {
@@ -474,6 +492,7 @@ void IndexSet::drop(std::string_view name)
         if (at == file->indexes.end())
             continue;
         ++epoch_;
+        markPlainField(*at, file->kind, file->indexes);
         if (file->indexes.size() > 1) {
             if (gone.tag().walkable)
                 gone.drop();
@@ -482,8 +501,11 @@ void IndexSet::drop(std::string_view name)
             return;
         }
         const std::string path = file->path;
-        if (file->kind == IndexKind::Mdx || file->kind == IndexKind::Cdx)
-            table_.setProductionIndex(false);
+        const auto other = [&](const auto& one) {
+            return one != file && (one->kind == IndexKind::Mdx || one->kind == IndexKind::Cdx);
+        };
+        if (file->kind != IndexKind::Ndx)
+            table_.setProductionIndex(std::any_of(files_.begin(), files_.end(), other));
         table_.removeCompanion(path);
         unlistInInf(table_.fileSystem(), table_.path(), paths::fileName(path));
         return;

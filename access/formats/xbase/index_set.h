@@ -64,6 +64,8 @@ private:
     void openFormat(IndexFile& file);
     std::unique_ptr<TableIndex> openIndex(IndexFile& file, IndexTag tag);
     IndexFile& fileForNew(IndexKind kind, const std::string& name);
+    void markPlainField(const std::unique_ptr<TableIndex>& gone, IndexKind kind,
+                        const std::vector<std::unique_ptr<TableIndex>>& indexes);
     bool shows(const IndexFile& file) const;
     IndexKind kindForNew() const;
     std::vector<std::size_t> fieldsFor(const IndexDef& def) const;

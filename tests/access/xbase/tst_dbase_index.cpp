@@ -84,6 +84,40 @@ TEST_F(DbaseIndex, tagsStandInTheOrderOfTheirMaking)
     EXPECT_EQ(store->layout("T").indexes.size(), 0u);
 }
 
+TEST_F(DbaseIndex, theHeaderNotesFieldsThatAreKeysByThemselves)
+{
+    makeTable("dBASE 5.0;");
+    store->addIndex("T", indexDef("A", {"NAME"}));
+    store->addIndex("T", indexDef("B", {"CITY", "NAME"}));
+    store->addIndex("T", indexDef("C", {"NAME"}));
+    const auto marks = [this] {
+        const std::string head = textOf("C:\\T.DBF");
+        return std::string{head[28] & 1 ? '1' : '0', head[63] ? '1' : '0',
+                           head[32 * 4 + 31] ? '1' : '0'};
+    };
+    EXPECT_EQ(marks(), "110");
+    store->dropIndex("T", "A");
+    EXPECT_EQ(marks(), "110");
+    store->dropIndex("T", "C");
+    EXPECT_EQ(marks(), "100");
+    store->dropIndex("T", "B");
+    EXPECT_EQ(marks(), "000");
+}
+
+TEST_F(DbaseIndex, theProductionMarkStaysWhileTheOtherKindIsThere)
+{
+    makeTable("dBASE 5.0;");
+    store->addIndex("T", indexDef("A", {"NAME"}));
+    store.reset();
+    store = openStore(files, "FoxPro 2.6;");
+    store->addIndex("T", indexDef("B", {"NAME"}));
+    store->dropIndex("T", "B");
+    EXPECT_FALSE(files.fileExists("C:\\T.CDX"));
+    store.reset();
+    store = openStore(files, "dBASE 5.0;");
+    EXPECT_EQ(store->layout("T").indexes.size(), 1u);
+}
+
 TEST_F(DbaseIndex, aFortyEighthTagIsRefused)
 {
     makeTable("dBASE IV;");
