@@ -242,9 +242,6 @@ std::vector<std::uint8_t> newHeader(const std::vector<NewField>& fields, const N
 void createTableFiles(FileSystem& files, const std::string& path, const TableLayout& layout,
                       const NewTableForm& form, const std::string& codePage)
 {
-    if (!layout.indexes.empty())
-        throw EngineError(EngineErrorNumber::NotSupported,
-                          "Indexes of dBASE and FoxPro tables cannot be made.");
     const std::vector<NewField> fields = newFields(layout, form);
     const CodePage& page = chooseCodePage(codePage, 0, {}, form.codePage);
     const std::uint8_t mark =

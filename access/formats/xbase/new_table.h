@@ -28,8 +28,8 @@ std::vector<NewField> newFields(const TableLayout& layout, const NewTableForm& f
 std::vector<std::uint8_t> newHeader(const std::vector<NewField>& fields, const NewTableForm& form,
                                     std::uint8_t languageMark);
 
-/// Makes the memo file and then the DBF: the table is there when the DBF is. `codePage`: what the
-/// user asked for; empty: the usual one of the kind.
+/// Makes the memo file and then the DBF: the table is there when the DBF is. Indexes are
+/// added afterwards. `codePage`: what the user asked for; empty: the usual one of the kind.
 void createTableFiles(FileSystem& files, const std::string& path, const TableLayout& layout,
                       const NewTableForm& form, const std::string& codePage);
 

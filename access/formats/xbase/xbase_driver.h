@@ -4,9 +4,11 @@
 // Reads   version bytes 02 03 04 05 30 31 32 83 8B 8C CB F5 FB, memo files DBT and FPT.
 // Writes  all of them but 02; makes 03 83 8B 30 31 F5, DBT and FPT.
 // The dBASE words refuse FoxPro kinds with 3274; the FoxPro words open everything.
-// Refuses with 3191 two names equal in ten characters, with 3800 to write a table whose index files
-// would go stale.
-// Bytes:  docs/formats/xbase.md. No other header of this folder is included from outside it.
+// Indexes CDX, compact IDX, MDX and NDX (by NAME.INF) are walked, searched and kept right; made are
+// CDX by the FoxPro words, MDX by dBASE IV and 5.0, NDX by dBASE III. The old IDX is only read.
+// Refuses with 3191 two names equal in ten characters, with 3800 to write a table with an index
+// that cannot be kept right. Bytes:  docs/formats/xbase.md. No other header of this folder is
+// included from outside it.
 #pragma once
 
 #include "access/formats/driver.h"

@@ -56,6 +56,19 @@ TEST_F(CdxIndex, theLastIndexTakesItsFileAway_andANewOneMakesItAgain)
     EXPECT_EQ(namesBy(*store, "A"), std::vector<std::string>{"Able"});
 }
 
+TEST_F(CdxIndex, aTableIsMadeWithItsIndexes_orNotAtAll)
+{
+    store = openStore(files, kFox);
+    TableLayout layout = peopleLayout();
+    layout.indexes = {indexDef("A", {"NAME"}), indexDef("B", {"NOTE"})};
+    EXPECT_EQ(errorOf([&] { store->createTable(layout); }), 3018);
+    EXPECT_FALSE(files.fileExists("C:\\T.DBF"));
+    EXPECT_FALSE(files.fileExists("C:\\T.CDX"));
+    layout.indexes.pop_back();
+    store->createTable(layout);
+    EXPECT_EQ(store->layout("T").indexes.size(), 1u);
+}
+
 TEST_F(CdxIndex, aTakenNameIsRefused_andAnUnknownOneIsNotFound)
 {
     makeTable();
