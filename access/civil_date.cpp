@@ -70,6 +70,28 @@ void putPair(char* p, unsigned below100)
     p[1] = static_cast<char>('0' + below100 % 10);
 }
 
+/// "YYYY-MM-DD" of a day between 0001-01-01 and 9999-12-31, by 32-bit arithmetic: years begin on 1
+/// March, and multiplications stand for the divisions by 365.25 and 30.6.
+char* putOrdinaryDay(char* p, std::int32_t day)
+{
+    const auto inCenturies = static_cast<std::uint32_t>(day - kDayOfUnixEpoch + 719468) * 4 + 3;
+    const std::uint32_t century = inCenturies / 146097;
+    const std::uint32_t inYears = inCenturies % 146097 | 3;
+    const std::uint64_t years = std::uint64_t{2939745} * inYears;
+    const std::uint32_t dayOfYear = static_cast<std::uint32_t>(years) / 2939745 / 4;
+    const std::uint32_t months = 2141 * dayOfYear + 197913;
+    const bool nextYear = dayOfYear >= 306;  // January and February
+    const auto yearOfCentury = static_cast<std::uint32_t>(years >> 32) + nextYear;
+    const bool nextCentury = yearOfCentury == 100;
+    putPair(p, century + nextCentury);
+    putPair(p + 2, nextCentury ? 0 : yearOfCentury);
+    p[4] = '-';
+    putPair(p + 5, (months >> 16) - (nextYear ? 12 : 0));
+    p[7] = '-';
+    putPair(p + 8, (months & 0xFFFF) / 2141 + 1);
+    return p + 10;
+}
+
 /// At least `width` digits, more when the number has them.
 char* putNumber(char* p, int value, int width)
 {
@@ -210,24 +232,18 @@ double dateFromCivil(const CivilTime& t)
 char* putIsoDate(char* p, double date)
 {
     constexpr double kFirst = -693593, kLast = 2958465;  // 0001-01-01, 9999-12-31
-    const bool ordinary = date >= kFirst && date <= kLast;
-    const auto day = ordinary ? static_cast<std::int64_t>(date) : 0;
-    const bool noTime = ordinary && static_cast<double>(day) == date;  // what most dates are
-    const CivilTime t = noTime ? civilDay(day) : civilRounded(date, 1000);
-    if (noTime) {
-        const auto year = static_cast<unsigned>(t.year);
-        putPair(p, year / 100);
-        putPair(p + 2, year % 100);
-        p += 4;
-    } else {
-        p = putNumber(p, t.year, 4);
+    if (date >= kFirst && date <= kLast) {
+        const auto day = static_cast<std::int32_t>(date);
+        if (day == date)  // no time: what most dates are
+            return putOrdinaryDay(p, day);
     }
-    p[0] = '-';
-    putPair(p + 1, static_cast<unsigned>(t.month));
-    p[3] = '-';
-    putPair(p + 4, static_cast<unsigned>(t.day));
-    p += 6;
-    if (noTime || isMidnight(t))
+    const CivilTime t = civilRounded(date, 1000);
+    p = putNumber(p, t.year, 4);
+    *p++ = '-';
+    p = putDigits(p, static_cast<unsigned>(t.month), 2);
+    *p++ = '-';
+    p = putDigits(p, static_cast<unsigned>(t.day), 2);
+    if (isMidnight(t))
         return p;
     *p++ = ' ';
     p = putDigits(p, static_cast<unsigned>(t.hour), 2);

@@ -193,13 +193,19 @@ ValueView readNumber(std::span<const std::uint8_t> field)
 {
     const std::uint8_t* p = field.data();
     const std::uint8_t* end = p + field.size();
+    for (; end - p >= 4; p += 4) {  // numbers stand at the right: step over the blanks in front
+        std::uint32_t four;
+        std::memcpy(&four, p, 4);
+        if (four != 0x20202020u)
+            break;
+    }
     while (p != end && isPadding(*p))
         ++p;
-    const std::uint8_t* const begin = p;
-    while (end != p && isPadding(end[-1]))
-        --end;
     if (p == end)
         return {};
+    const std::uint8_t* const begin = p;
+    while (isPadding(end[-1]))
+        --end;
     const bool negative = *p == '-';
     if (negative || *p == '+')
         ++p;

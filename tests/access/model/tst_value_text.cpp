@@ -1,4 +1,5 @@
 // Values as texts and numbers.
+#include <cstdio>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -45,6 +46,19 @@ std::string decimalText(std::string_view from)
     std::string out;
     appendDecimal(out, *read);
     return out;
+}
+
+TEST(ValueText, everyDayFromYear1To9999IsWrittenAsItsCalendarDay)
+{
+    std::string quick;
+    for (double day = -693593; day <= 2958465; ++day) {
+        quick.clear();
+        appendIsoDate(quick, day);
+        const CivilTime t = civilTime(day);
+        char text[32];
+        std::snprintf(text, sizeof text, "%04d-%02d-%02d", t.year, t.month, t.day);
+        ASSERT_EQ(quick, text);
+    }
 }
 
 TEST(RealText, isTheShortestThatReadsBack)
