@@ -69,10 +69,10 @@ RowPlan::RowPlan(const JetFormat& f, const CodePage& page, const TableDef& table
         if (!plan.fixed)
             firstVariableId = std::min(firstVariableId, c.id);
         else if (c.type != column_type::kBoolean)
-            fixedBytes = std::max<std::uint16_t>(fixedBytes, c.fixedOffset + c.length);
-        columnIds = std::max<std::uint16_t>(columnIds, c.id + 1);
+            fixedBytes = std::max<std::uint32_t>(fixedBytes, c.fixedOffset + c.length);
+        columnIds = std::max<std::uint32_t>(columnIds, c.id + 1);
         if (!plan.fixed)
-            variableSlots = std::max<std::uint16_t>(variableSlots, c.variableSlot + 1);
+            variableSlots = std::max<std::uint32_t>(variableSlots, c.variableSlot + 1);
         fields.push_back(plan);
     }
 }
@@ -273,6 +273,11 @@ double numberOf(ValueView v)
 RowWriterBuffer::RowWriterBuffer(const RowPlan& plan)
     : plan_(&plan), cells_(plan.fields.size()), fieldOfSlot_(plan.variableSlots, -1)
 {
+    // A damaged definition can be read as far as it goes, but no record is laid out by it.
+    if (plan.columnIds > kMaxColumns || plan.variableSlots > kMaxColumns ||
+        plan.fixedBytes > plan.format->pageSize)
+        throw EngineError(EngineErrorNumber::Corrupt,
+                          "The definition of the table is damaged: no record can be written.");
     for (std::size_t i = 0; i < plan.fields.size(); ++i)
         if (!plan.fields[i].fixed)
             fieldOfSlot_[plan.fields[i].place] = static_cast<int>(i);

@@ -36,10 +36,10 @@ struct RowPlan {
     const JetFormat* format = nullptr;
     const CodePage* codePage = nullptr;  // Jet 3
     std::vector<FieldPlan> fields;
-    std::uint16_t columnIds = 0;      // ids ever given: the null mask of new rows
-    std::uint16_t variableSlots = 0;  // slots ever given
+    std::uint32_t columnIds = 0;      // ids ever given: the null mask of new rows
+    std::uint32_t variableSlots = 0;  // slots ever given
     std::uint16_t firstVariableId = 0xFFFF;
-    std::uint16_t fixedBytes = 0;  // of the fixed part of new rows
+    std::uint32_t fixedBytes = 0;  // of the fixed part of new rows
 
     RowPlan() = default;
     RowPlan(const JetFormat& format, const CodePage& codePage, const TableDef& table);

@@ -47,6 +47,16 @@ std::string textOf(const RowReader& reader, int field)
     return v.isNull() ? "(null)" : std::string(v.asText());
 }
 
+TEST(RowCodec, aDamagedDefinitionLaysOutNoRecord)
+{
+    for (const Column& damaged : {column(column_type::kText, 0, 0xFFFF, 100, false),
+                                  column(column_type::kText, 0xFFFF, 0, 100, false),
+                                  column(column_type::kLong, 0, 0xFFFE, 4, true)}) {
+        const RowPlan plan(kJet4, ansi(), tableOf({damaged}, 1));
+        EXPECT_THROW(RowWriterBuffer{plan}, EngineError);
+    }
+}
+
 TEST(RowCodec, readsAJet4RowOfARealFile)
 {
     const TableDef def = tableOf({column(column_type::kText, 0, 0, 100, false),
