@@ -475,7 +475,7 @@ Bytes RowWriterBuffer::build()
     row_.resize(bytes);
     std::uint8_t* row = row_.data();
     if (wide)
-        storeLE(row, plan_->columnIds);
+        storeLE(row, static_cast<std::uint16_t>(plan_->columnIds));
     else
         row[0] = static_cast<std::uint8_t>(plan_->columnIds);
     std::uint8_t* at = fixedPart(row + (wide ? 2 : 1));
@@ -520,7 +520,7 @@ void RowWriterBuffer::wideEnd(std::uint8_t* at)
 {
     for (std::size_t slot = plan_->variableSlots + 1u; slot-- > 0; at += 2)
         storeLE(at, static_cast<std::uint16_t>(ends_[slot]));
-    storeLE(at, plan_->variableSlots);
+    storeLE(at, static_cast<std::uint16_t>(plan_->variableSlots));
 }
 
 void RowWriterBuffer::narrowEnd(std::uint8_t* at, std::size_t jumps)
