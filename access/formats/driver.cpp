@@ -1,5 +1,9 @@
 #include "access/formats/driver.h"
 
+#include <algorithm>
+
+#include "platform/paths.h"
+
 namespace velnor {
 namespace {
 
@@ -10,6 +14,18 @@ namespace {
 }
 
 }  // namespace
+
+std::optional<std::string_view> connectOption(std::string_view options, std::string_view key)
+{
+    while (!options.empty()) {
+        const std::string_view part = options.substr(0, options.find(';'));
+        const std::size_t equals = part.find('=');
+        if (equals != part.npos && paths::sameName(part.substr(0, equals), key))
+            return part.substr(equals + 1);
+        options.remove_prefix(std::min(part.size() + 1, options.size()));
+    }
+    return std::nullopt;
+}
 
 ValueKind valueKindOf(FieldType type)
 {

@@ -136,7 +136,11 @@ struct OpenRequest {
     std::string connectWord;     ///< the word that chose the driver: "dBASE 5.0;"
     std::string password;
     std::string codePage;        ///< "866", "cp866": overrides what the file says; empty: believe it
+    std::string options;         ///< the format's own words of the connect string: "HDR=No;IMEX=1"
 };
+
+/// The value of a key in OpenRequest::options, blind to case; nothing when it is not named.
+std::optional<std::string_view> connectOption(std::string_view options, std::string_view key);
 
 struct CreateRequest {
     std::string name;

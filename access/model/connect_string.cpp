@@ -24,6 +24,8 @@ void takePart(std::string_view part, ConnectString& out)
         out.password = value;
     else if (paths::sameName(key, "codepage"))
         out.codePage = trimmed(value);
+    else
+        out.options += (out.options.empty() ? "" : ";") + std::string(trimmed(part));
 }
 
 }  // namespace

@@ -10,10 +10,11 @@ struct ConnectString {
     std::string word;      ///< picks the driver, with its ";": "dBASE 5.0;"; empty for Access
     std::string password;  ///< of "pwd=", as written
     std::string codePage;  ///< of "codepage="
+    std::string options;   ///< the other "key=value" parts, for the driver: "HDR=No;IMEX=1"
 };
 
 /// The first part is the driver's word unless it has a "="; other parts are known by their key,
-/// blind to case, and what is not known is passed over.
+/// blind to case, and what is not known is left to the driver, as written.
 ConnectString parseConnect(std::string_view connect);
 
 }  // namespace velnor::model

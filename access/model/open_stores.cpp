@@ -36,7 +36,7 @@ std::string foldedPlace(std::string_view path)
 
 std::string keyOf(const OpenRequest& request, const FormatTraits& traits)
 {
-    std::string key = paths::foldName(request.codePage);
+    std::string key = paths::foldName(request.codePage) + '|' + paths::foldName(request.options);
     if (traits.folder)
         key += '|' + paths::foldName(request.connectWord);
     return key;

@@ -3,8 +3,8 @@
 // Every Database of a file gets the same Store. A file that is open to read only is opened again,
 // writeable, when somebody wants to write; its cursors are taken away before and put back after. It
 // then stays writeable until its last Database is closed. An exclusive open stands alone: whoever
-// comes second, on either side, gets 3045. A folder opened under two connect words, or with two
-// code pages, is two Stores: their answers differ.
+// comes second, on either side, gets 3045. A folder opened under two connect words, or a
+// file with two code pages or other options, is two Stores: their answers differ.
 #pragma once
 
 #include <memory>

@@ -70,6 +70,7 @@ OpenRequest requestFor(std::string_view name, const model::ConnectString& connec
     request.connectWord = connect.word;
     request.password = connect.password;
     request.codePage = connect.codePage;
+    request.options = connect.options;
     return request;
 }
 

@@ -1,6 +1,7 @@
 // Connect strings taken apart.
 #include <gtest/gtest.h>
 
+#include "access/formats/driver.h"
 #include "access/model/connect_string.h"
 
 namespace velnor::model {
@@ -30,6 +31,16 @@ TEST(ConnectString, partsAreKnownByTheirKeyBlindToCase)
     EXPECT_EQ(c.codePage, "cp866");
     EXPECT_EQ(parseConnect(";pwd=").password, "");
     EXPECT_EQ(parseConnect(";pwd=a=b").password, "a=b");
+}
+
+TEST(ConnectString, partsThatTheEngineDoesNotKnowAreLeftToTheDriver)
+{
+    const ConnectString c = parseConnect("Excel 8.0;HDR=No; imex=1 ;codepage=1252;");
+    EXPECT_EQ(c.options, "HDR=No;imex=1");
+    EXPECT_EQ(connectOption(c.options, "hdr"), "No");
+    EXPECT_EQ(connectOption(c.options, "IMEX"), "1");
+    EXPECT_EQ(connectOption(c.options, "cells"), std::nullopt);
+    EXPECT_EQ(connectOption("", "hdr"), std::nullopt);
 }
 
 }  // namespace
