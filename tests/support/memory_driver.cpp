@@ -437,7 +437,7 @@ void MemoryDriver::compact(FileSystem& files, const OpenRequest& from,
 {
     const auto store = open(files, from);
     create(files, to);
-    const auto target = open(files, {to.name, false, true, {}, to.password, {}});
+    const auto target = open(files, {to.name, false, true, {}, to.password, {}, {}});
     for (const TableEntry& entry : store->catalogue())
         target->createTable(store->layout(entry.name));
 }
