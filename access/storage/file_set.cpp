@@ -5,6 +5,7 @@
 
 #include "access/engine_error.h"
 #include "access/storage/page_file_state.h"
+#include "access/storage/replace_set.h"
 #include "access/storage/undo_journal.h"
 #include "platform/paths.h"
 
@@ -59,7 +60,7 @@ std::optional<OldJournal> findJournal(FileSystem& files, std::string_view mainPa
     auto head = readJournalHead(*found.file, mainPath);
     if (!head)
         return std::nullopt;
-    if (head->owner.livesElsewhere())
+    if (head->owner.livesElsewhere() || head->kind == JournalHead::Kind::Replace)
         throw EngineError(EngineErrorNumber::FileInUse,
                           std::string(mainPath) + " is being written by somebody else");
     found.head = std::move(*head);
@@ -86,6 +87,7 @@ bool undoOldJournal(FileSystem& files, std::string_view mainPath)
 /// Opens and locks the main file, with no journal standing.
 std::unique_ptr<File> openMain(FileSystem& files, std::string_view path, bool readOnly)
 {
+    finishReplacement(files, path);
     auto file = openFile(files, path, readOnly ? OpenMode::Read : OpenMode::ReadWrite);
     lockFile(*file, path, readOnly ? LockKind::Shared : LockKind::Exclusive);
     if (!readOnly) {
@@ -108,6 +110,8 @@ std::unique_ptr<File> openMain(FileSystem& files, std::string_view path, bool re
 
 bool recoverFiles(FileSystem& files, std::string_view mainPath)
 {
+    if (finishReplacement(files, mainPath))
+        return true;
     if (!findJournal(files, mainPath, OpenMode::Read))
         return false;
     const auto main = openFile(files, mainPath, OpenMode::ReadWrite);

@@ -12,7 +12,7 @@
 namespace velnor {
 
 namespace {
-constexpr char kMagic[] = "VELUNDO1";
+constexpr char kUndoMagic[] = "VELUNDO1", kReplaceMagic[] = "VELMOVE1";
 constexpr std::size_t kMagicSize = 8;
 constexpr std::size_t kHeadStart = kMagicSize + 4;  // magic, length of the head
 constexpr std::size_t kLongestHead = 64u << 10;
@@ -106,12 +106,9 @@ std::string pathFromJournal(std::string_view name, std::string_view mainPath)
     return paths::join(paths::folder(mainPath), file);
 }
 
-std::uint64_t newMark()
+const char* magicOf(JournalHead::Kind kind)
 {
-    static std::uint64_t count = 0;
-    const auto now = std::chrono::system_clock::now().time_since_epoch().count();
-    const JournalOwner& self = JournalOwner::thisProcess();
-    return mix(mix(mix(++count, self.process), self.startTime), static_cast<std::uint64_t>(now));
+    return kind == JournalHead::Kind::Undo ? kUndoMagic : kReplaceMagic;
 }
 
 JournalHead parseHead(std::span<const std::uint8_t> bytes, std::string_view mainPath)
@@ -135,6 +132,14 @@ JournalHead parseHead(std::span<const std::uint8_t> bytes, std::string_view main
 }
 }  // namespace
 
+std::uint64_t newJournalMark()
+{
+    static std::uint64_t count = 0;
+    const auto now = std::chrono::system_clock::now().time_since_epoch().count();
+    const JournalOwner& self = JournalOwner::thisProcess();
+    return mix(mix(mix(++count, self.process), self.startTime), static_cast<std::uint64_t>(now));
+}
+
 std::string journalPath(std::string_view mainPath)
 {
     return std::string(mainPath) + "-undo";
@@ -143,7 +148,8 @@ std::string journalPath(std::string_view mainPath)
 std::vector<std::uint8_t> journalHeadBytes(const JournalHead& head, std::string_view mainPath)
 {
     HeadWriter out;
-    out.bytes().assign(kMagic, kMagic + kMagicSize);
+    const char* magic = magicOf(head.kind);
+    out.bytes().assign(magic, magic + kMagicSize);
     out.number(std::uint32_t{0});
     out.number(head.mark);
     out.number(head.owner.process);
@@ -164,7 +170,10 @@ std::vector<std::uint8_t> journalHeadBytes(const JournalHead& head, std::string_
 std::optional<JournalHead> readJournalHead(File& journal, std::string_view mainPath)
 {
     std::uint8_t start[kHeadStart + 8];
-    if (journal.readAt(0, start) != sizeof start || std::memcmp(start, kMagic, kMagicSize) != 0)
+    if (journal.readAt(0, start) != sizeof start)
+        return std::nullopt;
+    const bool replaces = std::memcmp(start, kReplaceMagic, kMagicSize) == 0;
+    if (!replaces && std::memcmp(start, kUndoMagic, kMagicSize) != 0)
         return std::nullopt;
     const auto length = loadLE<std::uint32_t>(start + kMagicSize);
     if (length < sizeof start + 8 || length > kLongestHead)
@@ -179,6 +188,7 @@ std::optional<JournalHead> readJournalHead(File& journal, std::string_view mainP
     try {
         JournalHead head = parseHead({bytes.data(), summed}, mainPath);
         head.length = length;
+        head.kind = replaces ? JournalHead::Kind::Replace : JournalHead::Kind::Undo;
         return head;
     } catch (const EngineError&) {
         return std::nullopt;  // not of our making
@@ -257,7 +267,7 @@ UndoJournal::UndoJournal(FileSystem& files, std::string_view mainPath,
                          std::vector<FileBefore> before)
     : files_(files), mainPath_(mainPath), path_(journalPath(mainPath))
 {
-    head_.mark = newMark();
+    head_.mark = newJournalMark();
     head_.owner = JournalOwner::thisProcess();
     head_.files = std::move(before);
     buffer_ = journalHeadBytes(head_, mainPath_);

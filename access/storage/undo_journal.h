@@ -6,6 +6,7 @@
 //   entry  u32 file, u32 length, u64 offset, u64 checksum (over these, the mark and the content),
 //   content
 //
+// With "VELMOVE1" it is a head alone: what a replacement of whole files does (replace_set.h).
 // All numbers little-endian. A file is named "*.EXT" when it shares the main file's base name, so
 // that the journal follows a rename, else by its name; it is always in the main file's folder. A
 // journal counts when its head is right; it ends in front of the first entry that is not. Undoing
@@ -28,11 +29,13 @@ namespace velnor {
 struct FileBefore {
     std::string path;
     std::uint64_t size = 0;
-    bool missing = false;  ///< this commit makes it
+    bool missing = false;  ///< this commit makes it; of a replacement: this file goes
 };
 
 /// What a journal says at its start. Names are resolved against the main file.
 struct JournalHead {
+    enum class Kind { Undo, Replace };
+    Kind kind = Kind::Undo;
     std::uint64_t mark = 0;
     JournalOwner owner;
     std::vector<FileBefore> files;
@@ -40,6 +43,8 @@ struct JournalHead {
 };
 
 std::string journalPath(std::string_view mainPath);
+/// A number that no journal had before.
+std::uint64_t newJournalMark();
 /// The head, when it is right: nothing is written on the word of another.
 std::optional<JournalHead> readJournalHead(File& journal, std::string_view mainPath);
 /// The bytes of a head.
