@@ -1,7 +1,7 @@
 // windows/copy_place.h - the copy workspace as a tab of the main window.
 #pragma once
 
-#include "windows/main_tab.h"
+#include "core/main_tab.h"
 
 namespace velnor {
 

@@ -6,7 +6,7 @@
 
 #include <functional>
 
-#include "windows/main_tab.h"
+#include "core/main_tab.h"
 
 class QAbstractItemView;
 class QComboBox;

@@ -2,8 +2,8 @@
 // will be, and say so.
 #pragma once
 
-#include "windows/main_tab.h"
-#include "windows/tool_row.h"
+#include "core/main_tab.h"
+#include "core/tool_row.h"
 
 namespace velnor {
 

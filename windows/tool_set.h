@@ -9,7 +9,7 @@
 #include <QList>
 #include <QObject>
 
-#include "windows/tool_row.h"
+#include "core/tool_row.h"
 
 class QAction;
 class QActionGroup;

@@ -8,7 +8,7 @@
 
 #include "core/settings.h"
 #include "core/window_list.h"
-#include "windows/main_tab.h"
+#include "core/main_tab.h"
 #include "windows/tool_set.h"
 
 class QLabel;

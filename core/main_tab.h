@@ -1,4 +1,4 @@
-// windows/main_tab.h - what a workspace brings to the main window: its caption, its tools, and what
+// core/main_tab.h - what a workspace brings to the main window: its caption, its tools, and what
 // happens when people come and go. The window itself knows no command of any workspace.
 #pragma once
 
@@ -6,7 +6,7 @@
 #include <QString>
 #include <QWidget>
 
-#include "windows/tool_row.h"
+#include "core/tool_row.h"
 
 namespace velnor {
 

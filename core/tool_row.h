@@ -1,4 +1,4 @@
-// windows/tool_row.h - one tool: the name it is known by, what people see of it, and what it runs.
+// core/tool_row.h - one tool: the name it is known by, what people see of it, and what it runs.
 #pragma once
 
 #include <functional>

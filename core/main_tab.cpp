@@ -1,4 +1,4 @@
-#include "windows/main_tab.h"
+#include "core/main_tab.h"
 
 namespace velnor {
 
