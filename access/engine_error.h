@@ -38,10 +38,16 @@ enum class EngineErrorNumber : int {
     NotSupported = 3251,           ///< the format has no such operation
     ItemNotFound = 3265,           ///< not in this collection
     ItemExists = 3367,             ///< an object of this name is in the collection already
+    RelatedRecords = 3200,         ///< records of another table belong to this one
+    NoRelatedRecord = 3201,        ///< the other table of a relationship has no record for this one
     UnexpectedFormat = 3274,       ///< external table is not in the expected format
+    FieldInIndex = 3280,           ///< an index needs the field that was to go
+    IndexInRelation = 3281,        ///< a relationship needs the index that was to go
+    FieldInRelation = 3303,        ///< a relationship needs the field that was to go
     FieldRequired = 3314,          ///< Null in a required field
     EmptyTextNotAllowed = 3315,
     ValidationFailed = 3316,
+    ValueRefused = 3317,           ///< a field's rule has no text of its own
     Unrecognised = 3343,           ///< not a database of this kind, or damaged beyond opening
     ExclusiveUse = 3356,
     ObjectClosed = 3420,           ///< the recordset, or the database it came from, is closed
