@@ -224,6 +224,9 @@ public:
     /// `source` is a table's name (folder kinds: with or without its extension).
     Recordset OpenRecordset(std::string_view source, RecordsetType type = RecordsetType::Dynaset);
     void Close();                           ///< commits, and throws when that fails
+    /// Sets, changes or (empty) removes the password of the file; 3031 when `old` is not the one it
+    /// has, 3001 for one that cannot be stored.
+    void NewPassword(std::string_view old, std::string_view now);
 
     /// Our additions. commit: everything written so far is safe on the disk when it returns. It is also
     /// done by itself whenever the changes since the last one pass a bound.
@@ -265,8 +268,13 @@ private:
 extern const char* const kGeneralLocale;
 
 /// A compacted copy under another name; 3204 when that exists, 3356 when the source is in use.
+/// `connect` brings the source's password. The copy has the same one, unless `locale` has a part
+/// ";pwd=..." for it. Options: 2 encodes the pages, 4 writes them plain; else as they are.
 void CompactDatabase(FileSystem& files, std::string_view source, std::string_view destination,
                      std::string_view locale = {}, int options = 0, std::string_view connect = {});
-void RepairDatabase(FileSystem& files, std::string_view name);
+/// Puts a damaged file right and tells what was done; the damaged one is kept beside it under
+/// another name. 3356 when it is in use. Needs no password: the file keeps the one it has.
+void RepairDatabase(FileSystem& files, std::string_view name,
+                    const std::function<void(const Database::Finding&)>& report = {});
 
 }  // namespace velnor

@@ -103,12 +103,13 @@ void Store::addIndex(std::string_view, const IndexDef&) { notSupported("add an i
 void Store::dropIndex(std::string_view, std::string_view) { notSupported("delete an index"); }
 
 bool Store::acceptsPassword(std::string_view) { return true; }
+void Store::changePassword(std::string_view) { notSupported("set a password"); }
 
 void Driver::create(FileSystem&, const CreateRequest&) const { notSupported("create a file"); }
 void Driver::compact(FileSystem&, const OpenRequest&, const CreateRequest&) const
 {
     notSupported("compact");
 }
-void Driver::repair(FileSystem&, const OpenRequest&) const { notSupported("repair"); }
+void Driver::repair(FileSystem&, const OpenRequest&, const ProblemSink&) const { notSupported("repair"); }
 
 }  // namespace velnor

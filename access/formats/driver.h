@@ -116,6 +116,9 @@ public:
 
     /// Whether a further open of this file may come in with `password`; formats without passwords take any.
     virtual bool acceptsPassword(std::string_view password);
+    /// Sets the password that opens the file from now on, safe on the disk; empty: none. Everything
+    /// written before it is committed. Default: 3251.
+    virtual void changePassword(std::string_view password);
 
     /// Everything written so far is safe on the disk when this returns. On a failure (disk full: 3026)
     /// the files are back at the last commit.
@@ -147,6 +150,7 @@ struct CreateRequest {
     std::string locale;          ///< ";LANGID=0x0409;CP=1252;COUNTRY=0"
     int options = 0;             ///< 32: the older file version
     std::string password;
+    bool keepPassword = false;   ///< of compact: the copy has the password of its source
 };
 
 /// What differs between formats without code.
@@ -170,7 +174,9 @@ public:
     virtual std::unique_ptr<Store> open(FileSystem& files, const OpenRequest& request) const = 0;
     virtual void create(FileSystem& files, const CreateRequest& request) const;  // default: 3251
     virtual void compact(FileSystem& files, const OpenRequest& from, const CreateRequest& to) const;
-    virtual void repair(FileSystem& files, const OpenRequest& request) const;
+    /// Puts the file right in place, after a copy of it was set aside, and tells what it did: what is
+    /// lost as a problem, all else as harmless.
+    virtual void repair(FileSystem& files, const OpenRequest& request, const ProblemSink& report) const;
 };
 
 /// The driver for a connect string, by its first word; null when there is none (3170).

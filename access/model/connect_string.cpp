@@ -21,7 +21,7 @@ void takePart(std::string_view part, ConnectString& out)
     const std::string_view key = trimmed(part.substr(0, equals));
     const std::string_view value = part.substr(equals + 1);  // blanks of a password count
     if (paths::sameName(key, "pwd"))
-        out.password = value;
+        out.password = value, out.hasPassword = true;
     else if (paths::sameName(key, "codepage"))
         out.codePage = trimmed(value);
     else

@@ -47,6 +47,12 @@ void Database::Close()
     state_->close();
 }
 
+void Database::NewPassword(std::string_view old, std::string_view now)
+{
+    state_->requireWriteable();
+    state_->openStore().changePassword(old, now);
+}
+
 void Database::commit()
 {
     state_->openStore().commit();

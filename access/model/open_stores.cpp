@@ -124,6 +124,15 @@ void OpenStore::checkPassword(std::string_view password)
                           "Not a valid password: " + request_.name + ".");
 }
 
+void OpenStore::changePassword(std::string_view old, std::string_view now)
+{
+    if (!store().acceptsPassword(old))
+        throw EngineError(EngineErrorNumber::InvalidPassword,
+                          "Not a valid password: " + request_.name + ".");
+    store().changePassword(now);
+    request_.password = now;
+}
+
 void OpenStore::requireUnused(std::string_view table) const
 {
     for (const StoreClient* client : clients_)

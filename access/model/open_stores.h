@@ -43,6 +43,8 @@ public:
     void makeWriteable();
     /// 3031 when a further Database brings the wrong password.
     void checkPassword(std::string_view password);
+    /// 3031 when `old` is wrong.
+    void changePassword(std::string_view old, std::string_view now);
 
     void add(StoreClient& client) { clients_.push_back(&client); }
     void remove(StoreClient& client) { std::erase(clients_, &client); }

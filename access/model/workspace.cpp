@@ -145,15 +145,18 @@ void CompactDatabase(FileSystem& files, std::string_view source, std::string_vie
     requireNone(files, destination);
     OpenRequest from = requestFor(source, parts);
     from.exclusive = true;
+    const model::ConnectString wanted = model::parseConnect(locale);
     CreateRequest to;
     to.name = destination;
     to.locale = locale;
     to.options = options;
-    to.password = parts.password;
+    to.keepPassword = !wanted.hasPassword;
+    to.password = to.keepPassword ? parts.password : wanted.password;
     onWholeFile([&] { driver.compact(files, from, to); });
 }
 
-void RepairDatabase(FileSystem& files, std::string_view name)
+void RepairDatabase(FileSystem& files, std::string_view name,
+                    const std::function<void(const Database::Finding&)>& report)
 {
     const Driver& driver = driverFor("");
     requirePlace(files, std::string(name), driver.traits("").folder);
@@ -162,7 +165,11 @@ void RepairDatabase(FileSystem& files, std::string_view name)
     request.name = name;
     request.readOnly = false;
     request.exclusive = true;
-    onWholeFile([&] { driver.repair(files, request); });
+    const ProblemSink tell = [&report](const Problem& problem) {
+        if (report)
+            report({problem.where, problem.text, problem.harmless});
+    };
+    onWholeFile([&] { driver.repair(files, request, tell); });
 }
 
 }  // namespace velnor

@@ -442,7 +442,7 @@ void MemoryDriver::compact(FileSystem& files, const OpenRequest& from,
         target->createTable(store->layout(entry.name));
 }
 
-void MemoryDriver::repair(FileSystem& files, const OpenRequest& request) const
+void MemoryDriver::repair(FileSystem& files, const OpenRequest& request, const ProblemSink&) const
 {
     open(files, request);
     ++repaired;

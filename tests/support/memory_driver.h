@@ -61,7 +61,8 @@ public:
     void create(FileSystem& files, const CreateRequest& request) const override;
     void compact(FileSystem& files, const OpenRequest& from,
                  const CreateRequest& to) const override;
-    void repair(FileSystem& files, const OpenRequest& request) const override;
+    void repair(FileSystem& files, const OpenRequest& request,
+                const ProblemSink& report) const override;
 
     /// The tables of a path, made when there are none.
     MemoryDatabase& database(std::string_view path) const;

@@ -191,6 +191,7 @@ bool JetFile::isFree(PageNumber page)
 void JetFile::rollback()
 {
     set_->rollback();
+    header_.hasPassword = !databasePassword(plainHeader()).empty();
     forgetFreePages();
 }
 
@@ -243,6 +244,15 @@ int writeRank(const JetFormat& format, const std::uint8_t* page)
 bool JetFile::acceptsPassword(std::string_view password)
 {
     return passwordMatches(plainHeader(), password);
+}
+
+void JetFile::setPassword(std::string_view password)
+{
+    std::vector<std::uint8_t> header = plainHeader();
+    setDatabasePassword(header, password);
+    header_.hasPassword = !password.empty();
+    maskHeader(header);
+    std::memcpy(file_->read(0).edit(), header.data(), header.size());
 }
 
 std::vector<std::uint8_t> JetFile::plainHeader()

@@ -49,6 +49,8 @@ public:
     const JetHeader& header() const { return header_; }
     /// Whether a password would open the file; any one does when there is none.
     bool acceptsPassword(std::string_view password);
+    /// 3001 for one that the header cannot hold; nothing is changed then.
+    void setPassword(std::string_view password);
     const CodePage& codePage() const { return *codePage_; }
     NameCoding names() const { return {*format_, *codePage_}; }
     bool readOnly() const { return set_->readOnly(); }

@@ -29,6 +29,7 @@ public:
     {
         return file_.acceptsPassword(password);
     }
+    void changePassword(std::string_view password) override;
     void commit() override;
     std::size_t pendingBytes() const override { return file_.pendingBytes(); }
     void check(std::string_view table, const ProblemSink& report) override;

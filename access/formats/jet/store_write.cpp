@@ -30,6 +30,19 @@ void JetStore::commit()
     }
 }
 
+void JetStore::changePassword(std::string_view password)
+{
+    needWriteable();
+    commit();
+    try {
+        file_.setPassword(password);
+        file_.commit();
+    } catch (...) {
+        forgetChanges();
+        throw;
+    }
+}
+
 /// The file is back at its last commit, and so must be what is remembered of it.
 void JetStore::forgetChanges()
 {

@@ -30,6 +30,8 @@ TEST(ConnectString, partsAreKnownByTheirKeyBlindToCase)
     EXPECT_EQ(c.password, " a b");
     EXPECT_EQ(c.codePage, "cp866");
     EXPECT_EQ(parseConnect(";pwd=").password, "");
+    EXPECT_TRUE(parseConnect(";pwd=").hasPassword);
+    EXPECT_FALSE(parseConnect(";LANGID=0x0409").hasPassword);
     EXPECT_EQ(parseConnect(";pwd=a=b").password, "a=b");
 }
 
