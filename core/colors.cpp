@@ -44,6 +44,15 @@ QPalette::ColorRole roleOf(int number)
     }
 }
 
+/// `set` as people left it; its first value on a window in the desktop's colours is the desktop's.
+ColorPair settled(ColorPair set, ColorPair first)
+{
+    const auto& G = globals();
+    const bool untouched = set == first;
+    return untouched && isDesktopPair({G.MAIN_BACK_COLOR, G.MAIN_TEXT_COLOR}) ? kDesktopWindow
+                                                                              : set;
+}
+
 }  // namespace
 
 QColor toQColor(ColorValue color)
@@ -58,6 +67,24 @@ QColor toQColor(ColorValue color)
 ColorValue toColorValue(const QColor& color)
 {
     return color.red() | color.green() << 8 | color.blue() << 16;
+}
+
+ColorPair displayColors()
+{
+    const auto& G = globals();
+    return settled({G.DISPLAY_BACK_COLOR, G.DISPLAY_TEXT_COLOR}, kFirstDisplayColors);
+}
+
+ColorPair tabColors()
+{
+    const auto& G = globals();
+    return settled({G.TAB_BACK_COLOR, G.TAB_TEXT_COLOR}, kFirstTabColors);
+}
+
+ColorPair buttonColors()
+{
+    const auto& G = globals();
+    return settled({G.BUTTON_BACK_COLOR, G.BUTTON_TEXT_COLOR}, kFirstButtonColors);
 }
 
 }  // namespace velnor

@@ -93,12 +93,12 @@ void SetDefaultColors()
     G.TOOLBAR_TEXT_COLOR = 0x800000;
     G.DESIGN_BACK_COLOR = 0xFFFFFF;
     G.DESIGN_TEXT_COLOR = 255;
-    G.TAB_BACK_COLOR = colorValue(0x80000004);
-    G.TAB_TEXT_COLOR = 0x800000;
-    G.DISPLAY_BACK_COLOR = 0xE0E0E0;
-    G.DISPLAY_TEXT_COLOR = 0x4080;
-    G.BUTTON_BACK_COLOR = 0xC0C0C0;
-    G.BUTTON_TEXT_COLOR = 0;
+    G.TAB_BACK_COLOR = kFirstTabColors.back;
+    G.TAB_TEXT_COLOR = kFirstTabColors.text;
+    G.DISPLAY_BACK_COLOR = kFirstDisplayColors.back;
+    G.DISPLAY_TEXT_COLOR = kFirstDisplayColors.text;
+    G.BUTTON_BACK_COLOR = kFirstButtonColors.back;
+    G.BUTTON_TEXT_COLOR = kFirstButtonColors.text;
 }
 
 void SetDefaultOptions()

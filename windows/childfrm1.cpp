@@ -68,8 +68,8 @@ void ChildFrm1::Form_Load()
     fileType_ = GetFileExtension(FILE_USE);
     openFile();
     G.DATA_FILE_FLG = false;
-    paintField(*List1, G.LIST_BACK_COLOR, G.LIST_TEXT_COLOR);
-    paintField(*List2, G.LIST_BACK_COLOR, G.LIST_TEXT_COLOR);
+    paintField(*List1, {G.LIST_BACK_COLOR, G.LIST_TEXT_COLOR});
+    paintField(*List2, {G.LIST_BACK_COLOR, G.LIST_TEXT_COLOR});
     useBoldOption(*List1);
     useBoldOption(*List2);
 }
@@ -253,8 +253,8 @@ void ChildFrm1::Form_Activate()
 void ChildFrm1::paintWindow()
 {
     auto& G = globals();
-    paintField(*MSFlexGrid1, G.BROWSER_BACK_COLOR, G.BROWSER_TEXT_COLOR);
-    paintField(*Text2, G.DISPLAY_BACK_COLOR, G.DISPLAY_TEXT_COLOR);
+    paintField(*MSFlexGrid1, {G.BROWSER_BACK_COLOR, G.BROWSER_TEXT_COLOR});
+    paintField(*Text2, displayColors());
     MSFlexGrid1->setShowGrid(G.GRID_LINES);
 }
 

@@ -137,7 +137,7 @@ void ChildFrm2::enableTools()
 void ChildFrm2::Form_Activate()
 {
     auto& G = globals();
-    paintField(*Text1, G.DISPLAY_BACK_COLOR, G.DISPLAY_TEXT_COLOR);
+    paintField(*Text1, displayColors());
     shell_.setWindowTitle(caption() + u" - "_s + QString::fromLatin1(kProgramTitle));
     G.SELECTED_FILE = FILE_USE;
     shell_.showFileLength({});

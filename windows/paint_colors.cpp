@@ -3,25 +3,21 @@
 #include <QPalette>
 #include <QWidget>
 
-#include "core/colors.h"
-
 namespace velnor {
 
-namespace {
-constexpr ColorValue kDesktopWindow = colorValue(0x80000005);
-constexpr ColorValue kDesktopWindowText = colorValue(0x80000008);
-}  // namespace
-
-void paintField(QWidget& widget, ColorValue back, ColorValue text)
+void paintField(QWidget& widget, ColorPair pair)
 {
-    if (back == kDesktopWindow && text == kDesktopWindowText) {
+    if (isDesktopPair(pair)) {
         widget.setPalette({});
         return;
     }
     QPalette palette;
-    palette.setColor(QPalette::Base, toQColor(back));
-    palette.setColor(QPalette::AlternateBase, toQColor(back));
-    palette.setColor(QPalette::Text, toQColor(text));
+    palette.setColor(QPalette::Base, toQColor(pair.back));
+    palette.setColor(QPalette::AlternateBase, toQColor(pair.back));
+    QColor text = toQColor(pair.text);
+    palette.setColor(QPalette::Text, text);
+    text.setAlpha(150);
+    palette.setColor(QPalette::PlaceholderText, text);
     widget.setPalette(palette);
 }
 

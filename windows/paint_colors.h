@@ -1,15 +1,15 @@
 // windows/paint_colors.h - the colours and type of the settings on a widget.
 #pragma once
 
-#include "core/globals.h"
+#include "core/colors.h"
 
 class QWidget;
 
 namespace velnor {
 
-/// Background and text of a list, a grid or a field. The desktop's own pair for a window leaves the
-/// widget to the desktop's style, so that light and dark come through.
-void paintField(QWidget& widget, ColorValue back, ColorValue text);
+/// Background and text of a list, a grid or a field. A pair of the desktop leaves the widget to the
+/// desktop's style.
+void paintField(QWidget& widget, ColorPair pair);
 /// Bold type when the option says so.
 void useBoldOption(QWidget& widget);
 

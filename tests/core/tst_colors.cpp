@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include "core/colors.h"
+#include "core/startup.h"
 
 using namespace velnor;
 
@@ -45,6 +46,25 @@ private slots:
         QVERIFY(distance(0x80000004, 0x80000007) > 80);
         QVERIFY(distance(0x80000009, 0x80000002) > 80);
         QVERIFY(distance(0x8000000F, 0x80000012) > 80);
+    }
+
+    void coloursThatNoFileKeeps_followTheWindow_untilTheyAreSet()
+    {
+        resetGlobals();
+        SetDefaultColors();
+        auto& G = globals();
+        QCOMPARE(displayColors(), kFirstDisplayColors);  // a window in colours of its own
+        QCOMPARE(buttonColors(), kFirstButtonColors);
+        QCOMPARE(tabColors(), kFirstTabColors);
+        G.MAIN_BACK_COLOR = kDesktopWindow.back;
+        G.MAIN_TEXT_COLOR = kDesktopWindow.text;
+        QCOMPARE(displayColors(), kDesktopWindow);
+        QCOMPARE(buttonColors(), kDesktopWindow);
+        QCOMPARE(tabColors(), kDesktopWindow);
+        G.DISPLAY_TEXT_COLOR = 0x123456;
+        QCOMPARE(displayColors(), (ColorPair{0xE0E0E0, 0x123456}));
+        QCOMPARE(buttonColors(), kDesktopWindow);
+        resetGlobals();
     }
 };
 

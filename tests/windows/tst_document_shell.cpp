@@ -1,5 +1,6 @@
 // The document shell: captions, the window list, which tools are on, cascade and close.
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QMdiSubWindow>
@@ -7,6 +8,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include "core/colors.h"
 #include "core/window_list.h"
 #include "tests/windows/window_fixture.h"
 #include "windows/childfrm2.h"
@@ -167,6 +169,21 @@ private slots:
         auto* page = qobject_cast<ChildFrm2*>(openText("C:\\data\\a.htm"));
         QVERIFY(!page->notice->isHidden());
         QCOMPARE(page->Text1->toPlainText(), "<b>x</b>");
+    }
+
+    void aTextsColours_areTheDesktops_untilPeopleSetThem()
+    {
+        auto& G = globals();
+        G.MAIN_BACK_COLOR = kDesktopWindow.back;
+        G.MAIN_TEXT_COLOR = kDesktopWindow.text;
+        fixture_->sandbox.write("C:\\data\\a.txt", "one");
+        auto* text = qobject_cast<ChildFrm2*>(openText("C:\\data\\a.txt"));
+        const QColor desktop = QApplication::palette(text->Text1).color(QPalette::Base);
+        QCOMPARE(text->Text1->palette().color(QPalette::Base), desktop);
+        G.DISPLAY_BACK_COLOR = 0x102030;
+        text->Form_Activate();
+        QCOMPARE(text->Text1->palette().color(QPalette::Base), QColor(0x30, 0x20, 0x10));
+        QCOMPARE(text->Text1->palette().color(QPalette::Text), QColor(0x80, 0x40, 0));
     }
 
     void arranging_keepsEveryChild()
