@@ -58,6 +58,10 @@ enum class EngineErrorNumber : int {
     DatabaseFull = 3049,           ///< the file has reached the size that its format allows
     Corrupt = 3197,                ///< damage met while reading or writing a record
     TypeMismatch = 3464,
+    CannotDecrypt = 3161,          ///< an encrypted file, opened without its password
+    RangeCannotGrow = 3434,        ///< the row below a named range is taken
+    SpreadsheetFull = 3437,        ///< the sheet has no further row
+    DeletesNotSupported = 3617,    ///< the format has no deleted records
     IndexNotMaintained = 3800,     ///< an index file would go stale: refused, nothing was written
     Cancelled = 3059,
     Unexpected = 3000,

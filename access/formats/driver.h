@@ -147,6 +147,7 @@ std::optional<std::string_view> connectOption(std::string_view options, std::str
 
 struct CreateRequest {
     std::string name;
+    std::string connectWord;     ///< the word that chose the driver; tells the file's version for some
     std::string locale;          ///< ";LANGID=0x0409;CP=1252;COUNTRY=0"
     int options = 0;             ///< 32: the older file version
     std::string password;

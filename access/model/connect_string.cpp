@@ -1,5 +1,7 @@
 #include "access/model/connect_string.h"
 
+#include <algorithm>
+
 #include "platform/paths.h"
 
 namespace velnor::model {
@@ -45,6 +47,17 @@ ConnectString parseConnect(std::string_view connect)
         connect = end == connect.npos ? std::string_view{} : connect.substr(end + 1);
     }
     return out;
+}
+
+ConnectString parseCreation(std::string_view text)
+{
+    static constexpr std::string_view kLast = "COUNTRY=";
+    const std::size_t last = text.find(kLast);
+    if (last == text.npos)
+        return parseConnect(text);
+    text.remove_prefix(last + kLast.size());
+    text.remove_prefix(std::min(text.find_first_not_of("0123456789"), text.size()));
+    return parseConnect(text);
 }
 
 }  // namespace velnor::model

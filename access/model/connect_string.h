@@ -18,4 +18,8 @@ struct ConnectString {
 /// blind to case, and what is not known is left to the driver, as written.
 ConnectString parseConnect(std::string_view connect);
 
+/// The text that CreateDatabase takes: a locale, a connect string, or a connect string right behind
+/// a locale, as in ";LANGID=0x0409;CP=1252;COUNTRY=0Excel 8.0;".
+ConnectString parseCreation(std::string_view text);
+
 }  // namespace velnor::model

@@ -429,7 +429,7 @@ void RecordsetState::remove()
     requireWriteable();
     requireRecord();
     if (!source_->traits().canDelete)
-        throw EngineError(EngineErrorNumber::NotSupported,
+        throw EngineError(EngineErrorNumber::DeletesNotSupported,
                           "Records of this kind of file cannot be deleted.");
     buffer_.end();
     writer().remove(cursor().row());

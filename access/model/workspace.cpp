@@ -123,16 +123,18 @@ Database Workspace::OpenDatabase(std::string_view name, bool exclusive, bool rea
 
 Database Workspace::CreateDatabase(std::string_view name, std::string_view locale, int options)
 {
-    const model::ConnectString parts = model::parseConnect(locale);
-    const Driver& driver = driverFor("");
+    const model::ConnectString parts = model::parseCreation(locale);
+    const Driver& driver = driverFor(parts.word);
     requireNone(files_, name);
     CreateRequest request;
     request.name = name;
+    request.connectWord = parts.word;
     request.locale = locale.empty() ? kGeneralLocale : locale;
     request.options = options;
     request.password = parts.password;
     withEngineNumbers([&] { driver.create(files_, request); });
-    return OpenDatabase(name, false, false, parts.password.empty() ? "" : ";pwd=" + parts.password);
+    return OpenDatabase(name, false, false,
+                        parts.word + (parts.password.empty() ? "" : ";pwd=" + parts.password));
 }
 
 void CompactDatabase(FileSystem& files, std::string_view source, std::string_view destination,

@@ -45,5 +45,15 @@ TEST(ConnectString, partsThatTheEngineDoesNotKnowAreLeftToTheDriver)
     EXPECT_EQ(connectOption("", "hdr"), std::nullopt);
 }
 
+TEST(ConnectString, aNewFilesKindStandsBehindTheLocale)
+{
+    EXPECT_EQ(parseCreation(";LANGID=0x0409;CP=1252;COUNTRY=0Excel 8.0;").word, "Excel 8.0;");
+    EXPECT_EQ(parseCreation("Lotus WK4;").word, "Lotus WK4;");
+    EXPECT_EQ(parseCreation("").word, "");
+    const ConnectString c = parseCreation(";LANGID=0x0409;CP=1252;COUNTRY=0;pwd=secret");
+    EXPECT_EQ(c.word, "");
+    EXPECT_EQ(c.password, "secret");
+}
+
 }  // namespace
 }  // namespace velnor::model

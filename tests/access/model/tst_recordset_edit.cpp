@@ -133,7 +133,7 @@ TEST_F(EditTest, aFormatWithoutDeletionRefusesIt)
     driver.fileTraits.canDelete = false;
     db = open();
     Recordset table = db.OpenRecordset("PEOPLE");
-    EXPECT_EQ(errorOf([&] { table.Delete(); }), 3251);
+    EXPECT_EQ(errorOf([&] { table.Delete(); }), 3617);
     EXPECT_EQ(shown(table.value(1)), "Ann");
 }
 
