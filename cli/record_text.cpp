@@ -70,25 +70,14 @@ void appendCsvText(std::string& out, std::string_view text)
 void appendCsv(std::string& out, ValueView v)
 {
     switch (v.kind()) {
-    case ValueKind::Null:
-        return;
-    case ValueKind::Boolean:
-        out += v.asBoolean() ? "True" : "False";
-        return;
-    case ValueKind::Integer:
-        return appendInteger(out, v.asInteger());
-    case ValueKind::Currency:
-        return appendCurrency(out, v.asCurrency());
-    case ValueKind::Real:
-        return appendReal(out, v.asReal());
     case ValueKind::Date:
         return appendIsoDate(out, v.asDate());
-    case ValueKind::Decimal:
-        return appendDecimal(out, v);
     case ValueKind::Text:
         return appendCsvText(out, v.asText());
     case ValueKind::Bytes:
         return appendBytes(out, v.asBytes());
+    default:
+        return appendText(out, v);
     }
 }
 

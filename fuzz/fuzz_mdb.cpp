@@ -2,35 +2,12 @@
 #include <cstdint>
 #include <vector>
 
-#include "access/engine_error.h"
 #include "access/formats/jet/jet_driver.h"
+#include "fuzz/exercise.h"
 #include "platform/memory_file_system.h"
 
 namespace velnor::fuzzing {
 namespace {
-
-volatile std::uint64_t seen;  // keeps the compiler from leaving the reading out
-
-std::uint64_t touch(ValueView v)
-{
-    std::uint64_t sum = static_cast<std::uint64_t>(v.kind());
-    if (v.kind() == ValueKind::Text)
-        for (const char c : v.asText())
-            sum = sum * 31 + static_cast<unsigned char>(c);
-    if (v.kind() == ValueKind::Bytes)
-        for (const std::uint8_t c : v.asBytes())
-            sum = sum * 31 + c;
-    return sum;
-}
-
-template <class Action> void attempt(Action action)
-{
-    try {
-        action();
-    } catch (const EngineError&) {
-    } catch (const RunError&) {
-    }
-}
 
 void readAll(RowCursor& cursor, int fields)
 {

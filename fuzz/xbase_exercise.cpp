@@ -5,33 +5,10 @@
 #include <vector>
 
 #include "access/formats/xbase/xbase_driver.h"
+#include "fuzz/exercise.h"
 
 namespace velnor::fuzzing {
 namespace {
-
-volatile std::uint64_t seen;  // keeps the compiler from leaving the reading out
-
-/// Touches the whole content of a value, so that a view of freed or foreign bytes is found.
-std::uint64_t touch(ValueView v)
-{
-    std::uint64_t sum = static_cast<std::uint64_t>(v.kind());
-    if (v.kind() == ValueKind::Text)
-        for (const char c : v.asText())
-            sum = sum * 31 + static_cast<unsigned char>(c);
-    if (v.kind() == ValueKind::Bytes)
-        for (const std::uint8_t c : v.asBytes())
-            sum = sum * 31 + c;
-    return sum;
-}
-
-template <class Work> void attempt(Work work)
-{
-    try {
-        work();
-    } catch (const EngineError&) {
-    } catch (const RunError&) {
-    }
-}
 
 class Exercise {
 public:

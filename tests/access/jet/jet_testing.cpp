@@ -56,27 +56,16 @@ void appendBytes(std::string& out, std::span<const std::uint8_t> bytes)
 void appendCanonical(std::string& out, ValueView v)
 {
     switch (v.kind()) {
-    case ValueKind::Null:
-        return;
-    case ValueKind::Boolean:
-        out += v.asBoolean() ? "True" : "False";
-        return;
-    case ValueKind::Integer:
-        return appendInteger(out, v.asInteger());
-    case ValueKind::Currency:
-        return appendCurrency(out, v.asCurrency());
-    case ValueKind::Real:
-        return appendReal(out, v.asReal());
     case ValueKind::Date:
         if (std::fabs(v.asDate()) > 3000000)
             return appendReal(out, v.asDate());
         return appendIsoDate(out, v.asDate());
-    case ValueKind::Decimal:
-        return appendDecimal(out, v);
     case ValueKind::Text:
         return appendQuoted(out, v.asText());
     case ValueKind::Bytes:
         return appendBytes(out, v.asBytes());
+    default:
+        return appendText(out, v);
     }
 }
 
