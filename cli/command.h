@@ -36,6 +36,8 @@ extern const Command kCopy;
 extern const Command kConvert;
 extern const Command kCreate;
 extern const Command kCheck;
+extern const Command kCompact;
+extern const Command kPassword;
 
 /// Every command, in the order of the help.
 std::span<const Command* const> commands();

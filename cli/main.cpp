@@ -14,8 +14,9 @@ namespace velnor::cli {
 
 std::span<const Command* const> commands()
 {
-    static constexpr std::array<const Command*, 8> all{&kTables, &kSchema,  &kInfo,   &kExport,
-                                                       &kCopy,   &kConvert, &kCreate, &kCheck};
+    static constexpr std::array<const Command*, 10> all{&kTables,  &kSchema,  &kInfo,   &kExport,
+                                                        &kCopy,    &kConvert, &kCreate, &kCheck,
+                                                        &kCompact, &kPassword};
     return all;
 }
 

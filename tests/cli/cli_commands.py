@@ -3,7 +3,8 @@ import json, os, re, signal, subprocess, time
 
 from cli_support import CLI, PEOPLE, cli, make_dbf, people, records, run_cases
 
-COMMANDS = ["tables", "schema", "info", "export", "copy", "convert", "create", "check"]
+COMMANDS = ["tables", "schema", "info", "export", "copy", "convert", "create", "check", "compact",
+            "password"]
 
 
 def sample(folder, count=5):

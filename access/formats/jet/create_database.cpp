@@ -13,6 +13,7 @@
 #include "access/formats/jet/structure.h"
 #include "access/formats/jet/system_row.h"
 #include "access/formats/jet/system_tables.h"
+#include "access/formats/jet/whole_file.h"
 #include "platform/paths.h"
 
 namespace velnor::jet {
@@ -105,10 +106,7 @@ void Skeleton::header()
     }
     setDatabasePassword(std::span(p, format_.pageSize), password_);
     maskHeader(std::span(p, format_.pageSize));
-    // One counter a user slot; slot 0 has committed once.
-    for (int slot = 0; slot < 256; ++slot)
-        storeLE(p + o.commitCounters + 2 * slot,
-                static_cast<std::uint16_t>(slot == 0 ? 0x0101 : 0x0100));
+    layCommitCounters(format_, p);
 }
 
 /// Map records in the order of creation: owned and free pages, long values, indexes; table by
@@ -185,14 +183,8 @@ void Skeleton::roots()
 
 void Skeleton::globalMaps()
 {
-    DataPageEditor::lay(format_, page(kMapsPage), 1);
     const PageNumber used = pages();
-    DataPageEditor editor(format_, page(kMapsPage));
-    for (int map = 0; map < 2; ++map)
-        UsageMap::lay(format_, editor.append(UsageMap::newBytes(format_)));
-    const auto reach = static_cast<PageNumber>(8 * format_.map.inlineBytes);
-    for (PageNumber number = used; number < reach; ++number)
-        setBit({kMapsPage, 0}, number);
+    layGlobalMaps(format_, page(kMapsPage), used);
 }
 
 void Skeleton::setBit(RowPointer map, PageNumber number)
@@ -313,6 +305,26 @@ void CatalogFiller::addRights()
 
 }  // namespace
 
+void layCommitCounters(const JetFormat& format, std::uint8_t* page0)
+{
+    // One counter a user slot; slot 0 has committed once.
+    for (int slot = 0; slot < 256; ++slot)
+        storeLE(page0 + format.header.commitCounters + 2 * slot,
+                static_cast<std::uint16_t>(slot == 0 ? 0x0101 : 0x0100));
+}
+
+void layGlobalMaps(const JetFormat& format, std::uint8_t* page, PageNumber firstFree)
+{
+    constexpr std::size_t kHead = 5;  // kind and first page of an inline map
+    DataPageEditor editor = DataPageEditor::lay(format, page, kMapsPage);
+    std::uint8_t* freePages = editor.append(UsageMap::newBytes(format));
+    UsageMap::lay(format, freePages);
+    UsageMap::lay(format, editor.append(UsageMap::newBytes(format)));
+    const auto reach = static_cast<PageNumber>(8 * format.map.inlineBytes);
+    for (PageNumber number = firstFree; number < reach; ++number)
+        freePages[kHead + number / 8] |= static_cast<std::uint8_t>(1u << (number % 8));
+}
+
 std::vector<std::uint8_t> databaseSkeleton(const JetFormat& format, std::string_view password)
 {
     return Skeleton(format, password).run();
@@ -325,34 +337,6 @@ void fillCatalog(FileSystem& files, const OpenRequest& skeleton)
     file.commit();
 }
 
-namespace {
-
-EngineErrorNumber engineNumberOf(const RunError& error)
-{
-    switch (error.code()) {
-    case RunErrorNumber::DiskFull:
-        return EngineErrorNumber::DiskFull;
-    case RunErrorNumber::PathNotFound:
-    case RunErrorNumber::BadFileName:
-    case RunErrorNumber::DeviceUnavailable:
-        return EngineErrorNumber::PathInvalid;
-    default:
-        return EngineErrorNumber::CannotOpen;
-    }
-}
-
-/// The first failure is what people are told, not that of cleaning up after it.
-void dropSibling(FileSystem& files, const std::string& path)
-{
-    try {
-        if (files.fileExists(path))
-            files.remove(path);
-    } catch (const RunError&) {
-    }
-}
-
-}  // namespace
-
 void JetDriver::create(FileSystem& files, const CreateRequest& request) const
 {
     if (files.exists(request.name))
@@ -360,28 +344,14 @@ void JetDriver::create(FileSystem& files, const CreateRequest& request) const
                           "Database \"" + request.name + "\" already exists.");
     const bool older = (request.options & kOlderVersionOption) != 0;
     const auto bytes = databaseSkeleton(older ? kJet3 : kJet4, request.password);
-    // Under its own name the file appears whole.
-    OpenRequest sibling;
-    sibling.name = request.name + "-new";
-    sibling.readOnly = false;
-    sibling.exclusive = true;
-    sibling.password = request.password;
-    try {
-        {
-            const auto file = files.open(sibling.name, OpenMode::Replace);
-            file->writeAt(0, bytes);
-            file->sync();
-        }
-        fillCatalog(files, sibling);
-        files.rename(sibling.name, request.name);
-        files.syncFolder(paths::folder(request.name));
-    } catch (const RunError& error) {
-        dropSibling(files, sibling.name);
-        throw EngineError(engineNumberOf(error), error.what());
-    } catch (...) {
-        dropSibling(files, sibling.name);
-        throw;
-    }
+    makeWholeFile(files, request.name, bytes, [&](const std::string& sibling) {
+        OpenRequest skeleton;
+        skeleton.name = sibling;
+        skeleton.readOnly = false;
+        skeleton.exclusive = true;
+        skeleton.password = request.password;
+        fillCatalog(files, skeleton);
+    });
 }
 
 }  // namespace velnor::jet

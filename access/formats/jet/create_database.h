@@ -18,6 +18,11 @@ inline constexpr int kOlderVersionOption = 32;
 /// 3001 for a password that the header cannot hold.
 std::vector<std::uint8_t> databaseSkeleton(const JetFormat& format, std::string_view password);
 
+/// The counters of commits in page 0, as in a new file.
+void layCommitCounters(const JetFormat& format, std::uint8_t* page0);
+/// Page 1: the map of free pages, which has every page from `firstFree` on, and an empty one.
+void layGlobalMaps(const JetFormat& format, std::uint8_t* page, PageNumber firstFree);
+
 /// Adds the objects and rights of an empty database to an open skeleton.
 void fillCatalog(FileSystem& files, const OpenRequest& skeleton);
 

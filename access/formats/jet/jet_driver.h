@@ -20,6 +20,9 @@ public:
     std::unique_ptr<Store> open(FileSystem& files, const OpenRequest& request) const override;
     /// Option 32 makes the older version, Jet 3.
     void create(FileSystem& files, const CreateRequest& request) const override;
+    /// All objects, in the same order and with the same password; 3197 when the file is damaged.
+    void compact(FileSystem& files, const OpenRequest& from,
+                 const CreateRequest& to) const override;
 };
 
 }  // namespace velnor::jet

@@ -49,6 +49,8 @@ public:
     const JetHeader& header() const { return header_; }
     /// Whether a password would open the file; any one does when there is none.
     bool acceptsPassword(std::string_view password);
+    /// Page 0 without its mask.
+    std::vector<std::uint8_t> plainHeader();
     /// 3001 for one that the header cannot hold; nothing is changed then.
     void setPassword(std::string_view password);
     const CodePage& codePage() const { return *codePage_; }
@@ -71,7 +73,6 @@ private:
     class Appender;  // gives the map of free pages its own pages
 
     void readHeader(const OpenRequest& request);
-    std::vector<std::uint8_t> plainHeader();
     PageNumber appendTo(PageNumber number);
 
     const JetFormat* format_;

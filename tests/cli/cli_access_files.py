@@ -1,0 +1,82 @@
+"""Whole Access files through the real program: compacted, with passwords, shared by two processes."""
+import os, re, subprocess, time
+
+from cli_support import CLI, PEOPLE, TOOLS, cli, make_dbf, people, records, run_cases, tool
+
+
+def made(folder, count=2000, name="shop.mdb"):
+    """An Access file with a table People of so many records."""
+    dbf, mdb = os.path.join(folder, "source.dbf"), os.path.join(folder, name)
+    make_dbf(dbf, PEOPLE, people(count))
+    cli("convert", dbf, mdb, "--table", "People")
+    return mdb
+
+
+def expect_sound(path, *words):
+    cli("check", path, *words)
+    if os.path.isdir(TOOLS):
+        code, text = tool("jet_check.py", "check", path, *words)
+        assert code == 0, text
+
+
+def test_compact_makes_a_sound_copy(folder):
+    mdb, copy = made(folder), os.path.join(folder, "copy.mdb")
+    before = open(mdb, "rb").read()
+    out, _ = cli("compact", mdb, copy)
+    assert re.match(r"\d+ bytes before, \d+ bytes now\n$", out), out
+    assert cli("export", copy, "People")[0] == cli("export", mdb, "People")[0]
+    assert open(mdb, "rb").read() == before
+    expect_sound(copy)
+    assert sorted(os.listdir(folder)) == ["copy.mdb", "shop.mdb", "source.dbf"]
+
+
+def test_compact_refuses_what_it_cannot_do(folder):
+    mdb, copy = made(folder, 10), os.path.join(folder, "copy.mdb")
+    open(copy, "wb").write(b"mine")
+    _, err = cli("compact", mdb, copy, ok=False)
+    assert err.startswith("Error - 3204 - "), err
+    assert open(copy, "rb").read() == b"mine"
+    _, err = cli("compact", mdb, mdb, ok=False)
+    assert err.startswith("Error - 3204 - "), err
+    cli("compact", mdb, ok=2)
+    cli("compact", os.path.join(folder, "source.dbf"), copy, ok=2)
+    cli("compact", mdb, os.path.join(folder, "x.mdb"), "--encode", "--plain", ok=2)
+    _, err = cli("compact", mdb, os.path.join(folder, "none", "x.mdb"), ok=False)
+    assert err.startswith("Error - 3044 - "), err
+
+
+def test_passwords_are_set_changed_and_removed(folder):
+    mdb = made(folder, 20)
+    cli("password", mdb, "--new-password", "one")
+    _, err = cli("tables", mdb, ok=False)
+    assert err.startswith("Error - 3031 - "), err
+    _, err = cli("password", mdb, "--password", "no", "--new-password", "two", ok=False)
+    assert err.startswith("Error - 3031 - "), err
+    cli("password", mdb, "--password", "one", "--new-password", "two")
+    assert cli("tables", mdb, "--password", "two")[0] == "People\n"
+    _, err = cli("password", mdb, "--password", "two", "--new-password", "x" * 21, ok=False)
+    assert err.startswith("Error - 3001 - "), err
+    expect_sound(mdb, "--password", "two")
+    cli("password", mdb, ok=2)
+    cli("password", mdb, "--password", "two", "--remove")
+    assert cli("tables", mdb)[0] == "People\n"
+
+
+def test_compact_keeps_the_password_or_takes_another(folder):
+    mdb = made(folder, 20)
+    cli("password", mdb, "--new-password", "one")
+    a, b, c = (os.path.join(folder, name + ".mdb") for name in "abc")
+    _, err = cli("compact", mdb, a, ok=False)
+    assert err.startswith("Error - 3031 - "), err
+    cli("compact", mdb, a, "--password", "one")
+    cli("tables", a, ok=False)
+    cli("tables", a, "--password", "one")
+    cli("compact", mdb, b, "--password", "one", "--new-password", "")
+    cli("tables", b)
+    cli("compact", mdb, c, "--password", "one", "--new-password", "three", "--encode")
+    assert "Encoded" in cli("info", c, "--password", "three")[0]
+    expect_sound(c, "--password", "three")
+
+
+if __name__ == "__main__":
+    run_cases(globals())
