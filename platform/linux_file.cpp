@@ -107,7 +107,9 @@ bool LinuxFile::tryLock(LockKind kind)
         if (errno != EINTR)
             fail(errno);
     }
-    return true;
+    // Replaced since it was opened: what is locked is no longer the file of this name.
+    struct stat status;
+    return ::fstat(handle_, &status) != 0 || status.st_nlink > 0;
 }
 
 void LinuxFile::unlock()
