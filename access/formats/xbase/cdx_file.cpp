@@ -156,6 +156,7 @@ IndexTag CdxFile::readTag(std::uint32_t place)
     const std::uint8_t options = head[kOptionsAt];
     IndexTag tag;
     tag.place = place;
+    tag.options = options;
     tag.keyLength = bytes.u16(kKeyLengthAt);
     tag.unique = options & (kUnique | kCandidate);
     tag.nullByte = options & kNullByte;
@@ -225,11 +226,13 @@ IndexTag CdxFile::addTag(const NewTag& made)
     std::array<std::uint8_t, kHeadBytes> head{};
     storeLE(&head[kRootAt], kNoNode);
     storeLE(&head[kKeyLengthAt], static_cast<std::uint16_t>(made.form.length));
+    const bool candidate = made.options & kCandidate;
     head[kOptionsAt] = static_cast<std::uint8_t>(
-        kCompact | kCompound | (made.unique ? kUnique : 0) | (made.form.nullByte ? kNullByte : 0) |
+        kCompact | (single_ ? 0 : kCompound) | (made.unique && !candidate ? kUnique : 0) |
+        (made.form.nullByte ? kNullByte : 0) | (candidate ? kCandidate : 0) |
         (condition > 1 ? kCondition : 0));
     head[kOrderAt] = 1;
-    if (made.unique)
+    if (made.refusesEqual && !candidate)
         std::copy(kOurs.begin(), kOurs.end(), head.begin() + kOursAt);
     head[kDescendingAt] = made.descending;
     storeLE(&head[kConditionAt], static_cast<std::uint16_t>(keyText));
@@ -238,6 +241,12 @@ IndexTag CdxFile::addTag(const NewTag& made)
     std::copy(made.expression.begin(), made.expression.end(), head.begin() + kPoolAt);
     std::copy(made.condition.begin(), made.condition.end(),
               head.begin() + static_cast<std::ptrdiff_t>(kPoolAt + keyText));
+    if (single_) {
+        file_.writeAt(0, head);
+        IndexTag tag = readTag(0);
+        tag.name = made.name;
+        return tag;
+    }
     const std::uint32_t place = extend(kHeadBytes);
     file_.writeAt(place, head);
     std::string name = made.name;

@@ -18,7 +18,11 @@ namespace velnor::xbase {
 
 class CdxFile final : public IndexFileFormat {
 public:
-    CdxFile(PageFile& file, const CodePage& page) : file_(file), page_(page) {}
+    /// `single`: a compact IDX.
+    CdxFile(PageFile& file, const CodePage& page, bool single = false)
+        : file_(file), page_(page), single_(single)
+    {
+    }
 
     /// Puts an empty directory into an empty file.
     void create();
@@ -42,6 +46,7 @@ private:
 
     PageFile& file_;
     const CodePage& page_;
+    bool single_;
 };
 
 /// A single index in the old form, which is not compact. Only read.

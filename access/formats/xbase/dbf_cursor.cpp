@@ -188,8 +188,8 @@ void DbfCursor::fields(std::span<ValueView> out)
         throw EngineError(EngineErrorNumber::NoCurrentRecord, "There is no current record.");
     for (std::size_t at = 0; at < out.size(); ++at) {
         const DbfField& field = header.fields[at];
-        out[at] = field.isMemo() ? memoField(at, field)
-                                 : decodeField(header, field, record_, texts_[at]);
+        out[at] =
+            field.isMemo() ? memoField(at, field) : decodeField(header, field, record_, texts_[at]);
     }
 }
 

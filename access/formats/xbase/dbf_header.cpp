@@ -117,6 +117,7 @@ void HeaderWalk::readOne(std::size_t at)
 {
     Descriptor d;
     DbfField& f = d.field;
+    f.descriptorAt = static_cast<std::uint32_t>(at);
     f.name = nameAt(at);
     f.letter = static_cast<char>(in_.u8(at + shape_.typeAt));
     f.length = d.narrow = in_.u8(at + shape_.lengthAt);
@@ -140,12 +141,14 @@ void HeaderWalk::readDescriptors()
     const std::size_t end = std::min<std::size_t>(in_.size(), header_.headerLength);
     std::size_t at = shape_.firstDescriptor;
     for (; at + shape_.descriptorSize <= end; at += shape_.descriptorSize) {
+        header_.endOfFields = static_cast<std::uint32_t>(at);
         if (in_.u8(at) == kEndOfFields)
             return;
         if (in_.u8(at) == 0 && in_.u8(at + shape_.typeAt) == 0)
             break;
         readOne(at);
     }
+    header_.endOfFields = static_cast<std::uint32_t>(at);
     if (at >= end || in_.u8(at) != kEndOfFields)
         header_.oddities.push_back({"the mark behind the last field is missing", true});
 }
@@ -226,8 +229,8 @@ void HeaderWalk::settleNullFlags()
             f.nullBit = -1;
         if (!known(f.lengthBit))
             f.lengthBit = -1;
-        if (f.letter != '0' && !(f.flags & kHidden))
-            header_.fields.push_back(std::move(f));
+        if (f.letter != '0')
+            (f.flags & kHidden ? header_.hidden : header_.fields).push_back(std::move(f));
     }
 }
 

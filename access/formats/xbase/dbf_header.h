@@ -50,6 +50,7 @@ struct DbfField {
     std::int32_t lengthBit = -1;     ///< of Varchar and Varbinary
     std::uint32_t nextNumber = 0;    ///< of an autonumber
     std::uint32_t nextNumberAt = 0;  ///< where it stands in the header
+    std::uint32_t descriptorAt = 0;  ///< where its descriptor stands in the header
 
     bool isMemo() const { return coding == Coding::MemoText || coding == Coding::MemoBytes; }
     std::string nativeType() const;  ///< "N(12,2)", "M"
@@ -72,7 +73,9 @@ struct DbfHeader {
     std::uint32_t statedRecords = 0;
     std::uint32_t headerLength = 0;
     std::uint32_t recordLength = 0;
-    std::vector<DbfField> fields;  ///< those that are shown, in the order of the record
+    std::uint32_t endOfFields = 0;  ///< where the mark behind the last field stands, or should
+    std::vector<DbfField> fields;   ///< those that are shown, in the order of the record
+    std::vector<DbfField> hidden;   ///< system columns but the null flags; their bytes are kept
     std::uint32_t nullFlagsOffset = 0;
     std::uint32_t nullFlagsLength = 0;  ///< 0: no such column
     std::vector<Oddity> oddities;

@@ -6,6 +6,7 @@
 
 #include "access/formats/xbase/field_decode.h"
 #include "access/storage/byte_reader.h"
+#include "access/storage/replace_set.h"
 #include "platform/host.h"
 #include "platform/paths.h"
 
@@ -43,7 +44,7 @@ std::array<MemoPlace, 2> memoPlaces(MemoForm form)
 }  // namespace
 
 DbfTable::DbfTable(const TableOpening& opening)
-    : opening_(opening), files_(std::make_unique<FileSet>(*opening.files, opening.path,
+    : opening_(opening), files_(std::make_unique<FileSet>(*opening.files, onDisk(opening.path),
                                                           recordFileOptions(), opening.readOnly))
 {
     readHead();
@@ -53,6 +54,11 @@ DbfTable::DbfTable(const TableOpening& opening)
     findMemo();
 }
 
+std::string DbfTable::onDisk(const std::string& path) const
+{
+    return opening_.beingMade ? SetReplacement::siblingOf(path) : path;
+}
+
 /// Nothing but a failure while the files were opened again can have closed them.
 FileSet& DbfTable::set() const
 {
@@ -60,6 +66,13 @@ FileSet& DbfTable::set() const
         throw EngineError(EngineErrorNumber::CannotOpen,
                           opening_.path + " could not be kept open.");
     return *files_;
+}
+
+std::vector<std::uint8_t> DbfTable::headerBytes()
+{
+    std::vector<std::uint8_t> head(header_.headerLength);
+    head.resize(set().main().readAt(0, head));
+    return head;
 }
 
 void DbfTable::readHead()
@@ -90,9 +103,10 @@ void DbfTable::findMemo()
         return;
     for (const MemoPlace& place : memoPlaces(header_.format->memo)) {
         const std::string path = paths::withExtension(opening_.path, place.extension);
-        if (!opening_.files->fileExists(path))
+        if (!opening_.files->fileExists(onDisk(path)))
             continue;
-        memo_.emplace(set().companion(path, memoFileOptions()), place.form);
+        memo_.emplace(companion(path, memoFileOptions()), place.form);
+        memoPath_ = path;
         return;
     }
     header_.oddities.push_back({"the memo file is missing"});
@@ -109,6 +123,8 @@ std::string DbfTable::whyNotUpdatable() const
 
 std::vector<std::string> DbfTable::indexFiles() const
 {
+    if (opening_.beingMade)
+        return {};
     return indexFilesOf(*opening_.files, opening_.path, header_);
 }
 
@@ -223,10 +239,9 @@ void DbfTable::setProductionIndex(bool there)
 void DbfTable::markIndexedField(std::size_t field, bool indexed)
 {
     const HeaderShape& shape = *header_.format->shape;
-    const std::uint64_t at =
-        shape.firstDescriptor + field * shape.descriptorSize + shape.productionIndexAt;
-    if (header_.format->fox || !shape.productionIndexAt || at >= header_.headerLength)
+    if (header_.format->fox || !shape.productionIndexAt)
         return;
+    const std::uint32_t at = header_.fields[field].descriptorAt + shape.productionIndexAt;
     set().main().writeAt(at, std::array{static_cast<std::uint8_t>(indexed)});
     changed_ = true;
 }
@@ -244,7 +259,7 @@ void DbfTable::removeCompanion(const std::string& path)
     } catch (const RunError&) {
         failure = std::current_exception();  // a file without its mark in the header is no index
     }
-    files_ = std::make_unique<FileSet>(*opening_.files, opening_.path, recordFileOptions(),
+    files_ = std::make_unique<FileSet>(*opening_.files, onDisk(opening_.path), recordFileOptions(),
                                        opening_.readOnly);
     readHead();
     findMemo();

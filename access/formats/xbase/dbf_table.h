@@ -28,6 +28,7 @@ struct TableOpening {
     bool readOnly = true;
     bool foxWord = false;          ///< opened by a FoxPro word; else FoxPro kinds are 3274
     bool listsIndexFiles = false;  ///< opened by the dBASE III word
+    bool beingMade = false;        ///< all its files are siblings "NAME.EXT-new", see replace_set.h
     std::string codePage;
 };
 
@@ -36,11 +37,15 @@ public:
     explicit DbfTable(const TableOpening& opening);
 
     const std::string& path() const { return opening_.path; }
+    const TableOpening& opening() const { return opening_; }
     const DbfHeader& header() const { return header_; }
+    /// The header as it stands in the file.
+    std::vector<std::uint8_t> headerBytes();
     bool readOnly() const { return opening_.readOnly; }
     /// Null when the table has no memo field, or its memo file is missing.
     MemoFile* memo() { return memo_ ? &*memo_ : nullptr; }
     bool memoMissing() const { return header_.hasMemoField() && !memo_; }
+    const std::string& memoPath() const { return memoPath_; }
     /// Why records cannot be written although the store could; empty when they can.
     std::string whyNotUpdatable() const;
     IndexSet& indexes() { return indexes_; }
@@ -53,8 +58,10 @@ public:
     PageFile& companion(const std::string& path, const PageFileOptions& options,
                         bool create = false)
     {
-        return set().companion(path, options, create);
+        return set().companion(onDisk(path), options, create);
     }
+    /// Where a file of this table really stands.
+    std::string onDisk(const std::string& path) const;
     /// Commits, then takes a companion away; all that was opened beside the table is opened again.
     void removeCompanion(const std::string& path);
     /// The mark in the header that a production index stands beside the table.
@@ -99,6 +106,7 @@ private:
     std::unique_ptr<FileSet> files_;
     DbfHeader header_;
     std::optional<MemoFile> memo_;
+    std::string memoPath_;
     IndexSet indexes_{*this};
     std::uint32_t count_ = 0;
     LiveCounts liveCounts_;

@@ -14,12 +14,12 @@
 #include <string_view>
 #include <vector>
 
+#include "access/formats/xbase/index_forms.h"
 #include "access/formats/xbase/inf_file.h"
 #include "access/formats/xbase/table_index.h"
+#include "access/storage/page_file.h"
 
 namespace velnor::xbase {
-
-enum class IndexKind : std::uint8_t { Cdx, Idx, Mdx, Ndx };
 
 class IndexSet {
 public:
@@ -48,6 +48,13 @@ public:
     void add(const IndexDef& def);
     void drop(std::string_view name);
 
+    /// 3800 when an index could not be built anew from the records.
+    void needRebuildable();
+    /// The name of an index whose expression or condition names a field; empty when none does.
+    std::string indexOnField(std::size_t field);
+    /// Makes the indexes of `old` on this table, which has none yet, in files of the same names.
+    void takeOver(IndexSet& old);
+
     /// Every index and what its file is called; for a check.
     struct Named {
         std::string file;
@@ -58,12 +65,21 @@ public:
     std::vector<std::pair<std::string, std::string>> troubles();
 
 private:
-    struct IndexFile;
+    struct IndexFile {
+        std::string path;
+        IndexKind kind = IndexKind::Cdx;
+        PageFile* pages = nullptr;
+        std::unique_ptr<IndexFileFormat> format;
+        std::vector<std::unique_ptr<TableIndex>> indexes;
+    };
+    static PageFileOptions indexFileOptions();
     void open();
     void openFile(const std::string& name);
     void openFormat(IndexFile& file);
     std::unique_ptr<TableIndex> openIndex(IndexFile& file, IndexTag tag);
-    IndexFile& fileForNew(IndexKind kind, const std::string& name);
+    IndexFile& makeFile(IndexKind kind, const std::string& path, std::uint8_t languageMark);
+    IndexFile& fileForNew(IndexKind kind, const std::string& path);
+    NewTag sameTag(const TableIndex& index) const;
     void markPlainField(const std::unique_ptr<TableIndex>& gone, IndexKind kind,
                         const std::vector<std::unique_ptr<TableIndex>>& indexes);
     bool shows(const IndexFile& file) const;

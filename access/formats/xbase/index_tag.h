@@ -21,10 +21,12 @@ struct IndexTag {
     bool descending = false;
     bool nullByte = false;
     std::uint32_t keyLength = 0;
-    char keyLetter = 'C';     ///< MDX: C, N, F, D, I; NDX: C, N
-    std::uint32_t place = 0;  ///< where its header stands
-    std::string trouble;      ///< why it can be listed only; empty when it is sound
-    bool walkable = true;     ///< its entries can be walked
+    char keyLetter = 'C';           ///< MDX: C, N, F, D, I; NDX: C, N
+    std::uint32_t place = 0;        ///< where its header stands
+    std::uint8_t options = 0;       ///< the option bits of its header
+    std::uint8_t languageMark = 0;  ///< MDX
+    std::string trouble;            ///< why it can be listed only; empty when it is sound
+    bool walkable = true;           ///< its entries can be walked
 };
 
 /// What a new index is made with.
@@ -33,8 +35,10 @@ struct NewTag {
     std::string expression;  ///< bytes of the table's code page
     std::string condition;
     bool unique = false;
+    bool refusesEqual = false;
     bool descending = false;
     bool plainField = false;
+    std::uint8_t options = 0;  ///< of the header that it is made after: primary and candidate stay
     char keyLetter = 'C';
     std::uint8_t languageMark = 0;
     KeyForm form;

@@ -17,13 +17,14 @@ constexpr std::size_t kPagesPerBlockAt = 20, kBlockBytesAt = 22, kSlotBytesAt = 
 constexpr std::size_t kTagCountAt = 28, kPagesAt = 32, kFreeAt = 36, kFreeCountAt = 40;
 constexpr std::size_t kDateAt = 44;
 // In the header of an index.
-constexpr std::size_t kRootAt = 0, kOwnPagesAt = 4, kOptionsAt = 8, kLetterAt = 9;
+constexpr std::size_t kRootAt = 0, kOwnPagesAt = 4, kOptionsAt = 8, kLetterAt = 9, kMarkAt = 11;
 constexpr std::size_t kKeyLengthAt = 12, kMostKeysAt = 14, kItemAt = 18, kSerialAt = 20;
 constexpr std::size_t kExpressionAt = 24, kHasConditionAt = 245, kHasKeysAt = 246;
 constexpr std::size_t kFirstNodeAt = 248, kLastNodeAt = 252, kTagDateAt = 257;
 constexpr std::size_t kPlainAt = 480, kOursAt = 484, kConditionAt = 762;
 constexpr std::size_t kTextBytes = 221;
 constexpr std::uint8_t kAlways = 0x10, kDescending = 0x08, kUnique = 0x40, kPrimary = 0x80;
+constexpr std::uint8_t kDistinct = 0x20, kPrimaryMark = 0x21;
 /// In headers of unique indexes that we made: two records may not have one key.
 constexpr std::string_view kOurs = "UNIQ";
 
@@ -313,6 +314,8 @@ IndexTag MdxFile::readTag(std::uint32_t slot)
     std::string scratch;
     tag.name = page_.decode(headerText(names.text(4, nameLength)), scratch);
     const std::uint8_t options = head[kOptionsAt];
+    tag.options = options;
+    tag.languageMark = head[kMarkAt];
     tag.keyLetter = static_cast<char>(head[kLetterAt]);
     tag.keyLength = bytes.u16(kKeyLengthAt);
     tag.primary = (options & kPrimary) && slotLength > 32;
@@ -383,20 +386,21 @@ IndexTag MdxFile::addTag(const NewTag& made)
     const std::uint32_t item = (4 + made.form.length + 3) / 4 * 4;
     std::vector<std::uint8_t> head(bytes);
     storeLE(&head[kRootAt], kNoNode);
+    const auto kept = static_cast<std::uint8_t>(made.options & (kPrimary | kDistinct));
     head[kOptionsAt] = static_cast<std::uint8_t>(kAlways | (made.descending ? kDescending : 0) |
-                                                 (made.unique ? kUnique : 0));
+                                                 (made.unique ? kUnique : 0) | kept);
     head[kLetterAt] = static_cast<std::uint8_t>(made.keyLetter);
-    head[11] = made.languageMark;
+    head[kMarkAt] = made.languageMark;
     storeLE(&head[kKeyLengthAt], static_cast<std::uint16_t>(made.form.length));
     storeLE(&head[kMostKeysAt], static_cast<std::uint16_t>((bytes - 12) / item));
     head[16] = made.keyLetter == 'D';
     storeLE(&head[kItemAt], static_cast<std::uint16_t>(item));
-    head[23] = made.unique;
+    head[23] = kept & kPrimary ? kPrimaryMark : made.unique;
     std::copy(made.expression.begin(), made.expression.end(), head.begin() + kExpressionAt);
     head[kHasConditionAt] = !made.condition.empty();
     std::copy(made.condition.begin(), made.condition.end(), head.begin() + kConditionAt);
     head[kPlainAt] = made.plainField;
-    if (made.unique)
+    if (made.refusesEqual && !kept)
         std::copy(kOurs.begin(), kOurs.end(), head.begin() + kOursAt);
     const std::uint32_t place = allocate();
     file_.writeAt(bytesAt(place), head);

@@ -15,6 +15,7 @@ constexpr std::uint32_t kPrefixBytes = 8;  ///< mark or type, and length, in fro
 constexpr std::uint8_t kEndMark = 0x1A;
 constexpr std::uint8_t kFourMark[] = {0xFF, 0xFF, 0x08, 0x00};
 constexpr std::uint32_t kNewFptBlock = 64;
+constexpr std::uint32_t kTextKind = 1, kObjectKind = 2;
 /// No real memo without a length is longer; a lost end mark must not fill the memory.
 constexpr std::uint64_t kLongestUnmarked = 64u << 20;
 /// A next free block so far behind the end of the file is damage.
@@ -171,6 +172,23 @@ void MemoFile::checkStorable(std::span<const std::uint8_t> bytes) const
 
 std::uint32_t MemoFile::write(std::span<const std::uint8_t> bytes, bool text, std::uint64_t old)
 {
+    return store(bytes, text ? kTextKind : kObjectKind, old);
+}
+
+std::uint32_t MemoFile::take(const MemoFile& from, std::uint64_t block, std::string& scratch)
+{
+    if (!from.read(block, scratch))
+        return 0;
+    std::array<std::uint8_t, 4> kind{};
+    if (form_ == MemoForm::Fpt)
+        from.file_.readAt(block * from.blockSize_, kind);
+    const std::span bytes(reinterpret_cast<const std::uint8_t*>(scratch.data()), scratch.size());
+    return store(bytes, loadBE<std::uint32_t>(kind.data()), 0);
+}
+
+std::uint32_t MemoFile::store(std::span<const std::uint8_t> bytes, std::uint32_t kind,
+                              std::uint64_t old)
+{
     checkStorable(bytes);
     const std::uint64_t blocks = blocksFor(bytes.size());
     const MemoExtent before = old ? extent(old) : MemoExtent{};
@@ -185,7 +203,7 @@ std::uint32_t MemoFile::write(std::span<const std::uint8_t> bytes, bool text, st
         std::array<std::uint8_t, kPrefixBytes> prefix;
         const auto length = static_cast<std::uint32_t>(bytes.size());
         if (form_ == MemoForm::Fpt) {
-            storeBE<std::uint32_t>(prefix.data(), text ? 1 : 2);
+            storeBE(prefix.data(), kind);
             storeBE(&prefix[4], length);
         } else {
             std::copy(std::begin(kFourMark), std::end(kFourMark), prefix.begin());
@@ -206,14 +224,18 @@ std::uint32_t MemoFile::write(std::span<const std::uint8_t> bytes, bool text, st
     return static_cast<std::uint32_t>(block);
 }
 
-std::vector<std::uint8_t> newMemoHeader(MemoForm form, std::string_view tableName)
+std::vector<std::uint8_t> newMemoHeader(MemoForm form, std::string_view tableName,
+                                        std::uint32_t blockSize)
 {
     std::vector<std::uint8_t> head(kHeaderBytes, 0);
     if (form == MemoForm::Fpt) {
-        storeBE<std::uint32_t>(&head[0], kHeaderBytes / kNewFptBlock);
-        storeBE<std::uint16_t>(&head[6], kNewFptBlock);
+        const std::uint32_t size = blockSize ? blockSize : kNewFptBlock;
+        storeBE<std::uint32_t>(&head[0], (kHeaderBytes + size - 1) / size);
+        storeBE(&head[6], static_cast<std::uint16_t>(size));
         return head;
     }
+    if (form == MemoForm::DbtIV && blockSize > kHeaderBytes)
+        head.resize(blockSize);
     storeLE<std::uint32_t>(&head[0], 1);
     if (form == MemoForm::DbtIII) {
         head[16] = 3;
@@ -222,7 +244,7 @@ std::vector<std::uint8_t> newMemoHeader(MemoForm form, std::string_view tableNam
     std::memcpy(&head[8], tableName.data(), std::min<std::size_t>(tableName.size(), 8));
     head[18] = 2;
     head[19] = 1;
-    storeLE<std::uint16_t>(&head[20], kHeaderBytes);
+    storeLE(&head[20], static_cast<std::uint16_t>(blockSize ? blockSize : kHeaderBytes));
     return head;
 }
 

@@ -45,10 +45,15 @@ public:
     /// Stores the bytes and gives their block. `old`: the block that they replace, 0 for none.
     /// A text with 0x1A cannot be kept in the III form: EngineError 3421.
     std::uint32_t write(std::span<const std::uint8_t> bytes, bool text, std::uint64_t old);
+    /// Stores the memo at a block of another file of this form, with its kind; 0 when there is
+    /// none.
+    std::uint32_t take(const MemoFile& from, std::uint64_t block, std::string& scratch);
     /// Throws what write() would throw for these bytes, and stores nothing.
     void checkStorable(std::span<const std::uint8_t> bytes) const;
 
 private:
+    /// `kind`: what an FPT notes of its content.
+    std::uint32_t store(std::span<const std::uint8_t> bytes, std::uint32_t kind, std::uint64_t old);
     std::uint64_t blocksFor(std::uint64_t dataBytes) const;
     std::uint64_t appendBlock() const;
     void setNextFreeBlock(std::uint32_t block);
@@ -62,7 +67,9 @@ private:
     std::uint32_t blockSize_;
 };
 
-/// The first bytes of a new, empty memo file. `tableName`: the DBF's base name.
-std::vector<std::uint8_t> newMemoHeader(MemoForm form, std::string_view tableName);
+/// The first bytes of a new, empty memo file. `tableName`: the DBF's base name. `blockSize` 0: the
+/// usual one of the form; DBT III has no other.
+std::vector<std::uint8_t> newMemoHeader(MemoForm form, std::string_view tableName,
+                                        std::uint32_t blockSize = 0);
 
 }  // namespace velnor::xbase

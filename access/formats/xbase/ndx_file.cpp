@@ -152,7 +152,7 @@ IndexTag NdxFile::addTag(const NewTag& made)
     storeLE(&head[kMostKeysAt], static_cast<std::uint16_t>((kPage - 8) / item));
     head[kNumericAt] = made.keyLetter != 'C';
     storeLE(&head[kItemAt], static_cast<std::uint16_t>(item));
-    head[kUniqueAt] = made.unique ? kOursUnique : 0;
+    head[kUniqueAt] = !made.unique ? 0 : made.refusesEqual ? kOursUnique : 1;
     std::copy(made.expression.begin(), made.expression.end(), head.begin() + kExpressionAt);
     file_.writeAt(0, head);
     return tags(made.name)[0];

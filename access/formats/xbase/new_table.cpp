@@ -143,17 +143,12 @@ void checkNames(const std::vector<NewField>& fields)
                                   "Two fields would have the name " + fields[i].name + ".");
 }
 
-/// The hidden column with a bit for each field that may be Null.
 void addNullFlags(std::vector<NewField>& fields)
 {
     const auto bits = std::count_if(fields.begin(), fields.end(),
                                     [](const NewField& f) { return f.flags & kMayBeNull; });
-    if (bits == 0)
-        return;
-    NewField flags = field(kNullFlags, static_cast<int>((bits + 7) / 8));
-    flags.name = "_NullFlags";
-    flags.flags = kHiddenBinary;
-    fields.push_back(flags);
+    if (bits)
+        fields.push_back(nullFlagsField(static_cast<int>(bits)));
 }
 
 std::uint8_t versionFor(const std::vector<NewField>& fields, const NewTableForm& form)
@@ -167,22 +162,6 @@ std::uint8_t versionFor(const std::vector<NewField>& fields, const NewTableForm&
                                                                          : form.plainVersion;
 }
 
-void putDescriptor(const NewField& made, std::uint32_t offset, const NewTableForm& form,
-                   std::uint8_t* to)
-{
-    std::memcpy(to, made.name.data(), std::min<std::size_t>(made.name.size(), 10));
-    to[11] = static_cast<std::uint8_t>(made.letter);
-    if (form.fox)
-        storeLE(to + 12, offset);
-    to[16] = made.length;
-    to[17] = made.decimals;
-    to[18] = made.flags;
-    if ((made.flags & kAutonumber) == kAutonumber) {
-        storeLE<std::uint32_t>(to + 19, 1);
-        to[23] = 1;
-    }
-}
-
 void makeMemoFile(FileSystem& files, const std::string& path, const NewTableForm& form)
 {
     const auto file = files.open(path, OpenMode::Replace);
@@ -192,18 +171,46 @@ void makeMemoFile(FileSystem& files, const std::string& path, const NewTableForm
 
 }  // namespace
 
+NewField newField(const FieldDef& def, const NewTableForm& form)
+{
+    NewField made = plainField(def, form);
+    made.name = cleanFieldName(def.name);
+    if (form.visualFox && def.autonumber && made.letter == 'I')
+        made.flags = kAutonumber;
+    else if (form.visualFox && needsNullFlag(made, def))
+        made.flags = kMayBeNull;
+    return made;
+}
+
+NewField nullFlagsField(int bits)
+{
+    NewField flags = field(kNullFlags, (bits + 7) / 8);
+    flags.name = "_NullFlags";
+    flags.flags = kHiddenBinary;
+    return flags;
+}
+
+void putDescriptor(const NewField& made, const HeaderShape& shape, std::uint8_t* to)
+{
+    std::memcpy(to, made.name.data(),
+                std::min<std::size_t>(made.name.size(), shape.nameSize - std::size_t{1}));
+    to[shape.typeAt] = static_cast<std::uint8_t>(made.letter);
+    to[shape.lengthAt] = made.length;
+    to[shape.decimalsAt] = made.decimals;
+    if (!shape.flagsAt)
+        return;
+    to[shape.flagsAt] = made.flags;
+    if ((made.flags & kAutonumber) == kAutonumber) {
+        storeLE<std::uint32_t>(to + shape.autonumberAt, 1);
+        to[shape.stepAt] = 1;
+    }
+}
+
 std::vector<NewField> newFields(const TableLayout& layout, const NewTableForm& form)
 {
     std::vector<NewField> fields;
-    for (const FieldDef& def : layout.fields) {
-        NewField made = plainField(def, form);
-        made.name = cleanFieldName(def.name);
-        if (form.visualFox && def.autonumber && made.letter == 'I')
-            made.flags = kAutonumber;
-        else if (form.visualFox && needsNullFlag(made, def))
-            made.flags = kMayBeNull;
-        fields.push_back(std::move(made));
-    }
+    for (const FieldDef& def : layout.fields)
+        fields.push_back(newField(def, form));
     if (form.visualFox)
         addNullFlags(fields);
     checkSizes(fields, layout, form);
@@ -226,8 +233,11 @@ std::vector<std::uint8_t> newHeader(const std::vector<NewField>& fields, const N
     head[29] = languageMark;
     std::uint32_t offset = 1;
     std::size_t at = kHeadBytes;
+    const HeaderShape& shape = *formatOfVersion(head[0])->shape;
     for (const NewField& made : fields) {
-        putDescriptor(made, offset, form, &head[at]);
+        putDescriptor(made, shape, &head[at]);
+        if (form.fox)
+            storeLE(&head[at + 12], offset);
         offset += made.length;
         at += kHeadBytes;
         if (form.visualFox && isMemoLetter(made.letter))

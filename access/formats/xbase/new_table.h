@@ -20,6 +20,13 @@ struct NewField {
     std::uint8_t flags = 0;
 };
 
+/// One field as a kind of table has it: 3251 for a type that it lacks.
+NewField newField(const FieldDef& def, const NewTableForm& form);
+/// The hidden column with so many bits for fields that may be Null.
+NewField nullFlagsField(int bits);
+/// The descriptor of a field, without its place in the record; `to` holds zeros.
+void putDescriptor(const NewField& made, const HeaderShape& shape, std::uint8_t* to);
+
 /// The fields of a new table as its kind has them. 3191 for two names equal in ten characters, 3190
 /// and 3047 for too many or too long ones, 3251 for a type that the kind lacks.
 std::vector<NewField> newFields(const TableLayout& layout, const NewTableForm& form);

@@ -52,6 +52,12 @@ const std::string& TableIndex::whyNotKept()
     return tag_.trouble;
 }
 
+bool TableIndex::canBeBuilt()
+{
+    whyNotKept();
+    return keys_ && !otherOrder_;
+}
+
 /// 2.
 void TableIndex::verify()
 {
@@ -64,6 +70,7 @@ void TableIndex::verify()
         const int by = entries_ ? std::memcmp(last.data(), walker.key(), keyLength()) : -1;
         if (by > 0 || (by == 0 && nodes_->recordsAreOrdered() && lastRecord >= walker.record())) {
             tag_.trouble = "its keys are not in the order of their bytes";
+            otherOrder_ = true;
             return;
         }
         const std::uint32_t record = walker.record();

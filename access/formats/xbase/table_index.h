@@ -40,6 +40,9 @@ public:
     bool walksBackwards() const { return tag_.descending && !(keys_ && keys_->form().turned); }
     /// Walks the index if that was not done; why it cannot be kept right, empty when it can.
     const std::string& whyNotKept();
+    /// Whether build() gives what the file had: not for keys that nobody here makes, or in an
+    /// order of another kind.
+    bool canBeBuilt();
 
     /// Throws 3022, and 3800 for a stale index; changes nothing.
     void before(std::uint32_t number, RecordImage oldImage, RecordImage newImage);
@@ -68,6 +71,7 @@ private:
     std::optional<KeyMaker> keys_;
     std::vector<std::size_t> fields_;
     bool verified_ = false;
+    bool otherOrder_ = false;
     bool changed_ = false;
     std::uint64_t entries_ = 0;
     EntryList pending_;

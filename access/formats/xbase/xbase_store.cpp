@@ -201,6 +201,71 @@ template <class Work> void XbaseStore::changeIndexes(std::string_view table, Wor
     }
 }
 
+/// The table is closed then: its files are others, and whoever looks next opens them.
+template <class Plan> void XbaseStore::rewrite(std::string_view table, RewriteKind kind, Plan plan)
+{
+    needWritable();
+    const auto opened = open(table);
+    if (const std::string why = opened->whyNotUpdatable(); !why.empty())
+        throw EngineError(EngineErrorNumber::ReadOnly,
+                          opened->path() + " cannot be written. " + why);
+    constexpr long kHere = 2;  // this one, and the one in open_
+    if (opened.use_count() > kHere)
+        throw EngineError(EngineErrorNumber::FileInUse, opened->path() + " is in use.");
+    opened->commit();
+    const std::vector<std::uint8_t> head = opened->headerBytes();
+    TablePlanner planner(head, opened->header(), form_);
+    plan(*opened, planner);
+    open_.erase(paths::foldName(table));
+    rewriteTable(*opened, planner.plan(), kind);
+}
+
+void XbaseStore::addField(std::string_view table, const FieldDef& field)
+{
+    rewrite(table, RewriteKind::Fields,
+            [&](DbfTable&, TablePlanner& planner) { planner.add(field); });
+}
+
+namespace {
+
+/// The field of a name that no index needs.
+std::size_t fieldToChange(DbfTable& table, std::string_view name)
+{
+    const auto& fields = table.header().fields;
+    const auto found = std::find_if(fields.begin(), fields.end(), [&](const DbfField& field) {
+        return paths::sameName(field.name, name);
+    });
+    if (found == fields.end())
+        throw EngineError(EngineErrorNumber::ItemNotFound,
+                          "There is no field \"" + std::string(name) + "\".");
+    const auto n = static_cast<std::size_t>(found - fields.begin());
+    if (const std::string index = table.indexes().indexOnField(n); !index.empty())
+        throw EngineError(EngineErrorNumber::FieldInIndex,
+                          "The field " + found->name + " is needed by the index " + index + ".");
+    return n;
+}
+
+}  // namespace
+
+void XbaseStore::dropField(std::string_view table, std::string_view field)
+{
+    rewrite(table, RewriteKind::Fields, [&](DbfTable& opened, TablePlanner& planner) {
+        planner.drop(fieldToChange(opened, field));
+    });
+}
+
+void XbaseStore::widenField(std::string_view table, std::string_view field, const FieldDef& to)
+{
+    rewrite(table, RewriteKind::Fields, [&](DbfTable& opened, TablePlanner& planner) {
+        planner.widen(fieldToChange(opened, field), to);
+    });
+}
+
+void XbaseStore::pack(std::string_view table)
+{
+    rewrite(table, RewriteKind::Pack, [](DbfTable&, TablePlanner&) {});
+}
+
 void XbaseStore::addIndex(std::string_view table, const IndexDef& index)
 {
     changeIndexes(table, [&](IndexSet& indexes) { indexes.add(index); });

@@ -9,6 +9,7 @@
 #include "access/formats/driver.h"
 #include "access/formats/xbase/dbf_format.h"
 #include "access/formats/xbase/dbf_table.h"
+#include "access/formats/xbase/table_rewrite.h"
 
 namespace velnor::xbase {
 
@@ -24,6 +25,12 @@ public:
     std::unique_ptr<RowWriter> writer(std::string_view table) override;
     void createTable(const TableLayout& layout) override;
     void dropTable(std::string_view table) override;
+    void addField(std::string_view table, const FieldDef& field) override;
+    void dropField(std::string_view table, std::string_view field) override;
+    /// Makes a field longer, of the same type. 3251 when that is not what is asked for.
+    void widenField(std::string_view table, std::string_view field, const FieldDef& to);
+    /// Takes the deleted records out, closes the gaps of the memo file, builds the indexes anew.
+    void pack(std::string_view table);
     void addIndex(std::string_view table, const IndexDef& index) override;
     void dropIndex(std::string_view table, std::string_view index) override;
     void commit() override;
@@ -37,6 +44,7 @@ private:
     std::optional<std::string> pathOf(std::string_view table);
     void needWritable() const;
     template <class Work> void changeIndexes(std::string_view table, Work work);
+    template <class Plan> void rewrite(std::string_view table, RewriteKind kind, Plan plan);
 
     FileSystem& files_;
     OpenRequest request_;

@@ -1,5 +1,6 @@
 // Tables with indexes while the disk fails or the power goes: table and indexes are both old, or
 // both new.
+#include "access/formats/xbase/xbase_store.h"
 #include "tests/access/xbase/index_testing.h"
 #include "tests/support/faulty_disk.h"
 
@@ -27,6 +28,9 @@ protected:
         store->createTable(peopleLayout());
         for (int i = 0; i < 60; ++i)
             insertPerson(*store, "P" + std::to_string(i * 37 % 60), i, i);
+        const FieldChange note{4, text("a memo")};
+        store->writer("T")->update(9, std::span(&note, 1));
+        store->writer("T")->remove(8);
         store->commit();
         store->addIndex("T", indexDef("A", {"NAME"}));
         store->addIndex("T", indexDef("B", {"QTY"}));
@@ -65,7 +69,9 @@ protected:
             ASSERT_TRUE(now == before || now == after) << "at change " << n;
             old += now == before;
             const auto store = open(disk);  // and it can be written again
-            insertPerson(*store, "more", 1000, 1);
+            std::vector<ValueView> more(store->layout("T").fields.size());
+            more[0] = text("more");
+            store->writer("T")->insert(more);
             store->commit();
             ASSERT_EQ(faultsOf(*store, "T"), Rows{}) << "at change " << n;
         }
@@ -114,6 +120,25 @@ TEST_P(IndexFaults, aNewIndexIsThereWhole_orNot)
 TEST_P(IndexFaults, aDroppedIndexIsGone_orThere)
 {
     expectOldOrNew([](Store& store) { store.dropIndex("T", "A"); });
+}
+
+TEST_P(IndexFaults, aNewFieldIsThereWithTheIndexes_orNot)
+{
+    expectOldOrNew([](Store& store) { store.addField("T", fieldDef("X", FieldType::Text, 200)); });
+}
+
+TEST_P(IndexFaults, aMemoFieldGoesWithItsFile_orIsThere)
+{
+    expectOldOrNew([](Store& store) { store.dropField("T", "NOTE"); });
+}
+
+TEST_P(IndexFaults, packedFilesComeTogether)
+{
+    expectOldOrNew([](Store& store) {
+        dynamic_cast<xbase::XbaseStore&>(store).pack("T");
+        store.writer("T")->remove(3);
+        store.commit();
+    });
 }
 
 TEST_P(IndexFaults, afterAFailedCommit_theSameStoreWalksTheOldIndex)
