@@ -15,6 +15,8 @@ struct Upcalls {
     std::function<void(const QString& path)> SaveFileAs = [](const QString&) {};
     std::function<void()> WriteCopyLog = [] {};
     std::function<void()> EnableSelectMenus = [] {};
+    /// Opens the help at a topic, "data-entry"; empty: its contents.
+    std::function<void(const QString& topic)> ShowHelp = [](const QString&) {};
 };
 
 Upcalls& upcalls();

@@ -18,6 +18,7 @@
 #include "platform/paths.h"
 
 #include "windows/child_geometry.h"
+#include "windows/childfrm3.h"
 #include "windows/data_strip.h"
 #include "windows/mdiform1.h"
 #include "windows/paint_colors.h"
@@ -424,6 +425,26 @@ void ChildFrm1::mnuFileRefresh_Click()
 void ChildFrm1::mnuEditCopy_Click()
 {
     MSFlexGrid1->copySelection();
+}
+
+void ChildFrm1::ID_DataToggle_Click()
+{
+    for (DocumentChild* other : shell_.children())
+        if (qobject_cast<ChildFrm3*>(other) && other->FILE_USE == FILE_USE &&
+            other->HLDTABLE == HLDTABLE)
+            return shell_.bringToFront(other);
+    auto& G = globals();
+    G.SELECTED_FILE = FILE_USE;
+    G.RECORD_SOURCE = HLDTABLE;
+    G.DATABASE_PASSWORD = password_;
+    G.TEXT_FILE_FLG = false;
+    G.DATA_ENTRY_FLG = true;
+    shell_.NewWindowFile(FILE_USE);
+}
+
+void ChildFrm1::recordsChanged()
+{
+    attempt([this] { rows_->readAgain(); });
 }
 
 void ChildFrm1::releaseFile()

@@ -54,9 +54,11 @@ public:
     void mnuViewComments_Click() override;
     void mnuFileRefresh_Click() override;
     void mnuEditCopy_Click() override;
+    void ID_DataToggle_Click() override;
     void showTable(const QString& name) override;
     QStringList tables() const override;
     void releaseFile() override;
+    void recordsChanged() override;
 
     // What the controls do.
     void List1_Click();

@@ -16,6 +16,12 @@ void DataControl::close()
     database_.reset();
 }
 
+void DataControl::commit()
+{
+    if (database_)
+        database_->commit();
+}
+
 Recordset DataControl::open()
 {
     return database_->OpenRecordset(RecordSource, Type);

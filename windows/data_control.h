@@ -35,6 +35,8 @@ public:
 
     /// Closes what is open, opens anew with the texts above, and stands on the first record.
     void Refresh();
+    /// What was written through the cursor is safe on the disk when this returns.
+    void commit();
     /// Lets go of the file; the texts stay.
     void close();
     bool isOpen() const { return records_.has_value(); }

@@ -60,6 +60,10 @@ void DocumentChild::unloadSoon()
 
 void DocumentChild::closeEvent(QCloseEvent* event)
 {
+    if (!unloaded_ && !mayClose()) {
+        event->ignore();
+        return;
+    }
     event->accept();
     if (unloaded_)
         return;

@@ -40,6 +40,8 @@ public:
     virtual void mnuFileSaveAs_Click();
     virtual void mnuFileOLE_Click();
     virtual void mnuEditCopy_Click() {}
+    /// Goes from the grid to data entry, or back.
+    virtual void ID_DataToggle_Click() {}
     /// Shows another table of the same file.
     virtual void showTable(const QString& name) { Q_UNUSED(name) }
     /// The tables of the file, for the shell's list of them.
@@ -47,6 +49,10 @@ public:
 
     /// Lets go of the file while the window stays open.
     virtual void releaseFile() {}
+    /// Records of a table were changed in another window.
+    virtual void recordsChanged() {}
+    /// False when something is left that could not be saved: the window then stays.
+    virtual bool mayClose() { return true; }
 
     /// The whole path, and what tells twins apart. Tabs and frames show the file's name alone.
     const QString& caption() const { return caption_; }

@@ -23,6 +23,7 @@
 #include "windows/child_geometry.h"
 #include "windows/childfrm1.h"
 #include "windows/childfrm2.h"
+#include "windows/childfrm3.h"
 #include "windows/dropped_files.h"
 
 namespace velnor {
@@ -139,7 +140,10 @@ DocumentChild* MDIForm1::makeChild()
     auto& G = globals();
     if (G.TEXT_FILE_FLG)
         return new ChildFrm2(*this);
-    G.DATA_ENTRY_FLG = false;  // the data entry window comes later; the browser stands in for it
+    if (G.DATA_ENTRY_FLG) {
+        G.DATA_ENTRY_FLG = false;
+        return new ChildFrm3(*this);
+    }
     return new ChildFrm1(*this);
 }
 
@@ -154,9 +158,9 @@ void MDIForm1::NewWindowFile(const QString& title)
         window->setWidget(child);
         window->setAttribute(Qt::WA_DeleteOnClose);
         child->setCaption(NEWCAPTION);
-        window->setWindowTitle(child->windowTitle());
         const int left = CHILD_LEFT, top = CHILD_TOP;
         child->Form_Load();
+        window->setWindowTitle(child->windowTitle());
         area_->addSubWindow(window);
         window->setGeometry(toPixels(left), toPixels(top), toPixels(kChildWidth),
                             toPixels(kChildHeight));
@@ -226,6 +230,24 @@ void MDIForm1::AddToWindowList(DocumentChild* child)
     row->setCheckable(true);
     row->setData(QVariant::fromValue(static_cast<void*>(child)));
     connect(row, &QAction::triggered, child, [this, child] { bringToFront(child); });
+}
+
+void MDIForm1::renameInWindowList(DocumentChild* child)
+{
+    for (QAction* row : windowMenu_->actions())
+        if (row->isCheckable() && row->data().value<void*>() == child)
+            row->setText(QString(child->caption()).replace(u'&', u"&&"_s));
+    if (child == active_)
+        setWindowTitle(child->caption() + u" - "_s + QString::fromLatin1(kProgramTitle));
+    if (auto* window = qobject_cast<QMdiSubWindow*>(child->parentWidget()))
+        window->setWindowTitle(child->windowTitle());
+}
+
+void MDIForm1::recordsChanged(const DocumentChild& where)
+{
+    for (DocumentChild* child : children())
+        if (child != &where && child->FILE_USE == where.FILE_USE)
+            child->recordsChanged();
 }
 
 void MDIForm1::removeFromWindowList(DocumentChild* child)
@@ -360,6 +382,11 @@ void MDIForm1::closeEvent(QCloseEvent* event)
     for (DocumentChild* child : all)
         child->mnuFileClose_Click();
     MDICLOSEALL_FLG = false;
+    if (const auto stay = children(); !stay.isEmpty()) {  // what they hold could not be saved
+        bringToFront(stay.last());
+        event->ignore();
+        return;
+    }
     G.MDI_OPEN_FLG = false;
     loaded_ = false;
     entry_ = {};

@@ -57,6 +57,12 @@ public:
     void NewWindowFile(const QString& title);
     void AddToWindowList(DocumentChild* child);
     void removeFromWindowList(DocumentChild* child);
+    /// The child's caption has changed.
+    void renameInWindowList(DocumentChild* child);
+    /// A caption that no open window bears: the title, or the title with "@" and a count.
+    QString uniqueCaption(const QString& title) const;
+    /// Tells the other windows on the same file.
+    void recordsChanged(const DocumentChild& where);
 
     void DisableButtons();
     void EnableButtons();
@@ -94,7 +100,6 @@ private:
     ToolRow childTool(const QString& id, const QString& text, const QString& tip,
                       const QString& icon, ChildCommand command, QKeySequence key = {});
     ToolRow mainTool(const QString& id, const QString& text, const QString& icon = {});
-    QString uniqueCaption(const QString& title) const;
     DocumentChild* makeChild();
     void childCameToFront(QMdiSubWindow* window);
     void ID_CMBTable_Change(int index);

@@ -21,6 +21,19 @@ void paintField(QWidget& widget, ColorPair pair)
     widget.setPalette(palette);
 }
 
+void paintSurface(QWidget& widget, ColorPair pair)
+{
+    widget.setAutoFillBackground(true);
+    if (isDesktopPair(pair)) {
+        widget.setPalette({});
+        return;
+    }
+    QPalette palette;
+    palette.setColor(QPalette::Window, toQColor(pair.back));
+    palette.setColor(QPalette::WindowText, toQColor(pair.text));
+    widget.setPalette(palette);
+}
+
 void useBoldOption(QWidget& widget)
 {
     QFont font = widget.font();

@@ -10,6 +10,8 @@ namespace velnor {
 /// Background and text of a list, a grid or a field. A pair of the desktop leaves the widget to the
 /// desktop's style.
 void paintField(QWidget& widget, ColorPair pair);
+/// Background of a surface and of what stands on it, and the text there.
+void paintSurface(QWidget& widget, ColorPair pair);
 /// Bold type when the option says so.
 void useBoldOption(QWidget& widget);
 

@@ -128,6 +128,23 @@ void RecordsetModel::setRecordset(std::optional<Recordset> records)
                           counted.description.toStdString());
 }
 
+void RecordsetModel::readAgain()
+{
+    if (!records_)
+        return;
+    const std::int64_t now = records_->RecordCount();
+    for (Row& row : kept_)
+        row.number = -1;
+    at_ = -1;
+    if (now != count_) {
+        beginResetModel();
+        count_ = now;
+        endResetModel();
+    } else if (count_ > 0) {
+        emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+    }
+}
+
 int RecordsetModel::rowCount(const QModelIndex& parent) const
 {
     constexpr std::int64_t most = std::numeric_limits<int>::max();

@@ -24,6 +24,8 @@ public:
 
     /// Shows these records; nothing: an empty grid. Throws what counting them throws.
     void setRecordset(std::optional<Recordset> records);
+    /// Forgets what was read, and counts again: the records of the table have changed.
+    void readAgain();
     bool hasRecordset() const { return records_.has_value(); }
     /// Records there are; rowCount() is the same, cut where a view can count no further.
     std::int64_t recordCount() const { return count_; }

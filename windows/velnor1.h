@@ -84,6 +84,7 @@ private:
     void addComingTabs();
     void TabStrip1_Click(int index);
     void browseSelected();
+    void editSelected();
     void saveSelected();
     void closeSelectedWindow();
     void openWithAnother();

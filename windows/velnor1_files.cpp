@@ -130,6 +130,15 @@ void Velnor1::browseSelected()
         DisplayFile(G.SELECTED_FILE);
 }
 
+void Velnor1::editSelected()
+{
+    auto& G = globals();
+    G.DATA_ENTRY_FLG = true;
+    G.RECORD_SOURCE.clear();
+    if (!text::trim(G.SELECTED_FILE).isEmpty())
+        DisplayFile(G.SELECTED_FILE);
+}
+
 void Velnor1::saveSelected()
 {
     if (!globals().SELECTED_FILE.isEmpty() && SaveFileAs(globals().SELECTED_FILE, this))

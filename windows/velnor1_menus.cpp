@@ -150,8 +150,9 @@ void Velnor1::buildMenus()
     QMenu* view = menuBar()->addMenu(tr("&View"));
     tools.fill(*view, {{u"ID_mnuViewBrowseTable"_s, u"&Browse Table"_s, u"Show the selected file"_s,
                         own(&Velnor1::browseSelected), u"table"_s, QKeySequence(u"Ctrl+B"_s)},
-                       later("ID_mnuViewEditTable", u"&Edit Table"_s, u"the data entry window"_s,
-                             u"document-edit"_s),
+                       {u"ID_mnuViewEditTable"_s, u"&Edit Table"_s,
+                        u"Edit Database Table Data"_s, own(&Velnor1::editSelected),
+                        u"document-edit"_s, QKeySequence(u"Ctrl+E"_s)},
                        toolLine(),
                        later("ID_mnuViewOrganizerName", u"Organizer by &Name"_s, organizer),
                        later("ID_mnuViewOrganizerGroup", u"Organizer by &Group"_s, organizer),

@@ -91,9 +91,11 @@ void Velnor1::closeEvent(QCloseEvent* event)
             SetWinSizeVariables();
         SaveOptions(MAIL_FAVORITES, this);
     }
+    if (globals().MDI_OPEN_FLG && shell_ && !shell_->close()) {
+        event->ignore();  // records that could not be saved are still open
+        return;
+    }
     Timer1->stop();
-    if (globals().MDI_OPEN_FLG && shell_)
-        shell_->close();
     event->accept();
 }
 

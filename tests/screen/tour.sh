@@ -13,25 +13,28 @@ out=$(realpath "$3")
 tools=${VELNOR_TOOLS:?name the folder of make_dbf.py}
 samples=$(realpath "$(dirname "$0")/../../samples")
 work=$(mktemp -d "${TMPDIR:-/tmp}/velnor-tour-XXXXXX")
+disk=$work/disk  # the program sees it as C:
+home=$disk/home/ada
 pids=()
 trap 'for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done; rm -rf "$work"' EXIT
 ulimit -f 4000000
 
 make_data() {
-    mkdir -p "$work/home/Data" "$work/run"
+    mkdir -p "$home/Data" "$home/.config/velnor" "$work/run"
+    printf 'C: = %s\n' "$disk" >"$home/.config/velnor/drives.map"
     chmod 700 "$work/run"
-    python3 "$tools/make_dbf.py" 2500 "$work/home/Data/CUSTOMER.DBF" --memo
-    python3 "$tools/make_dbf.py" 400000 "$work/home/Data/LEDGER.DBF"
-    "$make_shop" "$work/home/Data/shop.mdb" || rm -f "$work/home/Data/shop.mdb"
-    mkdir -p "$work/home/Data/Archive"
-    cp "$samples/CUSTOMER.DBF" "$work/home/Data/Archive/"
-    printf 'Velnor reads and writes database files.\r\nThis is a plain text.\r\n' >"$work/home/Data/README.TXT"
+    python3 "$tools/make_dbf.py" 2500 "$home/Data/CUSTOMER.DBF" --memo
+    python3 "$tools/make_dbf.py" 400000 "$home/Data/LEDGER.DBF"
+    "$make_shop" "$home/Data/shop.mdb" || rm -f "$home/Data/shop.mdb"
+    mkdir -p "$home/Data/Archive"
+    cp "$samples/CUSTOMER.DBF" "$home/Data/Archive/"
+    printf 'Velnor reads and writes database files.\r\nThis is a plain text.\r\n' >"$home/Data/README.TXT"
 }
 
 # A desktop that tells programs its dark colours.
 dark_desktop() {
     export XDG_CURRENT_DESKTOP=KDE KDE_FULL_SESSION=true KDE_SESSION_VERSION=5
-    cat >"$work/home/.config/kdeglobals" <<'COLORS'
+    cat >"$home/.config/kdeglobals" <<'COLORS'
 [Colors:Window]
 BackgroundNormal=42,46,50
 BackgroundAlternate=49,54,59
@@ -60,7 +63,7 @@ COLORS
 
 light_desktop() {
     unset XDG_CURRENT_DESKTOP KDE_FULL_SESSION KDE_SESSION_VERSION
-    rm -f "$work/home/.config/kdeglobals"
+    rm -f "$home/.config/kdeglobals"
 }
 
 # start_screen NUMBER SIZE
@@ -80,7 +83,7 @@ stop_all() {
 }
 
 start_program() {
-    env HOME="$work/home" XDG_DATA_HOME="$work/home/.data" XDG_CONFIG_HOME="$work/home/.config" \
+    env HOME="$home" XDG_DATA_HOME="$home/.data" XDG_CONFIG_HOME="$home/.config" \
         XDG_RUNTIME_DIR="$work/run" "$program" "$@" &
     program_pid=$!
     pids+=($program_pid)
@@ -104,7 +107,7 @@ choose_file() {
 }
 
 tour() {
-    local data="$work/home/Data" main shell
+    local data="$home/Data" main shell
     cd "$data"
     start_program
     cd /
@@ -200,12 +203,12 @@ run_screen() {
     for palette in ${PALETTES:-light dark}; do
         prefix="$1-$palette"
         make_data
-        mkdir -p "$work/home/.config"
+        mkdir -p "$home/.config"
         if [ "$palette" = dark ]; then dark_desktop; else light_desktop; fi
         start_screen "$2" "$3"
         tour || { shot failed; echo "the tour stopped early: $prefix"; }
         stop_all
-        rm -rf "$work/home"
+        rm -rf "$disk"
     done
 }
 

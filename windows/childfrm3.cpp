@@ -1,0 +1,559 @@
+#include "windows/childfrm3.h"
+
+#include <QCheckBox>
+#include <QEvent>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QStatusBar>
+
+#include "access/routing.h"
+#include "access/schema.h"
+#include "access/workspace.h"
+#include "copy/wait_pointer.h"
+#include "core/attempt.h"
+#include "core/file_commands.h"
+#include "core/globals.h"
+#include "core/prompt.h"
+#include "core/text.h"
+#include "platform/paths.h"
+#include "windows/bound_field.h"
+#include "windows/child_geometry.h"
+#include "windows/entry_pane.h"
+#include "windows/mdiform1.h"
+
+namespace velnor {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kNoCurrentRecord = static_cast<int>(EngineErrorNumber::NoCurrentRecord);
+constexpr int kReadOnly = static_cast<int>(EngineErrorNumber::ReadOnly);
+constexpr int kFileInUse = static_cast<int>(EngineErrorNumber::FileInUse);
+constexpr int kClosedSource = 524;
+constexpr int kNoSuchMember = 438;
+
+const QString kNoneLeft =
+    u"No Records Present. Pack or Compact Table or Copy Records into Table to Proceed"_s;
+
+QString dataError(int number, const QString& description)
+{
+    return u"Data Error: %1 %2"_s.arg(QString::number(number), description);
+}
+
+}  // namespace
+
+ChildFrm3::ChildFrm3(MDIForm1& shell) : DocumentChild(shell), Data1(workspace())
+{
+    Data1.onReposition = [this] {
+        if (!loading_)
+            Data1_Reposition();
+    };
+    buildControls();
+}
+
+ChildFrm3::~ChildFrm3() = default;
+
+void ChildFrm3::Form_Load()
+{
+    ++shell_.NUM_CHILDWINDOWS;
+    shell_.CHILD_LEFT += kCascadeLeft;
+    shell_.CHILD_TOP += kCascadeTop;
+    FILE_USE = globals().SELECTED_FILE;
+    EntryMode = u'E';
+    connect_ = SetDatabaseType(FILE_USE);
+    folder_ = fromUtf8(paths::folder(FILE_USE.toStdString()));
+    fileName_ = fromUtf8(paths::fileName(FILE_USE.toStdString()));
+    const WaitPointer wait;
+    const Outcome opened = attempt([this] { openTable(); });
+    if (!opened)
+        tellOpening(opened.number, opened.description);
+    nameWindow();
+    paintWindow();
+}
+
+void ChildFrm3::openTable()
+{
+    setSource();
+    if (closing_)
+        return;
+    if (!text::trim(Dir(FILE_USE)).isEmpty())
+        openRecords();
+    BuildEntryFields();
+    if (opened_ || closing_)
+        return;
+    ++shell_.DATABASE_COUNT;
+    opened_ = true;
+}
+
+/// The three texts of Data1, and the structure of its table in the shared arrays.
+void ChildFrm3::setSource()
+{
+    auto& G = globals();
+    const bool inFolder = connect_ == u"dBASE 5.0;" || connect_ == u"Paradox 5.x;";
+    tables_.clear();
+    if (inFolder) {
+        LoadTableStructure(folder_, connect_, fileName_);
+        if (G.FOXPRO_FLG)
+            connect_ = u"FoxPro 3.0;"_s;
+        table_ = fileName_;
+        HLDTABLE.clear();
+    } else if (connect_ != u"FoxPro 3.0;") {
+        table_ = text::trim(G.RECORD_SOURCE);
+        const QString first = ListTableNames(FILE_USE, connect_);
+        if (G.LOGIN_ASKED_FLG && !G.LOGIN_OK_FLG) {
+            closing_ = true;
+            return;
+        }
+        for (int i = 0; i < G.TABLE_COUNT; ++i)
+            tables_ << G.TABLE_NAMES[i];
+        if (table_.isEmpty())
+            table_ = first;
+        LoadTableStructure(FILE_USE, connect_, table_);
+        HLDTABLE = table_;
+    }
+    const bool isAccess = connect_ == u"Access 2000;";
+    if (isAccess)
+        password_ = G.DATABASE_PASSWORD;
+    const QString password = password_.isEmpty() ? QString() : u";pwd="_s + password_;
+    Data1.Connect = (connect_ + password).toStdString();
+    Data1.DatabaseName = (HLDTABLE.isEmpty() ? folder_ : FILE_USE).toStdString();
+    Data1.RecordSource = table_.toStdString();
+}
+
+void ChildFrm3::openRecords()
+{
+    loading_ = true;
+    Data1.Type = RecordsetType::Table;
+    Outcome opened = attempt([this] { Data1.Refresh(); });
+    if (opened.number == static_cast<int>(EngineErrorNumber::NotSupported)) {
+        Data1.Type = RecordsetType::Dynaset;  // a source without the form of a table
+        opened = attempt([this] {
+            Data1.Refresh();
+            if (!Data1.Recordset().Eof()) {
+                Data1.Recordset().MoveLast();  // counted only when the end was seen
+                Data1.Recordset().MoveFirst();
+            }
+        });
+    }
+    loading_ = false;
+    adding_ = editing_ = false;
+    if (!opened)
+        throw EngineError(static_cast<EngineErrorNumber>(opened.number),
+                          opened.description.toStdString());
+    startRecords();
+}
+
+/// A table without records opens on a new one.
+void ChildFrm3::startRecords()
+{
+    RecordTotal = static_cast<qint32>(Data1.Recordset().RecordCount());
+    EmptyTable = RecordTotal == 0;
+    if (!EmptyTable)
+        return Data1_Reposition();
+    attempt([this] { AddRecord(); });  // a file for reading only: the fields tell it
+}
+
+void ChildFrm3::tellOpening(int number, const QString& description)
+{
+    closing_ = true;
+    prompt().tell(this, number == kFileInUse
+                            ? u"File already Open - Please close File to Edit Data"_s
+                            : u"Error - %1 - %2"_s.arg(QString::number(number), description));
+}
+
+void ChildFrm3::nameWindow()
+{
+    setCaption({});  // its own old name is free
+    setCaption(shell_.uniqueCaption(FILE_USE + u" - DATA ENTRY - "_s + table_));
+    shell_.renameInWindowList(this);
+}
+
+void ChildFrm3::enableTools()
+{
+    shell_.EnableButtons();
+}
+
+void ChildFrm3::Form_Activate()
+{
+    if (closing_) {
+        unloadSoon();
+        return;
+    }
+    shell_.setWindowTitle(caption() + u" - "_s + QString::fromLatin1(kProgramTitle));
+    globals().SELECTED_FILE = FILE_USE;
+    attempt([&] { shell_.showFileLength(text::thousands(fileLength(FILE_USE)) + u" Bytes"_s); });
+}
+
+// The record in hand.
+
+bool ChildFrm3::anyChanged() const
+{
+    return std::any_of(bound_.begin(), bound_.end(), [](const auto* b) { return b->changed(); });
+}
+
+void ChildFrm3::beginEdit()
+{
+    if (adding_ || editing_)
+        return;
+    Data1.Recordset().Edit();
+    editing_ = true;
+}
+
+/// Writes what was changed. When the engine refuses, the texts stay in their boxes and the record
+/// stays open.
+void ChildFrm3::writeChanges()
+{
+    beginEdit();
+    auto& records = Data1.Recordset();
+    for (const BoundField* field : bound_)
+        if (field->changed())
+            field->writeTo(records);
+    records.Update();
+    const bool added = adding_;
+    adding_ = editing_ = false;
+    for (BoundField* field : bound_)
+        field->forgetChange();
+    Data1.commit();
+    if (added)
+        records.moveToBookmark(records.lastModified());
+    shell_.recordsChanged(*this);
+}
+
+void ChildFrm3::dropChanges()
+{
+    if (adding_ || editing_)
+        Data1.Recordset().CancelUpdate();
+    adding_ = editing_ = false;
+}
+
+void ChildFrm3::showRecord()
+{
+    auto& records = Data1.Recordset();
+    for (BoundField* field : bound_)
+        field->show(records.value(field->position()));
+    pane->Frame1->setEnabled(true);
+}
+
+void ChildFrm3::showPosition()
+{
+    ID_DataPosition->setText(
+        adding_
+            ? tr("New record")
+            : u"Record %Position: "_s +
+                  QString::number(static_cast<float>(Data1.Recordset().PercentPosition()), 'g', 7));
+}
+
+void ChildFrm3::tellNoRecords()
+{
+    prompt().tell(this, kNoneLeft);
+}
+
+/// Opens the record for editing and says where it stands; the ends of the table are not passed.
+void ChildFrm3::Data1_Reposition()
+{
+    if (EntryMode == u'A')
+        return;
+    editing_ = false;
+    auto& records = Data1.Recordset();
+    const Outcome done = attempt([&] {
+        const bool eof = records.Eof();
+        const bool bof = records.Bof();
+        ToolBarComp1->enable(u"ID_NextRecord"_s, !eof);
+        ToolBarComp1->enable(u"ID_PreviousRecord"_s, !bof);
+        if ((eof || bof) && RecordTotal <= 0)
+            return tellNoRecords();
+        if (eof)
+            records.MoveLast();
+        else if (bof)
+            records.MoveFirst();
+        showPosition();
+        if (writable_)
+            beginEdit();
+    });
+    if (done || done.number == kClosedSource || done.number == kNoCurrentRecord)
+        return;
+    if (done.number == kReadOnly) {  // said once; from then on it is only looked at
+        writable_ = false;
+        for (BoundField* field : bound_)
+            field->setWritable(false);
+    }
+    prompt().tell(this, dataError(done.number, done.description));
+}
+
+void ChildFrm3::Data1_Error(int number, const QString& description)
+{
+    if (number != kNoCurrentRecord && number != kClosedSource && number != kNoSuchMember) {
+        prompt().tell(this, dataError(number, description));
+        return;
+    }
+    attempt([this] {
+        auto& records = Data1.Recordset();
+        if (!records.Eof() || !records.Bof()) {
+            records.MoveFirst();
+            standOnRecord();
+        }
+    });
+}
+
+/// Shows the record that a move has come to.
+void ChildFrm3::standOnRecord()
+{
+    editing_ = false;
+    if (EntryMode == u'A')
+        attempt([this] {
+            auto& records = Data1.Recordset();
+            if (records.Eof())
+                records.MoveLast();
+            else if (records.Bof())
+                records.MoveFirst();
+            showPosition();
+        });
+    Data1_Reposition();
+    const Outcome shown = attempt([this] { showRecord(); });
+    if (shown)
+        return;
+    for (BoundField* field : bound_)
+        field->clear();
+    pane->Frame1->setEnabled(false);
+    ID_DataPosition->clear();
+}
+
+void ChildFrm3::moveAway(void (velnor::Recordset::*step)())
+{
+    if (!adding_ && anyChanged())
+        writeChanges();
+    dropChanges();
+    (Data1.Recordset().*step)();
+    standOnRecord();
+}
+
+// The tools.
+
+void ChildFrm3::AddRecord()
+{
+    if (anyChanged())
+        writeChanges();
+    dropChanges();
+    const QChar before = EntryMode;
+    EntryMode = u'A';
+    const Outcome begun = attempt([this] { Data1.Recordset().AddNew(); });
+    if (!begun) {
+        EntryMode = before;
+        throw EngineError(static_cast<EngineErrorNumber>(begun.number),
+                          begun.description.toStdString());
+    }
+    adding_ = true;
+    ++RecordTotal;
+    showRecord();
+    showPosition();
+    if (!Text1.isEmpty() && Text1.first()->isEnabled())
+        Text1.first()->setFocus();
+}
+
+void ChildFrm3::SaveRecord()
+{
+    writeChanges();
+    EntryMode = u'E';
+    standOnRecord();
+    shell_.statusBar()->showMessage(tr("Record saved."), 4000);
+}
+
+void ChildFrm3::DeleteRecord()
+{
+    const QString shown = bound_.isEmpty() || Text1.isEmpty() ? QString() : [this] {
+        for (const BoundField* field : bound_)
+            if (field->box() == Text1.first())
+                return field->text();
+        return QString();
+    }();
+    if (!prompt().ask(this, u"Are you sure you want to Delete Record - "_s + shown + u" ?"_s))
+        return;
+    const bool wasNew = adding_;
+    dropChanges();
+    auto& records = Data1.Recordset();
+    if (!wasNew) {
+        records.Delete();
+        Data1.commit();
+    }
+    --RecordTotal;
+    EntryMode = u'E';
+    if (!wasNew)
+        attempt([&] { records.MovePrevious(); });  // nothing in front: the ends are seen to
+    standOnRecord();
+    if (!wasNew)
+        shell_.recordsChanged(*this);
+}
+
+/// A Paradox table is locked while a control is attached to it, so that other programs' records
+/// show only after it was attached elsewhere. Other formats need none of this.
+void ChildFrm3::RefreshEntry()
+{
+    if (connect_ != u"Paradox 5.x;")
+        return;
+    if (!adding_ && anyChanged())
+        writeChanges();
+    dropChanges();
+    const auto attach = [this](const QString& folder, const QString& source, const QString& word) {
+        Data1.DatabaseName = folder.toStdString();
+        Data1.RecordSource = source.toStdString();
+        Data1.Connect = word.toStdString();
+        loading_ = true;
+        const Outcome done = attempt([this] { Data1.Refresh(); });
+        loading_ = false;
+        return done;
+    };
+    attach(globals().APP_PATH, u"Velnor.Txt"_s, u"Text;"_s);  // whatever comes of it
+    LoadTableStructure(folder_, connect_, fileName_);
+    Data1.Type = RecordsetType::Table;
+    EntryMode = u'E';
+    if (const Outcome back = attach(folder_, fileName_, connect_); !back)
+        return Data1_Error(back.number, back.description);
+    RecordTotal = static_cast<qint32>(Data1.Recordset().RecordCount());
+    Data1_Reposition();
+    BuildEntryFields();
+}
+
+void ChildFrm3::runTool(const QString& tool)
+{
+    auto& records = Data1.Recordset();
+    using R = velnor::Recordset;
+    if (tool == u"ID_AddRecord")
+        AddRecord();
+    else if (tool == u"ID_SaveRecord")
+        SaveRecord();
+    else if (tool == u"ID_DeleteRecord")
+        DeleteRecord();
+    else if (tool == u"ID_FirstRecord" && !records.Bof())
+        moveAway(&R::MoveFirst);
+    else if (tool == u"ID_PreviousRecord" && !records.Bof())
+        moveAway(&R::MovePrevious);
+    else if (tool == u"ID_NextRecord" && !records.Eof())
+        moveAway(&R::MoveNext);
+    else if (tool == u"ID_LastRecord" && !records.Eof())
+        moveAway(&R::MoveLast);
+    else if (tool == u"ID_Refresh")
+        RefreshEntry();
+}
+
+void ChildFrm3::ToolBarComp1_Click(const QString& tool)
+{
+    shell_.statusBar()->clearMessage();
+    const Outcome done = attempt([&] { runTool(tool); });
+    if (!done)
+        tellRefused(done.description);
+}
+
+void ChildFrm3::tellRefused(const QString& description)
+{
+    shell_.statusBar()->showMessage(description);  // which field, and why
+    prompt().tell(this, u"Data Required or Data Invalid - Enter Data Correctly"_s);
+}
+
+// The window.
+
+bool ChildFrm3::mayClose()
+{
+    if (closing_ || !Data1.isOpen() || !anyChanged())
+        return true;
+    const Outcome written = attempt([this] { writeChanges(); });
+    if (!written)
+        tellRefused(written.description + u" "_s + tr("Escape takes the changes back."));
+    return bool(written);
+}
+
+void ChildFrm3::showTable(const QString& name)
+{
+    if (name == HLDTABLE)
+        return;
+    if (!mayClose()) {
+        shell_.showTables(*this);
+        return;
+    }
+    const WaitPointer wait;
+    attempt([this] { dropChanges(); });
+    auto& G = globals();
+    G.RECORD_SOURCE = name;
+    G.DATABASE_PASSWORD = password_;
+    EntryMode = u'E';
+    const Outcome opened = attempt([this] { openTable(); });
+    nameWindow();
+    if (!opened)
+        Data1_Error(opened.number, opened.description);
+    if (closing_)
+        unloadSoon();
+}
+
+void ChildFrm3::mnuFileRefresh_Click()
+{
+    ToolBarComp1_Click(u"ID_Refresh"_s);
+}
+
+void ChildFrm3::mnuFileSaveAs_Click()
+{
+    if (mayClose())
+        DocumentChild::mnuFileSaveAs_Click();
+}
+
+void ChildFrm3::mnuEditCopy_Click()
+{
+    QWidget* box = focusWidget();
+    if (auto* line = qobject_cast<QLineEdit*>(box))
+        line->copy();
+    else if (auto* memo = qobject_cast<QPlainTextEdit*>(box))
+        memo->copy();
+}
+
+void ChildFrm3::releaseFile()
+{
+    if (!mayClose())
+        return;
+    attempt([this] { dropChanges(); });
+    clearEntryFields();
+    Data1.Connect = "Text";
+    Data1.DatabaseName = globals().APP_PATH.toStdString();
+    Data1.RecordSource = "Close.Txt";
+    loading_ = true;
+    attempt([this] { Data1.Refresh(); });  // whatever comes of it, the file is free
+    loading_ = false;
+}
+
+bool ChildFrm3::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::FocusIn)
+        pane->reveal(*qobject_cast<QWidget*>(watched));
+    if (event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape && Data1.isOpen()) {
+        const bool wasNew = adding_;
+        attempt([this] { dropChanges(); });
+        if (wasNew) {
+            --RecordTotal;
+            EntryMode = u'E';
+        }
+        standOnRecord();
+        return true;
+    }
+    return DocumentChild::eventFilter(watched, event);
+}
+
+void ChildFrm3::changeEvent(QEvent* event)
+{
+    DocumentChild::changeEvent(event);
+    if (event->type() == QEvent::ApplicationPaletteChange)
+        paintWindow();
+}
+
+void ChildFrm3::Form_Unload()
+{
+    Data1.close();
+    --shell_.NUM_CHILDWINDOWS;
+    shell_.CHILD_LEFT = qMax(0, shell_.CHILD_LEFT - kCascadeLeft);
+    shell_.CHILD_TOP = qMax(0, shell_.CHILD_TOP - kCascadeTop);
+    shell_.childGone(this);
+    if (opened_)
+        --shell_.DATABASE_COUNT;
+}
+
+}  // namespace velnor
