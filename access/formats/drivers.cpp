@@ -3,6 +3,7 @@
 #include "access/formats/driver.h"
 
 #include "access/formats/jet/jet_driver.h"
+#include "access/formats/text/text_driver.h"
 #include "access/formats/xbase/xbase_driver.h"
 #include "platform/paths.h"
 
@@ -19,7 +20,8 @@ std::span<const Driver* const> builtInDrivers()
 {
     static const jet::JetDriver jetDriver;
     static const xbase::XbaseDriver xbaseDriver;
-    static const Driver* const drivers[] = {&jetDriver, &xbaseDriver};
+    static const text::TextDriver textDriver;
+    static const Driver* const drivers[] = {&jetDriver, &xbaseDriver, &textDriver};
     return drivers;
 }
 
