@@ -82,7 +82,8 @@ TableLayout targetLayout(const TableLayout& from, bool fromXbase, const Target& 
         field.nativeType.clear();
         if (access)
             field.name = accessName(field.name);
-        else if (field.type == FieldType::Text || field.type == FieldType::Char)
+        else if (target.source.kind == FileKind::Xbase &&
+                 (field.type == FieldType::Text || field.type == FieldType::Char))
             field.size = std::min(field.size, kLongestDbfText);
     }
     if (access) {

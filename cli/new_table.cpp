@@ -65,17 +65,16 @@ Database openTarget(Context& context, Target& target)
 
 bool hasTable(Context&, Database& database, const Target& target)
 {
-    if (target.source.kind == FileKind::Xbase)
+    if (isTableFile(target.source.kind))
         return target.fileExists;
     return database.TableDefs().contains(target.source.table);
 }
 
 void makeTable(Database& database, const Target& target, const TableLayout& layout)
 {
-    // A DBF is given the spelling of its file, so that it lies where the user said.
-    TableDef table = database.CreateTableDef(target.source.kind == FileKind::Xbase
-                                                 ? paths::fileName(target.source.path)
-                                                 : layout.name);
+    // A table file is given the spelling of its name, so that it lies where the user said.
+    TableDef table = database.CreateTableDef(
+        isTableFile(target.source.kind) ? paths::fileName(target.source.path) : layout.name);
     for (const FieldDef& field : layout.fields) {
         Field made = table.CreateField(field.name, static_cast<int>(field.type), field.size);
         made.def() = field;

@@ -15,10 +15,11 @@ struct Kind {
     std::string_view connect;
 };
 constexpr std::array kKinds{
-    Kind{"DBF", FileKind::Xbase, "dBASE 5.0;"},
-    Kind{"MDB", FileKind::Access, "Access 2000;"},
+    Kind{"DBF", FileKind::Xbase, "dBASE 5.0;"}, Kind{"MDB", FileKind::Access, "Access 2000;"},
+    Kind{"TXT", FileKind::Text, "Text;"},       Kind{"CSV", FileKind::Text, "Text;"},
+    Kind{"TAB", FileKind::Text, "Text;"},       Kind{"ASC", FileKind::Text, "Text;"},
 };
-constexpr std::array kLaterKinds{"DB", "XLS", "WK4", "TXT", "CSV"};
+constexpr std::array kLaterKinds{"DB", "XLS", "WK4"};
 
 const Kind* findKind(std::string_view path)
 {
@@ -83,9 +84,10 @@ Source sourceOf(Context& context, const std::string& word, const Arguments& argu
         throw EngineError(EngineErrorNumber::NoDriver, "No driver for this kind of file: " + word);
     source.kind = kind->kind;
     source.connect = std::string(kind->connect) + source.tail;
-    if (kind->kind == FileKind::Xbase) {
+    if (isTableFile(kind->kind)) {
         source.database = paths::folder(source.path);
-        source.table = paths::baseName(source.path);
+        source.table = kind->kind == FileKind::Text ? paths::fileName(source.path)
+                                                    : paths::baseName(source.path);
     } else {
         source.database = source.path;
     }

@@ -10,15 +10,22 @@
 
 namespace velnor::cli {
 
-enum class FileKind { None, Xbase, Access, Folder };
+enum class FileKind { None, Xbase, Access, Text, Folder };
+
+/// True for files that are one table of their folder.
+constexpr bool isTableFile(FileKind kind)
+{
+    return kind == FileKind::Xbase || kind == FileKind::Text;
+}
 
 struct Source {
     FileKind kind = FileKind::None;
     std::string path;      ///< "C:\..." form
-    std::string database;  ///< what OpenDatabase takes: the folder of a DBF, else the file
+    std::string database;  ///< what OpenDatabase takes: the folder of a table file, else the file
     std::string connect;   ///< "dBASE 5.0;", "Access 2000;", with pwd= and codepage= when given
-    std::string table;     ///< of a DBF its bare name; empty when not chosen yet
-    std::string tail;      ///< the parts of the connect string behind the driver's word
+    std::string
+        table;  ///< of a DBF its bare name, of a text its file name; empty when not chosen yet
+    std::string tail;  ///< the parts of the connect string behind the driver's word
 };
 
 /// By the extension alone, blind to case.

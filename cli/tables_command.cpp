@@ -23,9 +23,8 @@ int runTables(Context& context, const Arguments& arguments)
     arguments.expectPositional(1, 1);
     Source source = sourceOf(context, arguments.positional()[0], arguments);
     Database database = openSource(context, source, true);
-    const std::vector<std::string> names = source.kind == FileKind::Xbase
-                                               ? std::vector<std::string>{source.table}
-                                               : userTables(database);
+    const std::vector<std::string> names =
+        isTableFile(source.kind) ? std::vector<std::string>{source.table} : userTables(database);
     Output output(context.files, "");
     std::string& out = output.buffer();
     if (arguments.has("--json"))
