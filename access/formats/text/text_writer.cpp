@@ -40,7 +40,7 @@ void TextWriter::update(RowId, std::span<const FieldChange>)
 
 void TextWriter::remove(RowId)
 {
-    throw EngineError(EngineErrorNumber::NotSupported,
+    throw EngineError(EngineErrorNumber::DeletesNotSupported,
                       "Records of a text file can be added, not deleted.");
 }
 

@@ -1,5 +1,5 @@
-// access/formats/text/text_writer.h - adds records to a text file. Records are never changed or
-// removed: 3251.
+// access/formats/text/text_writer.h - adds records to a text file. Records are never changed (3251)
+// or removed (3617).
 #pragma once
 
 #include <memory>
