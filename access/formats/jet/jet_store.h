@@ -25,6 +25,10 @@ public:
     std::unique_ptr<RowWriter> writer(std::string_view table) override;
     void createTable(const TableLayout& layout) override;
     void dropTable(std::string_view table) override;
+    void addField(std::string_view table, const FieldDef& field) override;
+    void dropField(std::string_view table, std::string_view field) override;
+    void addIndex(std::string_view table, const IndexDef& index) override;
+    void dropIndex(std::string_view table, std::string_view index) override;
     bool acceptsPassword(std::string_view password) override
     {
         return file_.acceptsPassword(password);
@@ -46,6 +50,8 @@ private:
     void forgetChanges();
     TableByPage tablesByPage();
     template <class Change> void changeStructure(Change change);
+    template <class Change> void changeTable(std::string_view table, Change change);
+    void forgetTable(PageNumber page);
 
     JetFile file_;
     Catalog catalog_;

@@ -192,21 +192,9 @@ OpenIndex& JetTable::index(int real)
     if (slot)
         return *slot;
     const RealIndex& def = def_.realIndexes[real];
-    auto open = std::make_unique<OpenIndex>();
+    auto open = std::make_unique<OpenIndex>(IndexPlan(def_, plan_, def));
     open->map = std::make_unique<UsageMap>(file_, def.map);
     open->tree = std::make_unique<IndexTree>(file_, open->map.get(), def.root, def_.page());
-    for (const IndexColumn& column : def.columns) {
-        const Column* c = def_.columnById(column.id);
-        KeyColumn key;
-        key.descending = column.descending;
-        if (c) {
-            key.type = c->type;
-            key.scale = c->scale;
-            key.order = c->order;
-        }
-        open->fields.push_back(plan_.fieldOfId(column.id));
-        open->keyColumns.push_back(key);
-    }
     slot = std::move(open);
     return *slot;
 }

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "access/formats/jet/data_page.h"
-#include "access/formats/jet/index_keys.h"
+#include "access/formats/jet/index_rules.h"
 #include "access/formats/jet/jet_file.h"
 #include "access/formats/jet/jet_index.h"
 #include "access/formats/jet/row_codec.h"
@@ -22,11 +22,10 @@
 namespace velnor::jet {
 
 /// A real index of an open table.
-struct OpenIndex {
+struct OpenIndex : IndexPlan {
+    explicit OpenIndex(IndexPlan plan) : IndexPlan(std::move(plan)) {}
     std::unique_ptr<UsageMap> map;
     std::unique_ptr<IndexTree> tree;
-    std::vector<int> fields;  // of the row plan, in key order; -1 for a column that is not there
-    std::vector<KeyColumn> keyColumns;
 };
 
 /// A record's bytes, with its page held.
@@ -92,6 +91,9 @@ public:
     /// Another program, or a failed commit, changed the file: everything is read anew when asked
     /// for.
     void reload();
+    /// The table has another structure now, or is gone: who still holds this one cannot write.
+    void retire() { retired_ = true; }
+    bool retired() const { return retired_; }
 
 private:
     void readDefinition(PageNumber page);
@@ -115,6 +117,7 @@ private:
     std::vector<std::uint8_t> counts_;  // records on each page of pages_
     std::int64_t records_ = 0;
     bool countsDirty_ = false;
+    bool retired_ = false;
     // The last answer of recordsBefore, to go on from.
     std::size_t sumPlace_ = 0;
     std::int64_t sum_ = 0;

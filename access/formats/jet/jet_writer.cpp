@@ -58,6 +58,14 @@ JetWriter::JetWriter(std::shared_ptr<JetTable> table, const TableByPage& tables,
 
 // ---- values
 
+void JetWriter::requireCurrent() const
+{
+    if (table_->retired())
+        throw EngineError(EngineErrorNumber::ObjectClosed, "The structure of table \"" +
+                                                               table_->name() +
+                                                               "\" was changed; open it again.");
+}
+
 void JetWriter::openOld(RowPointer home)
 {
     const auto held = table_->row(home);
@@ -95,6 +103,15 @@ ValueView JetWriter::oldValue(int field)
     return ValueView::text(scratch_[field]);
 }
 
+ValueView randomGuid(std::string& text)
+{
+    std::uint64_t random[2] = {randomSource()(), randomSource()()};
+    auto* bytes = reinterpret_cast<std::uint8_t*>(random);
+    bytes[7] = static_cast<std::uint8_t>((bytes[7] & 0x0F) | 0x40);  // a random GUID
+    bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);
+    return ValueView::text(guidText(std::span<const std::uint8_t, 16>(bytes, 16), text));
+}
+
 ValueView JetWriter::randomNumber()
 {
     return ValueView::integer(static_cast<std::int32_t>(randomSource()()));
@@ -110,12 +127,7 @@ void JetWriter::giveAutonumbers()
         if (!column.autonumber() || !values_[i].isNull())
             continue;
         if (column.type == column_type::kGuid) {
-            std::uint64_t random[2] = {randomSource()(), randomSource()()};
-            auto* bytes = reinterpret_cast<std::uint8_t*>(random);
-            bytes[7] = static_cast<std::uint8_t>((bytes[7] & 0x0F) | 0x40);  // a random GUID
-            bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);
-            values_[i] =
-                ValueView::text(guidText(std::span<const std::uint8_t, 16>(bytes, 16), guid_));
+            values_[i] = randomGuid(guid_);
         } else if (randomAutonumber_) {
             values_[i] = randomNumber();
         } else {
@@ -141,22 +153,7 @@ void JetWriter::buildKey(IndexPart& index, std::vector<std::uint8_t>& key, bool&
     }
     const KeyView built = index.keys->build(keyValues_);
     key.assign(built.begin(), built.end());
-    has = !(definition(index).ignoreNulls() && index.keys->allNull());
-}
-
-/// Refuses the key that was built last.
-void JetWriter::checkKey(const IndexPart& index)
-{
-    if (definition(index).required() && index.keys->nulls() > 0)
-        throw EngineError(EngineErrorNumber::NullKey, "An index or primary key of table \"" +
-                                                          table_->name() +
-                                                          "\" cannot hold a Null value.");
-    if (index.hasNew && !index.keys->sure())
-        throw EngineError(
-            EngineErrorNumber::NotSupported,
-            "Table \"" + table_->name() +
-                "\" has an index whose sort order is not supported for this text; the "
-                "record cannot be written.");
+    has = takesKey(definition(index), *index.keys);
 }
 
 void JetWriter::prepareNewKeys(RowPointer self)
@@ -168,7 +165,7 @@ void JetWriter::prepareNewKeys(RowPointer self)
             index.hasNew != index.hadOld || (index.hasNew && index.newKey != index.oldKey);
         if (!index.changes)
             continue;
-        checkKey(index);
+        requireKey(definition(index), *index.keys, table_->name());
         if (index.hasNew && definition(index).unique() && !index.keys->allNull())
             refuseDuplicate(index, self);
     }
@@ -177,10 +174,7 @@ void JetWriter::prepareNewKeys(RowPointer self)
 void JetWriter::refuseDuplicate(const IndexPart& index, RowPointer self)
 {
     if (index.open->tree->otherWithKey(index.newKey, self))
-        throw EngineError(EngineErrorNumber::DuplicateKey,
-                          "The record would make duplicate values in an index, primary key or "
-                          "relationship of table \"" +
-                              table_->name() + "\".");
+        refuseDuplicateKey(table_->name());
 }
 
 /// Keys of the record as it stands. One whose order is not known is found by its row instead.
@@ -348,6 +342,7 @@ JetWriter::Bytes JetWriter::buildRow()
 
 RowId JetWriter::insert(std::span<const ValueView> values)
 {
+    requireCurrent();
     values_.assign(values.begin(), values.end());
     values_.resize(table_->plan().fields.size());
     giveAutonumbers();
@@ -393,6 +388,7 @@ RowId JetWriter::insert(std::span<const ValueView> values)
 
 void JetWriter::update(RowId row, std::span<const FieldChange> changes)
 {
+    requireCurrent();
     const RowPointer home = pointerOf(row);
     openOld(home);
     const int count = static_cast<int>(values_.size());
@@ -438,6 +434,7 @@ void JetWriter::update(RowId row, std::span<const FieldChange> changes)
 
 void JetWriter::remove(RowId row)
 {
+    requireCurrent();
     const RowPointer home = pointerOf(row);
     openOld(home);
     std::fill(values_.begin(), values_.end(), ValueView::null());

@@ -21,6 +21,9 @@
 
 namespace velnor::jet {
 
+/// A new GUID as text, which lies in `text`.
+ValueView randomGuid(std::string& text);
+
 class JetWriter final : public RowWriter {
 public:
     /// `randomAutonumber`: new numbers are random, as the table's definition asks.
@@ -61,6 +64,7 @@ private:
     {
         return table_->def().realIndexes.at(static_cast<std::size_t>(index.real));
     }
+    void requireCurrent() const;
     void openOld(RowPointer home);
     ValueView oldValue(int field);
     ValueView newValue(int field) const { return values_[field]; }
@@ -68,7 +72,6 @@ private:
     ValueView randomNumber();
 
     void buildKey(IndexPart& index, std::vector<std::uint8_t>& key, bool& has);
-    void checkKey(const IndexPart& index);
     void prepareNewKeys(RowPointer self);
     void prepareOldKeys();
     void refuseDuplicate(const IndexPart& index, RowPointer self);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "access/formats/jet/table_layout.h"
+#include "access/formats/jet/text_collation.h"
 #include "platform/paths.h"
 
 namespace velnor::jet {
@@ -75,33 +76,6 @@ void placeColumns(TableDef& def)
     def.variableColumns = slot;
 }
 
-RealIndex newRealIndex(const TableDef& def, const IndexDef& index, const JetFormat& format)
-{
-    RealIndex real;
-    if (index.fields.empty())
-        badIndex(index.name, "it has no fields.");
-    if (index.fields.size() > kMaxIndexColumns)
-        badIndex(index.name, "it has more than ten fields.");
-    for (const IndexFieldDef& field : index.fields) {
-        const auto column =
-            std::find_if(def.columns.begin(), def.columns.end(),
-                         [&](const Column& c) { return paths::sameName(c.name, field.name); });
-        if (column == def.columns.end())
-            badIndex(index.name, "one of its fields is not in the table.");
-        if (column->type == column_type::kOle)
-            badIndex(index.name, "a field of this type cannot be indexed.");
-        real.columns.push_back({column->id, field.descending});
-    }
-    real.flags = format.realIndex.alwaysFlags;
-    if (index.unique || index.primary)
-        real.flags |= index_flag::kUnique;
-    if (index.required || index.primary)
-        real.flags |= index_flag::kRequired;
-    if (index.ignoreNulls)
-        real.flags |= index_flag::kIgnoreNulls;
-    return real;
-}
-
 }  // namespace
 
 Column newColumn(const ColumnDefaults& defaults, const FieldDef& field)
@@ -136,14 +110,62 @@ Column newColumn(const ColumnDefaults& defaults, const FieldDef& field)
     return c;
 }
 
+RealIndex newRealIndex(const TableDef& def, const IndexDef& index, const JetFormat& format)
+{
+    RealIndex real;
+    if (index.fields.empty())
+        badIndex(index.name, "it has no fields.");
+    if (index.fields.size() > kMaxIndexColumns)
+        badIndex(index.name, "it has more than ten fields.");
+    for (const IndexFieldDef& field : index.fields) {
+        const auto column =
+            std::find_if(def.columns.begin(), def.columns.end(),
+                         [&](const Column& c) { return paths::sameName(c.name, field.name); });
+        if (column == def.columns.end())
+            badIndex(index.name, "one of its fields is not in the table.");
+        if (column->type == column_type::kOle)
+            badIndex(index.name, "a field of this type cannot be indexed.");
+        real.columns.push_back({column->id, field.descending});
+    }
+    real.flags = format.realIndex.alwaysFlags;
+    if (index.unique || index.primary)
+        real.flags |= index_flag::kUnique;
+    if (index.required || index.primary)
+        real.flags |= index_flag::kRequired;
+    if (index.ignoreNulls)
+        real.flags |= index_flag::kIgnoreNulls;
+    return real;
+}
+
+void addLogicalIndex(const JetFile& file, TableDef& table, const IndexDef& index)
+{
+    if (table.logicalIndexes.size() >= kMaxIndexes)
+        badIndex(index.name, "a table has at most 32 indexes.");
+    LogicalIndex logical;
+    logical.name = index.name;
+    logical.realIndex = static_cast<std::uint32_t>(table.realIndexes.size() - 1);
+    logical.kind = index.primary ? LogicalKind::Primary : LogicalKind::Ordinary;
+    for (const LogicalIndex& other : table.logicalIndexes)
+        logical.number = std::max(logical.number, other.number + 1);
+    TextCollation collation(!file.format().wideText, file.header().order, &file.codePage());
+    const auto keyOf = [&](const std::string& name) {
+        KeyBytes key;
+        collation.append(name, false, key);
+        return key;
+    };
+    const KeyBytes key = keyOf(index.name);
+    const auto place =
+        std::find_if(table.logicalIndexes.begin(), table.logicalIndexes.end(),
+                     [&](const LogicalIndex& other) { return keyOf(other.name) > key; });
+    table.logicalIndexes.insert(place, std::move(logical));
+}
+
 TableDef newTableDef(const ColumnDefaults& defaults, const TableLayout& layout)
 {
     if (layout.fields.size() > kMaxColumns)
         throw EngineError(EngineErrorNumber::TooManyFields, "Too many fields defined.");
     if (layout.fields.empty())
         throw EngineError(EngineErrorNumber::InvalidArgument, "A table must have a field.");
-    if (layout.indexes.size() > kMaxIndexes)
-        badIndex(layout.indexes.back().name, "a table has at most 32 indexes.");
     TableDef def;
     for (const FieldDef& field : layout.fields) {
         Column c = newColumn(defaults, field);
@@ -153,40 +175,37 @@ TableDef newTableDef(const ColumnDefaults& defaults, const TableLayout& layout)
     }
     def.maxColumns = static_cast<std::uint16_t>(def.columns.size());
     placeColumns(def);
-    for (const IndexDef& index : layout.indexes) {
-        LogicalIndex logical;
-        logical.name = index.name;
-        logical.number = static_cast<std::uint32_t>(def.realIndexes.size());
-        logical.realIndex = logical.number;
-        logical.kind = index.primary ? LogicalKind::Primary : LogicalKind::Ordinary;
-        def.realIndexes.push_back(newRealIndex(def, index, defaults.format));
-        def.logicalIndexes.push_back(std::move(logical));
-    }
-    std::stable_sort(def.logicalIndexes.begin(), def.logicalIndexes.end(),
-                     [](const LogicalIndex& a, const LogicalIndex& b) {
-                         return paths::foldName(a.name) < paths::foldName(b.name);
-                     });
     return def;
+}
+
+namespace {
+
+void setRules(PropertyBlock& block, const std::string& owner, const std::string& rule,
+              const std::string& words, const std::string& description)
+{
+    block.setText(owner, "ValidationRule", PropertyType::Memo, rule);
+    block.setText(owner, "ValidationText", PropertyType::Text, words);
+    block.setText(owner, "Description", PropertyType::Text, description);
+}
+
+}  // namespace
+
+void setFieldProperties(PropertyBlock& block, const FieldDef& field)
+{
+    if (field.required)
+        block.setFlag(field.name, "Required", true);
+    if (!field.allowZeroLength && valueKindOf(field.type) == ValueKind::Text)
+        block.setFlag(field.name, "AllowZeroLength", false);
+    block.setText(field.name, "DefaultValue", PropertyType::Memo, field.defaultValue);
+    setRules(block, field.name, field.validationRule, field.validationText, field.description);
 }
 
 PropertyBlock newProperties(const TableLayout& layout, PropertyText text)
 {
     PropertyBlock block(text);
-    const auto rules = [&](const std::string& owner, const std::string& rule,
-                           const std::string& words, const std::string& description) {
-        block.setText(owner, "ValidationRule", PropertyType::Memo, rule);
-        block.setText(owner, "ValidationText", PropertyType::Text, words);
-        block.setText(owner, "Description", PropertyType::Text, description);
-    };
-    rules("", layout.validationRule, layout.validationText, layout.description);
-    for (const FieldDef& field : layout.fields) {
-        if (field.required)
-            block.setFlag(field.name, "Required", true);
-        if (!field.allowZeroLength && valueKindOf(field.type) == ValueKind::Text)
-            block.setFlag(field.name, "AllowZeroLength", false);
-        block.setText(field.name, "DefaultValue", PropertyType::Memo, field.defaultValue);
-        rules(field.name, field.validationRule, field.validationText, field.description);
-    }
+    setRules(block, "", layout.validationRule, layout.validationText, layout.description);
+    for (const FieldDef& field : layout.fields)
+        setFieldProperties(block, field);
     return block;
 }
 

@@ -16,13 +16,24 @@ struct ColumnDefaults {
     std::uint16_t columnWord = 0;  // Jet 3
 };
 
-/// Columns and indexes, without pages: maps and roots are still to be given. Ids and fixed offsets
-/// in the order of the fields; plain variable columns get the first slots, long values the last.
-/// 3190 too many fields, 3251 a type that the version does not have, 3018 an index that cannot be.
+/// Columns without indexes and pages: maps are still to be given. Ids and fixed offsets in the
+/// order of the fields; plain variable columns get the first slots, long values the last. 3190 too
+/// many fields, 3251 a type that the version does not have.
 TableDef newTableDef(const ColumnDefaults& defaults, const TableLayout& layout);
 
 /// A column of a field; ids, slots and offsets are still to be given.
 Column newColumn(const ColumnDefaults& defaults, const FieldDef& field);
+
+/// The real index of a definition: columns and flags; map and root are still to be given. 3018 when
+/// it has no fields or too many, names one that is not there or cannot be indexed.
+RealIndex newRealIndex(const TableDef& table, const IndexDef& index, const JetFormat& format);
+
+/// Adds an index on the definition's last real index under its name. Names stand in the order of
+/// the file. 3018 when the table has 32 indexes already.
+void addLogicalIndex(const JetFile& file, TableDef& table, const IndexDef& index);
+
+/// What the property block keeps of a field.
+void setFieldProperties(PropertyBlock& block, const FieldDef& field);
 
 /// What the property block keeps of a table: required fields, default values, descriptions, rules.
 PropertyBlock newProperties(const TableLayout& layout, PropertyText text);

@@ -4,6 +4,7 @@
 #include "access/formats/jet/jet_check.h"
 #include "access/formats/jet/jet_writer.h"
 #include "access/formats/jet/structure.h"
+#include "access/formats/jet/table_change.h"
 #include "platform/paths.h"
 
 namespace velnor::jet {
@@ -84,14 +85,16 @@ std::unique_ptr<RowWriter> JetStore::writer(std::string_view table)
     return std::make_unique<JetWriter>(std::move(open), tablesByPage(), randomNumbers);
 }
 
-/// A change of structure is made on a committed file, so that it can be undone as a whole without
-/// losing records.
+/// A change of structure begins and ends with a commit: it can be undone as a whole without losing
+/// records, and nobody opens a structure that a failed commit takes away again.
 template <class Change> void JetStore::changeStructure(Change change)
 {
     needWriteable();
     commit();
     try {
         change(Structure(file_, catalog_, tablesByPage()));
+        catalog_.saveCounts();
+        file_.commit();
     } catch (...) {
         forgetChanges();
         throw;
@@ -109,7 +112,49 @@ void JetStore::dropTable(std::string_view table)
     const CatalogEntry entry = entryOf(table);
     const auto open = openTable(table);
     changeStructure([&](Structure structure) { structure.dropTable(entry, *open); });
-    tables_.erase(static_cast<PageNumber>(entry.id));
+    forgetTable(static_cast<PageNumber>(entry.id));
+}
+
+/// Those who still hold the table as it was cannot write to it.
+void JetStore::forgetTable(PageNumber page)
+{
+    const auto known = tables_.find(page);
+    if (known == tables_.end())
+        return;
+    known->second->retire();
+    tables_.erase(known);
+}
+
+template <class Change> void JetStore::changeTable(std::string_view table, Change change)
+{
+    needWriteable();
+    const CatalogEntry entry = entryOf(table);
+    const auto open = openTable(table);
+    changeStructure([&](const Structure&) {
+        TableChange changing(file_, catalog_, entry, open, tablesByPage());
+        change(changing);
+    });
+    forgetTable(open->page());
+}
+
+void JetStore::addField(std::string_view table, const FieldDef& field)
+{
+    changeTable(table, [&](TableChange& changing) { changing.addField(field); });
+}
+
+void JetStore::dropField(std::string_view table, std::string_view field)
+{
+    changeTable(table, [&](TableChange& changing) { changing.dropField(field); });
+}
+
+void JetStore::addIndex(std::string_view table, const IndexDef& index)
+{
+    changeTable(table, [&](TableChange& changing) { changing.addIndex(index); });
+}
+
+void JetStore::dropIndex(std::string_view table, std::string_view index)
+{
+    changeTable(table, [&](TableChange& changing) { changing.dropIndex(index); });
 }
 
 void JetStore::check(std::string_view table, const ProblemSink& report)

@@ -39,7 +39,7 @@ RowPointer MapRecords::add()
     if (page_ != 0) {
         PageRef page = file_.page(page_);
         DataPageEditor editor(f, page.edit());
-        if (editor.fits(bytes)) {
+        if (editor.owner() == 0 && editor.fits(bytes)) {
             const auto slot = static_cast<std::uint8_t>(editor.rowCount());
             UsageMap::lay(f, editor.append(bytes));
             return {page_, slot};
@@ -50,6 +50,31 @@ RowPointer MapRecords::add()
     DataPageEditor editor = DataPageEditor::lay(f, page.edit(), 0);
     UsageMap::lay(f, editor.append(bytes));
     return {page_, 0};
+}
+
+void releaseMap(JetFile& file, RowPointer record)
+{
+    UsageMap map(file, record);
+    for (const PageNumber number : map.mapPages())
+        file.release(number, page_type::kFreed);
+    bool empty = false;
+    {
+        PageRef page = file.page(record.page);
+        DataPageEditor editor(file.format(), page.edit());
+        editor.erase(record.slot);
+        empty = editor.empty() && editor.owner() == 0;
+    }
+    if (empty)
+        file.release(record.page, page_type::kFreed);
+}
+
+void layIndex(JetFile& file, MapRecords& maps, PageNumber owner, RealIndex& index)
+{
+    index.map = maps.add();
+    index.root = file.allocate();
+    UsageMap map(file, index.map);
+    map.add(index.root);
+    IndexTree(file, &map, index.root, owner).clearRoot();
 }
 
 void Structure::createTable(const TableLayout& layout)
@@ -80,12 +105,11 @@ PageNumber Structure::writeDefinition(const TableLayout& layout)
             const RowPointer owned = maps.add();
             def.longValues.push_back({c.id, owned, maps.add()});
         }
-    for (RealIndex& index : def.realIndexes) {
-        index.map = maps.add();
-        index.root = file_.allocate();
-        UsageMap map(file_, index.map);
-        map.add(index.root);
-        IndexTree(file_, &map, index.root, def.page()).clearRoot();
+    for (const IndexDef& index : layout.indexes) {
+        RealIndex real = newRealIndex(def, index, file_.format());
+        layIndex(file_, maps, def.page(), real);
+        def.realIndexes.push_back(std::move(real));
+        addLogicalIndex(file_, def, index);
     }
     writeTableChain(file_, buildTableDef(def, file_.names()), def.chain);
     return def.page();
@@ -186,22 +210,6 @@ Structure::Accounts Structure::accounts()
     return found;
 }
 
-void Structure::releaseMap(RowPointer record)
-{
-    UsageMap map(file_, record);
-    for (const PageNumber number : map.mapPages())
-        file_.release(number, page_type::kFreed);
-    bool empty = false;
-    {
-        PageRef page = file_.page(record.page);
-        DataPageEditor editor(file_.format(), page.edit());
-        editor.erase(record.slot);
-        empty = editor.empty() && editor.owner() == 0;
-    }
-    if (empty)
-        file_.release(record.page, page_type::kFreed);
-}
-
 void Structure::dropTable(const CatalogEntry& entry, JetTable& table)
 {
     if (entry.attributes() & kSystemTableBits)
@@ -221,15 +229,15 @@ void Structure::dropTable(const CatalogEntry& entry, JetTable& table)
             file_.release(number, page_type::kFreed);
     for (const LongValueMaps& maps : def.longValues) {
         LongValueColumn(file_, maps).releaseAll();
-        releaseMap(maps.owned);
-        releaseMap(maps.space);
+        releaseMap(file_, maps.owned);
+        releaseMap(file_, maps.space);
     }
     for (int i = 0; i < table.indexCount(); ++i) {
         table.index(i).tree->release();
-        releaseMap(def.realIndexes[i].map);
+        releaseMap(file_, def.realIndexes[i].map);
     }
-    releaseMap(def.ownedMap);
-    releaseMap(def.spaceMap);
+    releaseMap(file_, def.ownedMap);
+    releaseMap(file_, def.spaceMap);
     for (const PageNumber number : def.chain)
         file_.release(number, page_type::kFreedTableDef);
 

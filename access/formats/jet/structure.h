@@ -15,13 +15,20 @@ namespace velnor::jet {
 /// Gives records for new maps, on pages of map records.
 class MapRecords {
 public:
-    explicit MapRecords(JetFile& file) : file_(file) {}
+    /// `page` is tried first: the one of the table's other maps.
+    explicit MapRecords(JetFile& file, PageNumber page = 0) : file_(file), page_(page) {}
     RowPointer add();
 
 private:
     JetFile& file_;
-    PageNumber page_ = 0;
+    PageNumber page_;
 };
+
+/// Deletes a map's record and frees the pages that the map itself uses.
+void releaseMap(JetFile& file, RowPointer record);
+
+/// Gives an index of the table `owner` its map and an empty tree.
+void layIndex(JetFile& file, MapRecords& maps, PageNumber owner, RealIndex& index);
 
 class Structure {
 public:
@@ -45,7 +52,6 @@ private:
     Accounts accounts();
     std::vector<RowId> rightsOf(std::int32_t object);
     std::string bytesOf(JetTable& table, RowId row, const char* field);
-    void releaseMap(RowPointer record);
 
     JetFile& file_;
     Catalog& catalog_;

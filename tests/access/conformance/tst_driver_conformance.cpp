@@ -112,7 +112,8 @@ FormatUnderTest access(std::string name, int options)
     format.name = std::move(name);
     format.folder = false;
     format.createOptions = options;
-    format.indexes = true;
+    format.indexes = format.changesIndexes = true;
+    format.changesFields = true;
     format.longestField = 64;
     const auto least = std::numeric_limits<std::int64_t>::min();
     const auto most = std::numeric_limits<std::int64_t>::max();

@@ -1,0 +1,177 @@
+#include "access/formats/jet/entry_run.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "access/storage/byte_reader.h"
+
+namespace velnor::jet {
+namespace {
+
+constexpr std::size_t kBlockBytes = 4u << 20;
+constexpr std::size_t kLengthBytes = 2;
+constexpr std::size_t kPlaceBytes = 4;
+
+/// Key and place of the entry at `p`, in front of which stands the length of both.
+KeyView entryAt(const std::uint8_t* p)
+{
+    return {p + kLengthBytes, loadLE<std::uint16_t>(p)};
+}
+
+std::uint64_t headOf(KeyView key)
+{
+    std::uint8_t first[8] = {};
+    std::memcpy(first, key.data(), std::min<std::size_t>(key.size(), sizeof first));
+    return loadBE<std::uint64_t>(first);
+}
+
+KeyView keyOf(KeyView entry)
+{
+    return entry.first(entry.size() - kPlaceBytes);
+}
+
+}  // namespace
+
+void EntryRun::add(KeyView key, RowPointer row)
+{
+    const std::size_t size = key.size() + kPlaceBytes;
+    if (open_.size() + kLengthBytes + size > kBlockBytes)
+        closeBlock();
+    if (open_.capacity() == 0 && !blocks_.empty())
+        open_.reserve(kBlockBytes);
+    const std::size_t at = open_.size();
+    open_.resize(at + kLengthBytes + size);
+    std::uint8_t* p = open_.data() + at;
+    storeLE(p, static_cast<std::uint16_t>(size));
+    std::memcpy(p + kLengthBytes, key.data(), key.size());
+    storeBE(p + kLengthBytes + key.size(), row.word());
+    items_.push_back({headOf(key), static_cast<std::uint32_t>(at)});
+    ++count_;
+}
+
+std::size_t EntryRun::bytes() const
+{
+    std::size_t all = open_.size() + items_.size() * sizeof(Item);
+    for (const Block& block : blocks_)
+        all += block.size();
+    return all;
+}
+
+void EntryRun::clear()
+{
+    *this = EntryRun();
+}
+
+/// Most keys are told apart by their first eight bytes. (A key that ends sooner is filled up with
+/// zeros, which come before whatever a longer one has there.)
+bool EntryRun::before(const Item& a, const Item& b) const
+{
+    if (a.head != b.head)
+        return a.head < b.head;
+    return compareEntries(entryAt(open_.data() + a.at), entryAt(open_.data() + b.at)) < 0;
+}
+
+void EntryRun::sortOpen()
+{
+    const auto less = [this](const Item& a, const Item& b) { return before(a, b); };
+    if (!std::is_sorted(items_.begin(), items_.end(), less))
+        std::sort(items_.begin(), items_.end(), less);
+}
+
+void EntryRun::closeBlock()
+{
+    sortOpen();
+    Block sorted(open_.size());
+    std::uint8_t* out = sorted.data();
+    for (const Item& item : items_) {
+        const std::uint8_t* p = open_.data() + item.at;
+        const std::size_t size = kLengthBytes + loadLE<std::uint16_t>(p);
+        std::memcpy(out, p, size);
+        out += size;
+    }
+    blocks_.push_back(std::move(sorted));
+    items_.clear();
+    open_.clear();
+}
+
+/// Reads several sorted blocks as one: the block whose next entry is the least lies on top of a
+/// heap.
+class EntryRun::Merge {
+public:
+    explicit Merge(const std::vector<Block>& blocks)
+    {
+        for (const Block& block : blocks) {
+            Reader reader{block.data(), block.data() + block.size(), 0};
+            if (reader.at != reader.end) {
+                reader.head = headOf(keyOf(entryAt(reader.at)));
+                heap_.push_back(reader);
+            }
+        }
+        std::make_heap(heap_.begin(), heap_.end(), later);
+    }
+
+    std::optional<IndexEntry> next()
+    {
+        if (given_)
+            step();
+        if (heap_.empty())
+            return std::nullopt;
+        given_ = true;
+        const KeyView entry = entryAt(heap_.front().at);
+        const KeyView key = keyOf(entry);
+        const auto word = loadBE<std::uint32_t>(key.data() + key.size());
+        return IndexEntry{key, RowPointer::fromWord(word)};
+    }
+
+private:
+    struct Reader {
+        const std::uint8_t* at;
+        const std::uint8_t* end;
+        std::uint64_t head;
+    };
+    static bool later(const Reader& a, const Reader& b)
+    {
+        if (a.head != b.head)
+            return a.head > b.head;
+        return compareEntries(entryAt(a.at), entryAt(b.at)) > 0;
+    }
+
+    /// The top block goes on to its next entry, and down to where that belongs.
+    void step()
+    {
+        given_ = false;
+        Reader reader = heap_.front();
+        reader.at += kLengthBytes + loadLE<std::uint16_t>(reader.at);
+        if (reader.at == reader.end) {
+            std::pop_heap(heap_.begin(), heap_.end(), later);
+            heap_.pop_back();
+            return;
+        }
+        reader.head = headOf(keyOf(entryAt(reader.at)));
+        std::size_t hole = 0;
+        for (;;) {
+            std::size_t child = 2 * hole + 1;
+            if (child >= heap_.size())
+                break;
+            if (child + 1 < heap_.size() && later(heap_[child], heap_[child + 1]))
+                ++child;
+            if (!later(reader, heap_[child]))
+                break;
+            heap_[hole] = heap_[child];
+            hole = child;
+        }
+        heap_[hole] = reader;
+    }
+
+    std::vector<Reader> heap_;
+    bool given_ = false;
+};
+
+EntrySource EntryRun::sorted()
+{
+    if (!items_.empty())
+        closeBlock();
+    return [merge = std::make_shared<Merge>(blocks_)] { return merge->next(); };
+}
+
+}  // namespace velnor::jet
