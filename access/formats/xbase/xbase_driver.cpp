@@ -2,6 +2,7 @@
 
 #include "access/formats/xbase/dbf_format.h"
 #include "access/formats/xbase/xbase_store.h"
+#include "platform/paths.h"
 
 namespace velnor::xbase {
 namespace {
@@ -45,6 +46,20 @@ std::unique_ptr<Store> XbaseDriver::open(FileSystem& files, const OpenRequest& r
     if (!folder || !folder->folder)
         throw EngineError(EngineErrorNumber::PathInvalid, request.name + " is not a folder.");
     return std::make_unique<XbaseStore>(files, request, *form);
+}
+
+void XbaseDriver::compact(FileSystem& files, const OpenRequest& from, const CreateRequest& to) const
+{
+    if (!paths::sameName(from.name, to.name))
+        throw EngineError(EngineErrorNumber::NotSupported,
+                          "A table is packed in its place, not into another file.");
+    OpenRequest folder = from;
+    folder.name = paths::folder(from.name);
+    folder.readOnly = false;
+    const NewTableForm* form = formOfConnectWord(from.connectWord);
+    if (!form)
+        form = formOfConnectWord("FoxPro 3.0;");  // opens every kind
+    XbaseStore(files, folder, *form).pack(paths::baseName(from.name));
 }
 
 }  // namespace velnor::xbase

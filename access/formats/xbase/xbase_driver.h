@@ -20,6 +20,10 @@ public:
     std::span<const std::string_view> connectWords() const override;
     const FormatTraits& traits(std::string_view connectWord) const override;
     std::unique_ptr<Store> open(FileSystem& files, const OpenRequest& request) const override;
+    /// Packs the table of the file `from.name`, in its place: `to.name` is the same. 3251 for
+    /// another.
+    void compact(FileSystem& files, const OpenRequest& from,
+                 const CreateRequest& to) const override;
 };
 
 }  // namespace velnor::xbase
