@@ -12,7 +12,7 @@
 #include "copy/field_match.h"
 #include "copy/line_list.h"
 #include "copy/query_members.h"
-#include "copy/wait_pointer.h"
+#include "core/wait_pointer.h"
 #include "core/attempt.h"
 #include "core/file_types.h"
 #include "core/globals.h"

@@ -7,7 +7,7 @@
 #include <QVBoxLayout>
 
 #include "access/routing.h"
-#include "copy/wait_pointer.h"
+#include "core/wait_pointer.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
 #include "core/globals.h"

@@ -11,7 +11,7 @@
 #include "access/routing.h"
 #include "access/schema.h"
 #include "access/workspace.h"
-#include "copy/wait_pointer.h"
+#include "core/wait_pointer.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
 #include "core/globals.h"

@@ -3,7 +3,7 @@
 #include <QCursor>
 
 #include "access/routing.h"
-#include "copy/wait_pointer.h"
+#include "core/wait_pointer.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
 #include "core/prompt.h"

@@ -2,7 +2,7 @@
 #include <QApplication>
 
 #include "access/routing.h"
-#include "copy/wait_pointer.h"
+#include "core/wait_pointer.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
 #include "core/file_types.h"

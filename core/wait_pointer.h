@@ -1,4 +1,4 @@
-// copy/wait_pointer.h - the wait pointer for as long as a long step runs.
+// core/wait_pointer.h - the wait pointer for as long as a long step runs.
 #pragma once
 
 #include <QGuiApplication>
