@@ -1,5 +1,7 @@
 #include "tests/access/conformance/driver_conformance.h"
 
+#include <algorithm>
+
 #include "access/value_text.h"
 
 namespace velnor::test {
@@ -99,6 +101,13 @@ void DriverConformance::addNote(Recordset& rs, int id, std::string_view name, st
     if (!note.empty())
         rs.setValue(2, ValueView::text(note));
     rs.Update();
+}
+
+bool DriverConformance::keepsNullTexts() const
+{
+    return std::all_of(format().fields.begin(), format().fields.end(), [](const FieldCase& field) {
+        return field.def.type != FieldType::Text || field.keepsNull;
+    });
 }
 
 std::vector<std::string> DriverConformance::column(int n, std::string_view index)

@@ -30,6 +30,9 @@ struct FormatUnderTest {
     bool folder = true;  ///< a folder of tables; else one file, made by CreateDatabase
     int createOptions = 0;
     bool indexes = false;         ///< keeps indexes, so Index and Seek work
+    bool keysBlindToCase = true;  ///< else texts are ordered and found by their bytes
+    bool fallingIndexes = true;   ///< knows descending ones
+    bool primaryKeys = true;  ///< has primary keys, which refuse Null; else they are unique only
     bool changesIndexes = false;  ///< Indexes().Append and Delete on a stored table
     bool changesFields = false;   ///< Fields().Append and Delete on a stored table
     int longestTable = 64;
@@ -80,6 +83,9 @@ protected:
     static void addNote(Recordset& rs, int id, std::string_view name, std::string_view note = {});
     /// Field n of all records of T, in the order of `index`.
     std::vector<std::string> column(int n, std::string_view index = {});
+
+    /// Whether a Text field that was never set reads as Null, not as an empty text.
+    bool keepsNullTexts() const;
 
     static constexpr const char* kFolder = "C:\\tables";
     static constexpr const char* kFile = "C:\\tables\\test.mdb";

@@ -22,7 +22,10 @@ TEST_P(DriverConformance, anIndexGivesOrderAndSeekInBothDirections)
 {
     if (!format().indexes)
         GTEST_SKIP() << "this format keeps no indexes";
-    makeNotes({indexOn("ByName", {{"NAME"}}), indexOn("Down", {{"ID", true}})});
+    std::vector<velnor::Index> indexes{indexOn("ByName", {{"NAME"}})};
+    if (format().fallingIndexes)
+        indexes.push_back(indexOn("Down", {{"ID", true}}));
+    makeNotes(indexes);
     {
         Recordset rs = records();
         for (const int id : {30, 10, 50, 20, 40})
@@ -30,7 +33,8 @@ TEST_P(DriverConformance, anIndexGivesOrderAndSeekInBothDirections)
     }
     reopen();
     EXPECT_THAT(column(0, "PrimaryKey"), ElementsAre("10", "20", "30", "40", "50"));
-    EXPECT_THAT(column(0, "Down"), ElementsAre("50", "40", "30", "20", "10"));
+    if (format().fallingIndexes)
+        EXPECT_THAT(column(0, "Down"), ElementsAre("50", "40", "30", "20", "10"));
     EXPECT_THAT(column(1, "ByName"), ElementsAre("a", "b", "c", "d", "e"));
     Recordset rs = records();
     rs.Index("PrimaryKey");
@@ -43,7 +47,8 @@ TEST_P(DriverConformance, anIndexGivesOrderAndSeekInBothDirections)
     EXPECT_EQ(found(rs, "<", ValueView::integer(10)), "none");
     EXPECT_EQ(found(rs, ">", ValueView::integer(50)), "none");
     rs.Index("ByName");
-    EXPECT_EQ(found(rs, "=", ValueView::text("C"), 1), "c");
+    EXPECT_EQ(found(rs, "=", ValueView::text("C"), 1), format().keysBlindToCase ? "c" : "none");
+    EXPECT_EQ(found(rs, "=", ValueView::text("c"), 1), "c");
     rs.MovePrevious();
     EXPECT_EQ(shown(rs.value(1)), "b");
 }
@@ -58,8 +63,12 @@ TEST_P(DriverConformance, aDuplicateKeyIs3022AndLeavesNoTrace)
     addNote(rs, 2, "two");
     EXPECT_EQ(errorOf([&] { addNote(rs, 1, "other", "lost"); }), 3022);
     rs.CancelUpdate();
-    EXPECT_EQ(errorOf([&] { addNote(rs, 3, "ONE", "lost"); }), 3022);
+    EXPECT_EQ(errorOf([&] { addNote(rs, 3, "one", "lost"); }), 3022);
     rs.CancelUpdate();
+    if (format().keysBlindToCase) {
+        EXPECT_EQ(errorOf([&] { addNote(rs, 3, "ONE", "lost"); }), 3022);
+        rs.CancelUpdate();
+    }
     rs.MoveFirst();
     rs.Edit();
     rs.setValue(0, ValueView::integer(2));
@@ -74,7 +83,7 @@ TEST_P(DriverConformance, aDuplicateKeyIs3022AndLeavesNoTrace)
     EXPECT_THAT(column(1, "ByName"), ElementsAre("One", "two"));
     Recordset nameless = records();
     nameless.AddNew();
-    EXPECT_EQ(errorOf([&] { nameless.Update(); }), 3058);
+    EXPECT_EQ(errorOf([&] { nameless.Update(); }), format().primaryKeys ? 3058 : 0);
 }
 
 TEST_P(DriverConformance, keysOfSeveralFieldsAreFoundByTheirFirst)

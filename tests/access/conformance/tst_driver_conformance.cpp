@@ -93,6 +93,10 @@ FormatUnderTest xbase(std::string name, std::string connect)
     format.name = std::move(name);
     format.connect = std::move(connect);
     format.longestTable = 20;
+    format.indexes = format.changesIndexes = format.changesFields = true;
+    format.keysBlindToCase = false;
+    format.primaryKeys = false;                              // a DBF has unique keys only
+    format.fallingIndexes = format.connect != "dBASE III;";  // an NDX has no mark for it
     format.fields = digitFields(254);
     format.texts = {"plain", "two words", "tab\there", "äöüÄÖÜß", "éèêçñ", "!\"#$%&'()*+,-./[]{}~"};
     return format;
