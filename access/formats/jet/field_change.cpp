@@ -22,7 +22,7 @@ bool hasProperties(const FieldDef& field)
 
 // ---- a new field
 
-void TableChange::addField(const FieldDef& field)
+bool TableChange::addField(const FieldDef& field)
 {
     for (const Column& other : def_.columns)
         if (paths::sameName(other.name, field.name))
@@ -36,6 +36,7 @@ void TableChange::addField(const FieldDef& field)
             if (other.type == column.type && other.autonumber())
                 throw EngineError(EngineErrorNumber::InvalidArgument,
                                   "Table \"" + entry_.name + "\" has an autonumber field already.");
+    const bool misread = misreadBy(column);
     placeColumn(column);
     if (column.longValue()) {
         MapRecords maps(file_, def_.ownedMap.page);
@@ -50,9 +51,22 @@ void TableChange::addField(const FieldDef& field)
             changedProperties([&](PropertyBlock& block) { setFieldProperties(block, field); });
     write();
     touchCatalog(changed);
-    const bool firstVariable = !column.fixed() && column.variableSlot == 0;
-    if (firstVariable || column.autonumber())
-        rewriteRecords(column);
+    if (column.autonumber())
+        numberRecords(column);
+    return misread && !column.autonumber();
+}
+
+/// Some readers go by the numbers of columns alone. They look for the table of offsets, which
+/// records of fixed fields don't have, as soon as there is a variable field; and they take a new
+/// fixed field for one of those whose place in the record a dropped field has left.
+bool TableChange::misreadBy(const Column& column) const
+{
+    const RowPlan& rows = table_->plan();
+    if (!column.fixed())
+        return rows.variableSlots == 0;
+    const auto standing = std::count_if(def_.columns.begin(), def_.columns.end(),
+                                        [](const Column& other) { return other.fixed(); });
+    return rows.columnIds - rows.variableSlots > standing;
 }
 
 /// A new id and a new slot, behind all that were ever given; a fixed field lies behind the last one
@@ -87,25 +101,21 @@ void TableChange::requireRoomInRows() const
                               "\" has no room for another field.");
 }
 
-/// Gives every record a number of its own, in the order in which they lie, when the field wants
-/// one. And where it is the first variable field, the table of offsets that records of fixed fields
-/// alone don't have: other readers would take bytes of the record for it.
-void TableChange::rewriteRecords(const Column& column)
+/// Every record gets a number of its own, in the order in which they lie.
+void TableChange::numberRecords(const Column& column)
 {
     const auto table = std::make_shared<JetTable>(file_, def_.page(), entry_.name);
     const int field = table->plan().fieldOfId(column.id);
+    const bool guid = column.type == column_type::kGuid;
     JetWriter writer(table, tables_, false);
     PhysicalCursor cursor(table);
     std::int32_t last = 0;
     std::string text;
     for (bool on = cursor.first(); on; on = cursor.next()) {
-        FieldChange change{field, ValueView::null()};
-        if (column.autonumber())
-            change.value =
-                column.type == column_type::kGuid ? randomGuid(text) : ValueView::integer(++last);
+        const FieldChange change{field, guid ? randomGuid(text) : ValueView::integer(++last)};
         writer.update(cursor.row(), {&change, 1});
     }
-    if (last != 0) {
+    if (!guid) {
         table->def().lastAutonumber = last;
         table->countsChanged();
     }

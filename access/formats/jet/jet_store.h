@@ -52,6 +52,7 @@ private:
     template <class Change> void changeStructure(Change change);
     template <class Change> void changeTable(std::string_view table, Change change);
     void forgetTable(PageNumber page);
+    void rewriteRecords(std::string_view table);
 
     JetFile file_;
     Catalog catalog_;

@@ -139,7 +139,32 @@ template <class Change> void JetStore::changeTable(std::string_view table, Chang
 
 void JetStore::addField(std::string_view table, const FieldDef& field)
 {
-    changeTable(table, [&](TableChange& changing) { changing.addField(field); });
+    bool misread = false;
+    changeTable(table, [&](TableChange& changing) { misread = changing.addField(field); });
+    if (!misread)
+        return;
+    try {
+        rewriteRecords(table);
+    } catch (...) {
+        forgetChanges();
+        changeTable(table, [&](TableChange& changing) { changing.dropField(field.name); });
+        throw;
+    }
+}
+
+/// Nothing changes but the form of the records, so that there may be commits in between.
+void JetStore::rewriteRecords(std::string_view table)
+{
+    constexpr std::size_t kCommitBytes = 8u << 20;
+    const auto open = openTable(table);
+    JetWriter writer(open, tablesByPage(), false);
+    PhysicalCursor cursor(open);
+    for (bool on = cursor.first(); on; on = cursor.next()) {
+        writer.update(cursor.row(), {});
+        if (pendingBytes() > kCommitBytes)
+            commit();
+    }
+    commit();
 }
 
 void JetStore::dropField(std::string_view table, std::string_view field)

@@ -2,10 +2,10 @@
 // and its fields.
 //
 // The definition is changed as a copy in memory and written as a whole at the end; what fails
-// before or after is undone with the changed pages, by the store. Records are not touched (but see
-// rewriteRecords): those written before a field came have fewer columns and read as Null there;
-// those written before a field went keep its bytes until they are written again. Ids of columns and
-// slots of variable columns are given once in the life of a table and never again.
+// before or after is undone with the changed pages, by the store. Records are not touched: those
+// written before a field came have fewer columns and read as Null there; those written before a
+// field went keep its bytes until they are written again. Ids of columns and slots of variable
+// columns are given once in the life of a table and never again.
 #pragma once
 
 #include <functional>
@@ -39,8 +39,10 @@ public:
     /// it.
     void dropIndex(std::string_view name);
     /// 3190 when the table has had 255 fields in its life, 3191 when the name is taken, 3047 when
-    /// no record would have room. Records get their numbers in a new autonumber field.
-    void addField(const FieldDef& field);
+    /// no record would have room. Records get their numbers in a new autonumber field. Returns
+    /// whether there are readers that misread the records as they stand: they should be written
+    /// again.
+    bool addField(const FieldDef& field);
     /// Frees the field's long values. 3265 when there is none, 3280 when an index has it, 3303
     /// when a relationship has it, 3001 when it is the last.
     void dropField(std::string_view name);
@@ -53,7 +55,8 @@ private:
 
     void placeColumn(Column& column);
     void requireRoomInRows() const;
-    void rewriteRecords(const Column& column);
+    bool misreadBy(const Column& column) const;
+    void numberRecords(const Column& column);
     void requireUnindexed(const Column& column) const;
     void requireUnrelated(const Column& column);
     [[noreturn]] void refuseRelated(const Column& column) const;

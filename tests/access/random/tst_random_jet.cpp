@@ -26,6 +26,33 @@ IndexDef index(std::string name, std::vector<IndexFieldDef> fields)
     return def;
 }
 
+/// Fields and indexes that come and go. Names are hardly ever unique: 3022 is expected then.
+void addStructures(RandomFormat& format, int version)
+{
+    format.moreFields = {field("CITY", FieldType::Text, 120), field("MORE", FieldType::Memo),
+                         field("PIECES", FieldType::Long),    field("MARK", FieldType::Boolean),
+                         field("WEIGHT", FieldType::Single),  field("SMALL", FieldType::Integer),
+                         field("BITS", FieldType::Binary, 40)};
+    if (version == 0) {
+        format.moreFields.push_back(field("EXACT", FieldType::Decimal));
+        format.moreFields.back().precision = 12;
+        format.moreFields.back().scale = 2;
+    }
+    IndexDef unique = index("ONEAMOUNT", {{"AMOUNT"}});
+    IndexDef repeated = index("ONENAME", {{"NAME", true}});
+    unique.unique = repeated.unique = true;
+    IndexDef ignoring = index("PIECESOFCITY", {{"PIECES", true}, {"CITY"}});
+    ignoring.ignoreNulls = true;
+    format.moreIndexes = {unique,
+                          repeated,
+                          ignoring,
+                          index("BYDAY", {{"DAY"}, {"FLAG"}, {"ID", true}}),
+                          index("BYCITY", {{"CITY"}}),
+                          index("BYPART", {{"PART", true}}),
+                          index("BYWEIGHT", {{"WEIGHT"}, {"SMALL", true}}),
+                          index("BYMARK", {{"MARK"}, {"AMOUNT"}})};
+}
+
 RandomFormat tableOf(const std::string& name, int version)
 {
     RandomFormat format;
@@ -49,8 +76,12 @@ RandomFormat tableOf(const std::string& name, int version)
                             index("BYRATIO", {{"RATIO", true}})};
     format.keyIndex = "PrimaryKey";
     format.canBeNull = [](const FieldDef& f) { return f.type != FieldType::Boolean; };
+    format.readBack = [](const FieldDef& f, const Value& written) {
+        return written.isNull() && f.type == FieldType::Boolean ? Value(ValueView::boolean(false))
+                                                                : written;
+    };
     format.judge = outsideJudge("jet", "C:", "TEST.MDB", "T");
-    format.structureEvery = 0;
+    addStructures(format, version);
     return format;
 }
 
