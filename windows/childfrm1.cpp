@@ -69,10 +69,7 @@ void ChildFrm1::Form_Load()
     fileType_ = GetFileExtension(FILE_USE);
     openFile();
     G.DATA_FILE_FLG = false;
-    paintField(*List1, {G.LIST_BACK_COLOR, G.LIST_TEXT_COLOR});
-    paintField(*List2, {G.LIST_BACK_COLOR, G.LIST_TEXT_COLOR});
-    useBoldOption(*List1);
-    useBoldOption(*List2);
+    applyOptions();
 }
 
 void ChildFrm1::openFile()
@@ -203,11 +200,18 @@ void ChildFrm1::setColumns()
         const int needed = qMin(MSFlexGrid1->firstValuesWidth(i), toPixels(kWidestColumn));
         MSFlexGrid1->setColumnWidth(i, qMax(wide, qMax(needed, header.sectionSizeHint(i))));
     }
-    const int high = qMax(toPixels(G.GRID_ROW_HEIGHT), MSFlexGrid1->fontMetrics().height() + 4);
-    MSFlexGrid1->verticalHeader()->setDefaultSectionSize(high);
+    setRowHeight();
     MSFlexGrid1->setEmptyText(rows_->columnCount() > 0
                                   ? tr("This table has no records.")
                                   : tr("This table has no fields that can be shown."));
+}
+
+/// As the option says, but never so low that the type is cut.
+void ChildFrm1::setRowHeight()
+{
+    const int least = MSFlexGrid1->fontMetrics().height() + 4;
+    MSFlexGrid1->verticalHeader()->setDefaultSectionSize(
+        qMax(toPixels(globals().GRID_ROW_HEIGHT), least));
 }
 
 void ChildFrm1::enableTools()
@@ -256,7 +260,21 @@ void ChildFrm1::paintWindow()
     auto& G = globals();
     paintField(*MSFlexGrid1, {G.BROWSER_BACK_COLOR, G.BROWSER_TEXT_COLOR});
     paintField(*Text2, displayColors());
+    useBoldOption(*MSFlexGrid1);
+    useBoldOption(*Text2);
     MSFlexGrid1->setShowGrid(G.GRID_LINES);
+    MSFlexGrid1->viewport()->update();
+}
+
+void ChildFrm1::applyOptions()
+{
+    const auto& G = globals();
+    for (QListWidget* list : {List1, List2}) {
+        paintField(*list, {G.LIST_BACK_COLOR, G.LIST_TEXT_COLOR});
+        useBoldOption(*list);
+    }
+    paintWindow();
+    setRowHeight();
 }
 
 void ChildFrm1::changeEvent(QEvent* event)

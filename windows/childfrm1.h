@@ -59,6 +59,7 @@ public:
     QStringList tables() const override;
     void releaseFile() override;
     void recordsChanged() override;
+    void applyOptions() override;
 
     // What the controls do.
     void List1_Click();
@@ -85,6 +86,7 @@ private:
     void tellOpening(int number, const QString& description);
     void fillLists();
     void setColumns();
+    void setRowHeight();
     void showComments(int row, int column);
     void showPanes();
     void paintWindow();

@@ -14,6 +14,7 @@
 #include "windows/pane_heading.h"
 #include "windows/record_grid.h"
 #include "windows/recordset_model.h"
+#include "windows/text_style_delegate.h"
 
 namespace velnor {
 
@@ -69,6 +70,7 @@ void ChildFrm1::buildControls()
     MSFlexGrid1->setAccessibleName(tr("Records"));
     MSFlexGrid1->setModel(rows_);
     MSFlexGrid1->setFrameShape(QFrame::NoFrame);
+    MSFlexGrid1->setItemDelegate(new TextStyleDelegate(MSFlexGrid1));
 
     auto* main = new QSplitter(Qt::Vertical, this);
     main->addWidget(MSFlexGrid1);

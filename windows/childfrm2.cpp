@@ -137,12 +137,18 @@ void ChildFrm2::enableTools()
 void ChildFrm2::Form_Activate()
 {
     auto& G = globals();
-    paintField(*Text1, displayColors());
+    applyOptions();
     shell_.setWindowTitle(caption() + u" - "_s + QString::fromLatin1(kProgramTitle));
     G.SELECTED_FILE = FILE_USE;
     shell_.showFileLength({});
     attempt([&] { shell_.showFileLength(text::thousands(fileLength(FILE_USE)) + u" Bytes"_s); });
     G.WORK_FILE = caption();
+}
+
+void ChildFrm2::applyOptions()
+{
+    paintField(*Text1, displayColors());
+    useBoldOption(*Text1);
 }
 
 void ChildFrm2::mnuEditCopy_Click()

@@ -21,6 +21,7 @@ public:
     void Form_Activate() override;
     void enableTools() override;
     void mnuEditCopy_Click() override;
+    void applyOptions() override;
 
 protected:
     void Form_Unload() override;

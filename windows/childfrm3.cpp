@@ -71,7 +71,7 @@ void ChildFrm3::Form_Load()
     if (!opened)
         tellOpening(opened.number, opened.description);
     nameWindow();
-    paintWindow();
+    applyOptions();
 }
 
 void ChildFrm3::openTable()
@@ -542,7 +542,7 @@ void ChildFrm3::changeEvent(QEvent* event)
 {
     DocumentChild::changeEvent(event);
     if (event->type() == QEvent::ApplicationPaletteChange)
-        paintWindow();
+        applyOptions();
 }
 
 void ChildFrm3::Form_Unload()

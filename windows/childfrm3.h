@@ -50,6 +50,7 @@ public:
     QStringList tables() const override { return tables_; }
     void releaseFile() override;
     bool mayClose() override;
+    void applyOptions() override;
 
     // What the tools do.
     void AddRecord();
@@ -72,7 +73,6 @@ private:
     void buildTools();
     void addEntryRow(int number, int position, const FieldDef& field);
     void clearEntryFields();
-    void paintWindow();
 
     void openTable();
     void setSource();

@@ -121,7 +121,7 @@ void ChildFrm3::BuildEntryFields()
     });
     for (BoundField* field : bound_)
         field->setWritable(writable_);
-    paintWindow();
+    applyOptions();
     if (built)
         return;
     if (built.number == static_cast<int>(EngineErrorNumber::NoCurrentRecord))
@@ -186,7 +186,7 @@ void ChildFrm3::addEntryRow(int number, int position, const FieldDef& field)
     bound_ << new BoundField(box, position, field);
 }
 
-void ChildFrm3::paintWindow()
+void ChildFrm3::applyOptions()
 {
     const auto& G = globals();
     paintSurface(*pane, {G.ENTRY_WINDOW_BACK_COLOR, G.ENTRY_WINDOW_TEXT_COLOR});

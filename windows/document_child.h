@@ -49,6 +49,8 @@ public:
 
     /// Lets go of the file while the window stays open.
     virtual void releaseFile() {}
+    /// Takes colours and type of the options anew.
+    virtual void applyOptions() {}
     /// Records of a table were changed in another window.
     virtual void recordsChanged() {}
     /// False when something is left that could not be saved: the window then stays.

@@ -12,6 +12,7 @@
 #include <QScreen>
 #include <QStatusBar>
 #include <QTabBar>
+#include <QToolBar>
 
 #include "access/routing.h"
 #include "core/attempt.h"
@@ -25,6 +26,7 @@
 #include "windows/childfrm2.h"
 #include "windows/childfrm3.h"
 #include "windows/dropped_files.h"
+#include "windows/paint_colors.h"
 
 namespace velnor {
 
@@ -74,6 +76,18 @@ void MDIForm1::Form_Load()
     globals().MDI_OPEN_FLG = true;
     loaded_ = true;
     SetMDIWinSize();
+    applyOptions();
+}
+
+void MDIForm1::applyOptions()
+{
+    const auto& G = globals();
+    for (QToolBar* bar : findChildren<QToolBar*>())
+        if (bar->window() == this)
+            paintSurface(*bar, {G.TOOLBAR_BACK_COLOR, G.TOOLBAR_TEXT_COLOR});
+    useBoldOption(*this);
+    for (DocumentChild* child : children())
+        child->applyOptions();
 }
 
 void MDIForm1::SetMDIWinSize()

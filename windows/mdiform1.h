@@ -80,6 +80,8 @@ public:
     void showTables(const DocumentChild& child);
     void showFileLength(const QString& text);
 
+    /// Colours and type of the options, on the shell and its children.
+    void applyOptions();
     void cascade();
     void tile(Qt::Orientation orientation);
     void showAsTabs();

@@ -12,6 +12,10 @@ namespace velnor {
 void paintField(QWidget& widget, ColorPair pair);
 /// Background of a surface and of what stands on it, and the text there.
 void paintSurface(QWidget& widget, ColorPair pair);
+/// A window with all that stands on it: lists, fields, buttons and bars each in their own pair.
+void paintWorkspace(QWidget& window);
+/// A dialog in the pair of select windows, its fields and buttons in theirs.
+void paintDialog(QWidget& dialog);
 /// Bold type when the option says so.
 void useBoldOption(QWidget& widget);
 

@@ -18,6 +18,7 @@
 #include "core/date_text.h"
 #include "core/file_types.h"
 #include "core/globals.h"
+#include "core/options_tab.h"
 #include "core/prompt.h"
 #include "core/text.h"
 #include "core/twips.h"
@@ -110,6 +111,8 @@ void Velnor1::buildTabs()
 
     databases_ = new DatabasesTab(this);
     copy_ = new CopyPlace(this);
+    options_ = new OptionsTab(MAIL_FAVORITES, this);
+    options_->applied = [this] { applyOptions(); };
     List1 = new QListWidget(this);
     List1->setObjectName(u"List1"_s);
     List1->hide();
@@ -153,6 +156,8 @@ void Velnor1::Form_Load()
     LoadFolderList();
     LoadColors(this);
     LoadOptions(MAIL_FAVORITES, this);
+    options_->Form_Load();
+    applyOptions();
     databases_->setListView(G.FILE_LIST_VIEW);
     databases_->SetFilterButton(kAllDataFilter);
     SetWinSize();

@@ -11,6 +11,7 @@
 #include "core/main_tab.h"
 #include "windows/tool_set.h"
 
+class QAbstractItemDelegate;
 class QLabel;
 class QListWidget;
 class QStackedWidget;
@@ -23,6 +24,7 @@ namespace velnor {
 class CopyPlace;
 class DatabasesTab;
 class MDIForm1;
+class OptionsTab;
 
 class Velnor1 : public QMainWindow {
     Q_OBJECT
@@ -61,11 +63,16 @@ public:
     void SetWinSize();
     void SetWinSizeVariables();
     void Timer1_Timer();
+    /// Colours and type of the options, on this window and on the open ones.
+    void applyOptions();
+    void mnuUtilitiesColors_Click();
+    void mnuUtilitiesOptions_Click();
 
     /// Brings a tab to the front by its caption.
     void showTab(const QString& caption);
     DatabasesTab& databases() { return *databases_; }
     CopyPlace& copyPlace() { return *copy_; }
+    OptionsTab& options() { return *options_; }
     MDIForm1* shell() const;
     void status(const QString& text);
 
@@ -97,8 +104,10 @@ private:
     QStackedWidget* stack_;
     DatabasesTab* databases_;
     CopyPlace* copy_;
+    OptionsTab* options_;
     QPointer<MDIForm1> shell_;
     QLabel* selectedFile_;
+    QAbstractItemDelegate* lines_ = nullptr;  // of the explorer
     WindowEntry entry_;
     QString commandLine_;
     QString startFolder_;

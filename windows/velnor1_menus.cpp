@@ -10,6 +10,7 @@
 
 #include "core/attempt.h"
 #include "core/globals.h"
+#include "core/options_tab.h"
 #include "windows/copy_place.h"
 #include "windows/databases_tab.h"
 #include "windows/mdiform1.h"
@@ -47,7 +48,7 @@ void Velnor1::addComingTabs()
         return new ComingTab(caption, icon, words, std::move(rows), this);
     };
     const QString design = u"table design"_s, print = u"printing"_s, mail = u"mail"_s;
-    const QString distribution = u"distribution"_s, options = u"the options"_s;
+    const QString distribution = u"distribution"_s;
     addTab(databases_);
     addTab(coming(
         u"Design"_s, u"document-edit"_s,
@@ -83,13 +84,7 @@ void Velnor1::addComingTabs()
                u"document-open"_s),
          later("ID_DstDistributionLog", u"Distribution &Log"_s, distribution, u"view-list-text"_s),
          later("ID_DstHelp", u"&Help with Distribution"_s, u"the manual"_s, u"help-contents"_s)}));
-    addTab(coming(
-        u"Tools"_s, u"configure"_s, u"Here colors and options will be set."_s,
-        {later("ID_SetColors", u"Set &Colors"_s, options, u"color-management"_s),
-         later("ID_GeneralOptions", u"&General Options"_s, options, u"configure"_s),
-         later("ID_SearchOptions", u"&Search Options"_s, options, u"edit-find"_s),
-         later("ID_EMailOptions", u"&EMail Options"_s, options, u"mail-message"_s),
-         later("ID_OptionsHelp", u"&Help with Options"_s, u"the manual"_s, u"help-contents"_s)}));
+    addTab(options_);
 
     ToolBarComp1->fill(
         *toolbars_[0],
@@ -203,8 +198,10 @@ void Velnor1::buildMenus()
     tools.fill(*menuBar()->addMenu(tr("&Utilities")),
                {later("ID_mnuSetWorkingFolderList", u"Working &Folder List..."_s,
                       u"the working folder list"_s),
-                later("ID_mnuSetApplicationColors", u"Set Window &Colors"_s, u"the options"_s),
-                later("ID_mnuSetApplicationOptions", u"Set Program &Options"_s, u"the options"_s),
+                {u"ID_mnuSetApplicationColors"_s, u"Set Window &Colors"_s, u"Set the colors"_s,
+                 own(&Velnor1::mnuUtilitiesColors_Click), u"color-management"_s},
+                {u"ID_mnuSetApplicationOptions"_s, u"Set Program &Options"_s,
+                 u"Set the options"_s, own(&Velnor1::mnuUtilitiesOptions_Click), u"configure"_s},
                 toolLine(),
                 later("ID_mnuRepairorCompactAccessDatabaseFile",
                       u"&Repair or Compact an Access File..."_s, u"the file operations"_s)});

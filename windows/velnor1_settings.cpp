@@ -4,12 +4,16 @@
 #include <QListWidget>
 #include <QScreen>
 #include <QTimer>
+#include <QTreeView>
 
 #include "core/attempt.h"
 #include "core/globals.h"
+#include "core/options_tab.h"
 #include "core/twips.h"
 #include "windows/databases_tab.h"
 #include "windows/mdiform1.h"
+#include "windows/paint_colors.h"
+#include "windows/text_style_delegate.h"
 #include "windows/velnor1.h"
 
 namespace velnor {
@@ -82,6 +86,32 @@ void Velnor1::SetWinSizeVariables()
         G.SHELL_HEIGHT = toTwips(shell_->height());
         G.SHELL_WIDTH = toTwips(shell_->width());
     }
+}
+
+void Velnor1::applyOptions()
+{
+    paintWorkspace(*this);
+    if (!lines_) {
+        lines_ = new ExplorerLinesDelegate(this);
+        databases_->PTxShList1->setItemDelegate(lines_);
+        databases_->PTxShTree1->setItemDelegate(lines_);
+    }
+    databases_->PTxShList1->viewport()->update();
+    databases_->PTxShTree1->viewport()->update();
+    if (shell_)
+        shell_->applyOptions();
+}
+
+void Velnor1::mnuUtilitiesColors_Click()
+{
+    showTab(u"Tools"_s);
+    options_->showFrame(OptionsTab::kColorsFrame);
+}
+
+void Velnor1::mnuUtilitiesOptions_Click()
+{
+    showTab(u"Tools"_s);
+    options_->showFrame(OptionsTab::kGeneralFrame);
 }
 
 void Velnor1::closeEvent(QCloseEvent* event)

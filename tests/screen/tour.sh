@@ -173,6 +173,12 @@ tour() {
         key alt+v t
         key alt+v i
         shot browser-access
+        key ctrl+e
+        settle 1
+        shot data-entry
+        key ctrl+Insert
+        shot data-entry-new
+        key Escape
     fi
     key alt+w c
     shot cascade
@@ -190,9 +196,14 @@ tour() {
     fi
     front "$main"
     key ctrl+1
-    for tab in 2 4 5 6 7; do
-        key "ctrl+$tab"
-        [ "$tab" = 2 ] && shot coming
+    key ctrl+2
+    shot coming
+    key ctrl+7
+    shot options-colors
+    key Tab Tab Tab
+    for form in general search mail; do
+        key Down
+        shot "options-$form"
     done
     key ctrl+q
     settle 1

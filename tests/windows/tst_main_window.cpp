@@ -1,20 +1,28 @@
 // The main window: load and first activation, the gate to the viewing windows, tabs, tools, the
 // explorer.
 #include <QAction>
+#include <QCheckBox>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
+#include <QPushButton>
 #include <QScreen>
+#include <QScrollBar>
 #include <QTabBar>
+#include <QTableView>
 #include <QTest>
 #include <QToolBar>
 #include <QTreeView>
 
 #include "copy/copy_tab.h"
 #include "copy/line_list.h"
+#include "core/color_box.h"
 #include "core/file_types.h"
+#include "core/options_tab.h"
 #include "core/settings.h"
 #include "tests/windows/window_fixture.h"
+#include "windows/childfrm1.h"
 #include "windows/copy_place.h"
 #include "windows/databases_tab.h"
 #include "windows/file_list_model.h"
@@ -436,6 +444,82 @@ private slots:
             if (!window_->ToolBarComp1->enabled(id))
                 QVERIFY2(window_->ToolBarComp1->find(id)->toolTip().contains("Not there yet"),
                          qPrintable(id));
+    }
+
+    void coloursAndType_reachTheWindows()
+    {
+        window_->Form_Load();
+        auto& list = *window_->databases().PTxShList1;
+        const QColor desktop = list.palette().color(QPalette::Base);
+        fixture_->makeCustomers();
+        window_->DisplayFile("C:\\data\\CUSTOMER.DBF");
+        auto* browser = window_->shell()->children().first();
+        auto* grid = browser->findChild<QTableView*>("MSFlexGrid1");
+        window_->mnuUtilitiesColors_Click();
+        QCOMPARE(window_->TabStrip1->currentIndex(), 6);
+        QCOMPARE(window_->options().frameInFront(), 0);
+        window_->mnuUtilitiesOptions_Click();
+        QCOMPARE(window_->options().frameInFront(), 1);
+        OptionsTab& options = window_->options();
+        options.Text5[3]->setBackColor(0x102030);
+        options.Text5[15]->setBackColor(0xFFFFFF);
+        options.Text5[7]->setBackColor(0x203040);
+        options.Text5[19]->setBackColor(0xFFFFFF);
+        options.CHKOPTION[0]->setChecked(true);
+        options.CHKOPTION[3]->setChecked(false);
+        options.HScroll2->setValue(900);
+        options.OptnApplyBtn->click();
+        QCOMPARE(list.palette().color(QPalette::Base), QColor(0x30, 0x20, 0x10));
+        QCOMPARE(grid->palette().color(QPalette::Base), QColor(0x40, 0x30, 0x20));
+        QVERIFY(list.font().bold());
+        QVERIFY(grid->font().bold());
+        QVERIFY(!grid->showGrid());
+        QCOMPARE(grid->verticalHeader()->defaultSectionSize(), 60);
+        options.OptWinColorBtn->click();
+        options.OptnApplyBtn->click();
+        QCOMPARE(list.palette().color(QPalette::Base), desktop);
+        QVERIFY(fixture_->prompt.told.isEmpty());
+    }
+
+    void editTool_opensDataEntry_andNothingWithoutAFile()
+    {
+        window_->Form_Load();
+        window_->ToolBarComp1->click("ID_mnuViewEditTable");
+        QVERIFY(!window_->shell());
+        fixture_->makeCustomers();
+        globals().SELECTED_FILE = "C:\\data\\CUSTOMER.DBF";
+        window_->ToolBarComp1->click("ID_mnuViewEditTable");
+        QCOMPARE(window_->shell()->children().first()->caption(),
+                 "C:\\data\\CUSTOMER.DBF - DATA ENTRY - CUSTOMER.DBF");
+        window_->ToolBarComp1->click("ID_mnuViewBrowseTable");
+        QCOMPARE(window_->shell()->children().last()->caption(), "C:\\data\\CUSTOMER.DBF");
+    }
+
+    void anUnreachableFile_isToldWithItsNumber()
+    {
+        window_->Form_Load();
+        window_->DisplayFile("Z:\\data\\a.dbf");
+        QCOMPARE(fixture_->prompt.told.size(), 1);
+        QVERIFY(fixture_->prompt.told[0].startsWith("Error - 68 - "));
+        QVERIFY(fixture_->prompt.told[0].endsWith(" File not Supported"));
+    }
+
+    void anotherProgram_getsTheFile_withItsWindowSetFree()
+    {
+        window_->Form_Load();
+        fixture_->makeCustomers();
+        window_->DisplayFile("C:\\data\\CUSTOMER.DBF");
+        window_->ToolBarComp1->click("ID_mnuOpenFilewithanotherApplication");
+        QCOMPARE(fixture_->sandbox.desktop().opened,
+                 std::vector<std::string>{"C:\\data\\CUSTOMER.DBF"});
+        auto* browser = qobject_cast<ChildFrm1*>(window_->shell()->children().first());
+        QCOMPARE(browser->Data1.RecordSource, std::string("Close.Txt"));
+        fixture_->sandbox.write("C:\\data\\a.htm", "<b>x</b>");
+        window_->DisplayFile("C:\\data\\a.htm");
+        QCOMPARE(window_->shell()->children().size(), 2);
+        window_->ToolBarComp1->click("ID_mnuOpenFilewithanotherApplication");
+        QCOMPARE(window_->shell()->children().size(), 1);  // a page's window goes
+        QCOMPARE(fixture_->sandbox.desktop().opened.size(), std::size_t(2));
     }
 
     void closing_storesPlaces_andClosesTheShell()
