@@ -36,6 +36,7 @@ extern const Command kCopy;
 extern const Command kConvert;
 extern const Command kCreate;
 extern const Command kCheck;
+extern const Command kIndex;
 extern const Command kCompact;
 extern const Command kPassword;
 

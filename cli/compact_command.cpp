@@ -1,4 +1,5 @@
-// compact: a copy of an Access file without the room that deleted records leave.
+// compact: a copy of an Access file without the room that deleted records leave; a DBF is packed in
+// its place.
 #include <array>
 
 #include "cli/command.h"
@@ -18,12 +19,38 @@ constexpr std::array kOptions{
 
 constexpr int kEncode = 2, kPlain = 4;
 
+void tellSizes(Context& context, std::uint64_t before, const std::string& now)
+{
+    Output output(context.files, "");
+    const auto after = context.files.info(now);
+    output.buffer() += std::to_string(before) + " bytes before, " +
+                       std::to_string(after ? after->size : 0) + " bytes now\n";
+    output.finish();
+}
+
+std::uint64_t sizeOf(Context& context, const std::string& path)
+{
+    const auto info = context.files.info(path);
+    return info ? info->size : 0;
+}
+
+int packTable(Context& context, const Source& source)
+{
+    const std::uint64_t before = sizeOf(context, source.path);
+    CompactDatabase(context.files, source.path, source.path, {}, 0, source.connect);
+    tellSizes(context, before, source.path);
+    return kDone;
+}
+
 int run(Context& context, const Arguments& arguments)
 {
-    arguments.expectPositional(2, 2);
+    arguments.expectPositional(1, 2);
     const Source source = sourceOf(context, arguments.positional()[0], arguments);
+    if (source.kind == FileKind::Xbase && arguments.positional().size() == 1)
+        return packTable(context, source);
     if (source.kind != FileKind::Access)
-        throw UsageError("compact takes an Access file");
+        throw UsageError("compact takes an Access file and its copy, or a DBF alone");
+    arguments.expectPositional(2, 2);
     if (arguments.has("--encode") && arguments.has("--plain"))
         throw UsageError("--encode and --plain exclude each other");
     const std::string target = host().paths->fromPerson(arguments.positional()[1]);
@@ -33,21 +60,20 @@ int run(Context& context, const Arguments& arguments)
         (arguments.has("--encode") ? kEncode : 0) | (arguments.has("--plain") ? kPlain : 0);
     CompactDatabase(context.files, source.database, target, locale, options, source.connect);
 
-    Output output(context.files, "");
-    const auto before = context.files.info(source.path), after = context.files.info(target);
-    output.buffer() += std::to_string(before ? before->size : 0) + " bytes before, " +
-                       std::to_string(after ? after->size : 0) + " bytes now\n";
-    output.finish();
+    tellSizes(context, sizeOf(context, source.path), target);
     return kDone;
 }
 
 }  // namespace
 
-const Command kCompact{"compact",
-                       "FILE TO",
-                       "a copy of an Access file without the room of what was deleted",
-                       "TO must not be there. FILE is left as it is; nobody else may have it open.",
-                       kOptions,
-                       run};
+const Command kCompact{
+    "compact",
+    "FILE [TO]",
+    "gives back the room of what was deleted",
+    "An Access file is copied to TO, which must not be there; FILE is left as it is. "
+    "A DBF is packed\nin its place, with its memo file and its indexes. Nobody else "
+    "may have FILE open.",
+    kOptions,
+    run};
 
 }  // namespace velnor::cli

@@ -142,9 +142,13 @@ void CompactDatabase(FileSystem& files, std::string_view source, std::string_vie
 {
     const model::ConnectString parts = model::parseConnect(connect);
     const Driver& driver = driverFor(parts.word);
-    requirePlace(files, std::string(source), driver.traits(parts.word).folder);
-    requireFree(files, source);
-    requireNone(files, destination);
+    requirePlace(files, std::string(source), false);
+    if (driver.traits(parts.word).folder) {
+        requireFree(files, paths::folder(source));
+    } else {
+        requireFree(files, source);
+        requireNone(files, destination);
+    }
     OpenRequest from = requestFor(source, parts);
     from.exclusive = true;
     const model::ConnectString wanted = model::parseConnect(locale);

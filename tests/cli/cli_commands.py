@@ -1,10 +1,10 @@
 """Each command of velnor-cli through the real program: output, errors, exit codes, help."""
 import json, os, re, signal, subprocess, time
 
-from cli_support import CLI, PEOPLE, cli, make_dbf, people, records, run_cases
+from cli_support import CLI, PEOPLE, cli, make_dbf, people, records, run_cases, tool
 
-COMMANDS = ["tables", "schema", "info", "export", "copy", "convert", "create", "check", "compact",
-            "password"]
+COMMANDS = ["tables", "schema", "info", "export", "copy", "convert", "create", "check", "index",
+            "compact", "password"]
 
 
 def sample(folder, count=5):
@@ -159,6 +159,64 @@ def test_check_is_silent_on_good_files_and_names_the_damage(folder):
     out, _ = cli("check", path, ok=False)
     assert out.strip()
     assert json.loads(cli("check", path, "--json", ok=False)[0])["count"] > 0
+
+
+def test_index_adds_and_drops_of_every_kind(folder):
+    for kind, file in (("dbase5", "PEOPLE.MDX"), ("dbase3", "BYCITY.NDX"), ("foxpro2", "PEOPLE.CDX")):
+        own = os.path.join(folder, kind)
+        os.mkdir(own)
+        path = sample(own, 300)
+        before = records(cli("export", path)[0])[1]
+        cli("index", path, "--add", "BYCITY", "--field", "CITY", "--as", kind)
+        assert os.path.exists(os.path.join(own, file)), kind
+        cli("check", path)
+        code, out = tool("xbase_check.py", "check", path, os.path.join(own, file))
+        assert code == 0 and "!!" not in out, out
+        assert records(cli("export", path)[0])[1] == before
+        _, err = cli("index", path, "--add", "BYCITY", "--field", "CITY", "--as", kind, ok=False)
+        assert err.startswith("Error - 3367 - ") or err.startswith("Error - 3012 - "), err
+        cli("index", path, "--drop", "BYCITY", "--as", kind)
+        assert not os.path.exists(os.path.join(own, file)), kind
+
+
+def test_index_finds_out_whose_indexes_a_dbf_has(folder):
+    path = sample(folder, 50)
+    cli("index", path, "--add", "ONE", "--field", "NAME", "--as", "foxpro2")
+    cli("index", path, "--add", "TWO", "--field", "CITY", "--field", "NAME", "--for", "QTY>3")
+    assert os.path.exists(os.path.join(folder, "PEOPLE.CDX"))
+    assert not os.path.exists(os.path.join(folder, "PEOPLE.MDX"))
+    cli("index", path, "--drop", "ONE", "--drop", "TWO")
+    assert os.listdir(folder) == ["PEOPLE.DBF"]
+
+
+def test_index_refuses_equal_keys_and_unknown_fields(folder):
+    path = sample(folder, 200)
+    _, err = cli("index", path, "--add", "ONCE", "--field", "CITY", "--unique", ok=False)
+    assert err.startswith("Error - 3022 - "), err
+    _, err = cli("index", path, "--add", "X", "--field", "NONE", ok=False)
+    assert err.startswith("Error - 3018 - "), err
+    assert os.listdir(folder) == ["PEOPLE.DBF"]
+    cli("index", path, "--add", "X", ok=2)
+    cli("index", path, ok=2)
+
+
+def test_compact_packs_a_dbf_in_its_place(folder):
+    path = sample(folder, 100)
+    cli("index", path, "--add", "BYNAME", "--field", "NAME")
+    with open(path, "r+b") as f:
+        data = bytearray(f.read())
+        start, length = int.from_bytes(data[8:10], "little"), int.from_bytes(data[10:12], "little")
+        for record in range(0, 100, 2):
+            data[start + record * length] = ord("*")
+        f.seek(0)
+        f.write(data)
+    before = records(cli("export", path)[0])[1]
+    out, _ = cli("compact", path)
+    assert "bytes now" in out
+    assert os.path.getsize(path) == start + 50 * length + 1
+    assert records(cli("export", path)[0])[1] == before
+    cli("check", path)
+    assert sorted(os.listdir(folder)) == ["PEOPLE.DBF", "PEOPLE.MDX"]
 
 
 def test_info_tells_the_version(folder):
