@@ -17,7 +17,9 @@ constexpr int kLongestDbfText = 254;
 
 constexpr std::array kOptions{
     OptionSpec{"--table", "NAME", "name of the new table; the source's name otherwise"},
-    OptionSpec{"--as", "KIND", "access2000, access97; dbase5, dbase4, dbase3, foxpro3, foxpro2"},
+    OptionSpec{"--as", "KIND",
+               "access2000, access97; dbase5, dbase4, dbase3, foxpro3, foxpro2; paradox7, "
+               "paradox5, paradox4, paradox3"},
     OptionSpec{"--add", "", "append to the table when it is there, field by field in order"},
     OptionSpec{"--password", "P", "password of the Access file that is read"},
     OptionSpec{"--codepage", "C", "code page of the texts that are read"},

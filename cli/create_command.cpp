@@ -14,7 +14,9 @@ constexpr std::array kOptions{
                true},
     OptionSpec{"--index", "NAME:FIELD[,FIELD]", "an index; behind it may stand :unique or :primary",
                true},
-    OptionSpec{"--as", "KIND", "access2000, access97; dbase5, dbase4, dbase3, foxpro3, foxpro2"},
+    OptionSpec{"--as", "KIND",
+               "access2000, access97; dbase5, dbase4, dbase3, foxpro3, foxpro2; paradox7, "
+               "paradox5, paradox4, paradox3"},
     OptionSpec{"--password", "P", "password of an Access file that is there"},
     OptionSpec{"--codepage", "C", "code page of a DBF's texts"},
 };

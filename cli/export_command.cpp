@@ -6,6 +6,7 @@
 #include "cli/output.h"
 #include "cli/record_text.h"
 #include "cli/source.h"
+#include "cli/time_columns.h"
 #include "platform/host.h"
 
 namespace velnor::cli {
@@ -34,9 +35,11 @@ void writeCsv(Recordset& rows, Output& output, Progress& progress)
     out.clear();
 
     CsvWriter csv(output);
+    TimeColumns times(rows);
     std::vector<ValueView> values(static_cast<std::size_t>(count));
     for (std::int64_t done = 0; !rows.Eof(); rows.MoveNext()) {
         rows.values(values);
+        times.show(values);
         csv.record(values);
         if ((++done & 0x3FF) == 0) {
             stopIfInterrupted();
@@ -58,11 +61,15 @@ void writeJson(Recordset& rows, Output& output, Progress& progress)
     }
     out += "[";
     std::int64_t done = 0;
+    TimeColumns times(rows);
+    std::vector<ValueView> values(static_cast<std::size_t>(count));
     for (; !rows.Eof(); rows.MoveNext()) {
+        rows.values(values);
+        times.show(values);
         out += done ? ",\n{" : "\n{";
         for (int i = 0; i < count; ++i) {
             out += heads[static_cast<std::size_t>(i)];
-            appendJson(out, rows.value(i));
+            appendJson(out, values[static_cast<std::size_t>(i)]);
         }
         out += '}';
         output.flushIfFull();
@@ -109,7 +116,8 @@ const Command kExport{
     "FILE [TABLE]",
     "the records of a table as CSV or JSON",
     "CSV is UTF-8 with the field names first: Null is an empty field, an empty text \"\",\n"
-    "dates are YYYY-MM-DD[ HH:MM:SS], bytes lower-case hex. Without TABLE the first one is taken.",
+    "dates are YYYY-MM-DD[ HH:MM:SS], times of day HH:MM:SS, bytes lower-case hex. Without TABLE "
+    "the first one is taken.",
     kOptions,
     run};
 

@@ -21,6 +21,10 @@ constexpr std::array kAs{
     As{"dbase3", FileKind::Xbase, "dBASE III;", 0},
     As{"foxpro3", FileKind::Xbase, "FoxPro 3.0;", 0},
     As{"foxpro2", FileKind::Xbase, "FoxPro 2.6;", 0},
+    As{"paradox7", FileKind::Paradox, "Paradox 7.x;", 0},
+    As{"paradox5", FileKind::Paradox, "Paradox 5.x;", 0},
+    As{"paradox4", FileKind::Paradox, "Paradox 4.x;", 0},
+    As{"paradox3", FileKind::Paradox, "Paradox 3.x;", 0},
 };
 
 void applyAs(Target& target, const std::string& word)

@@ -10,12 +10,12 @@
 
 namespace velnor::cli {
 
-enum class FileKind { None, Xbase, Access, Text, Folder };
+enum class FileKind { None, Xbase, Paradox, Access, Text, Folder };
 
 /// True for files that are one table of their folder.
 constexpr bool isTableFile(FileKind kind)
 {
-    return kind == FileKind::Xbase || kind == FileKind::Text;
+    return kind == FileKind::Xbase || kind == FileKind::Paradox || kind == FileKind::Text;
 }
 
 struct Source {

@@ -3,6 +3,7 @@
 #include "access/formats/driver.h"
 
 #include "access/formats/jet/jet_driver.h"
+#include "access/formats/paradox/paradox_driver.h"
 #include "access/formats/text/text_driver.h"
 #include "access/formats/xbase/xbase_driver.h"
 #include "platform/paths.h"
@@ -21,7 +22,8 @@ std::span<const Driver* const> builtInDrivers()
     static const jet::JetDriver jetDriver;
     static const xbase::XbaseDriver xbaseDriver;
     static const text::TextDriver textDriver;
-    static const Driver* const drivers[] = {&jetDriver, &xbaseDriver, &textDriver};
+    static const paradox::ParadoxDriver paradoxDriver;
+    static const Driver* const drivers[] = {&jetDriver, &xbaseDriver, &textDriver, &paradoxDriver};
     return drivers;
 }
 
