@@ -33,7 +33,7 @@ int run(Context& context, const Arguments& arguments)
         layout.fields.push_back(parseFieldWord(word));
     for (const std::string& word : arguments.values("--index"))
         layout.indexes.push_back(parseIndexWord(word));
-    if (layout.fields.empty() && (target.source.kind != FileKind::Access || !layout.name.empty()))
+    if (layout.fields.empty() && (isTableFile(target.source.kind) || !layout.name.empty()))
         throw UsageError("a table needs at least one --field");
     if (!layout.fields.empty() && layout.name.empty())
         throw UsageError("a TABLE name is needed");
@@ -51,7 +51,7 @@ const Command kCreate{
     "FILE [TABLE]",
     "a new file, or a new table in it",
     "Types: Boolean Byte Integer Long Currency Single Double Date Binary Text LongBinary Memo\n"
-    "GUID Decimal. An Access file is made when it is not there; a DBF is a table of its own.\n"
+    "GUID Decimal. An Access file or a workbook is made when it is not there; a DBF is a table of its own.\n"
     "Example: velnor-cli create shop.mdb Customers --field ID:Long:auto --field NAME:Text:40\n"
     "         --index PrimaryKey:ID:primary",
     kOptions,

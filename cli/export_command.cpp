@@ -19,6 +19,7 @@ constexpr std::array kOptions{
     OptionSpec{"--password", "P", "password of an Access file"},
     OptionSpec{"--codepage", "C",
                "code page of the texts, such as 866, where the file does not say"},
+    OptionSpec{"--cells", "", "of a sheet: every cell from A1 on as a text, fields A, B, C, ..."},
     OptionSpec{"--progress", "", "progress lines also when standard error is no terminal"},
 };
 

@@ -21,6 +21,8 @@ constexpr std::array kAs{
     As{"dbase3", FileKind::Xbase, "dBASE III;", 0},
     As{"foxpro3", FileKind::Xbase, "FoxPro 3.0;", 0},
     As{"foxpro2", FileKind::Xbase, "FoxPro 2.6;", 0},
+    As{"excel97", FileKind::Excel, "Excel 8.0;", 0},
+    As{"excel95", FileKind::Excel, "Excel 5.0;", 0},
     As{"paradox7", FileKind::Paradox, "Paradox 7.x;", 0},
     As{"paradox5", FileKind::Paradox, "Paradox 5.x;", 0},
     As{"paradox4", FileKind::Paradox, "Paradox 4.x;", 0},
@@ -57,21 +59,24 @@ Target targetOf(Context& context, const std::string& word, const Arguments& argu
 Database openTarget(Context& context, Target& target)
 {
     Source& source = target.source;
-    if (source.kind == FileKind::Access) {
-        if (target.fileExists)
-            return openSource(context, source, false);
-        return context.workspace.CreateDatabase(source.path, kGeneralLocale, target.createOptions);
-    }
     if (target.fileExists)
         return openSource(context, source, false);
-    return context.workspace.OpenDatabase(source.database, false, false, source.connect);
+    if (isTableFile(source.kind))
+        return context.workspace.OpenDatabase(source.database, false, false, source.connect);
+    const std::string locale =
+        source.kind == FileKind::Access ? kGeneralLocale : kGeneralLocale + source.connect;
+    return context.workspace.CreateDatabase(source.path, locale, target.createOptions);
 }
 
 bool hasTable(Context&, Database& database, const Target& target)
 {
     if (isTableFile(target.source.kind))
         return target.fileExists;
-    return database.TableDefs().contains(target.source.table);
+    Collection<TableDef>& tables = database.TableDefs();
+    const std::string sheet = target.source.table + "$";
+    if (isSheetFile(target.source.kind) && tables.contains(sheet))
+        return tables.Item(sheet).Fields().Count() > 0;  // an empty sheet is taken over
+    return tables.contains(target.source.table);
 }
 
 void makeTable(Database& database, const Target& target, const TableLayout& layout)

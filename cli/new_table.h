@@ -6,6 +6,10 @@
 
 namespace velnor::cli {
 
+/// The words of --as.
+inline constexpr const char* kAsWords =
+    "access2000, access97; dbase5, dbase4, dbase3, foxpro3, foxpro2; excel97, excel95";
+
 struct Target {
     Source source;
     bool fileExists = false;

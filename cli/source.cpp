@@ -18,9 +18,9 @@ constexpr std::array kKinds{
     Kind{"DBF", FileKind::Xbase, "dBASE 5.0;"}, Kind{"MDB", FileKind::Access, "Access 2000;"},
     Kind{"TXT", FileKind::Text, "Text;"},       Kind{"CSV", FileKind::Text, "Text;"},
     Kind{"TAB", FileKind::Text, "Text;"},       Kind{"ASC", FileKind::Text, "Text;"},
-    Kind{"DB", FileKind::Paradox, "Paradox 5.x;"},
+    Kind{"XLS", FileKind::Excel, "Excel 8.0;"}, Kind{"DB", FileKind::Paradox, "Paradox 5.x;"},
 };
-constexpr std::array kLaterKinds{"XLS", "WK4"};
+constexpr std::array kLaterKinds{"WK4"};
 
 const Kind* findKind(std::string_view path)
 {
@@ -37,6 +37,8 @@ std::string optionsOf(const Arguments& arguments)
         tail += "pwd=" + arguments.value("--password") + ";";
     if (arguments.has("--codepage"))
         tail += "codepage=" + arguments.value("--codepage") + ";";
+    if (arguments.has("--cells"))
+        tail += "cells=yes;";
     return tail;
 }
 

@@ -10,12 +10,18 @@
 
 namespace velnor::cli {
 
-enum class FileKind { None, Xbase, Paradox, Access, Text, Folder };
+enum class FileKind { None, Xbase, Paradox, Access, Excel, Text, Folder };
 
 /// True for files that are one table of their folder.
 constexpr bool isTableFile(FileKind kind)
 {
     return kind == FileKind::Xbase || kind == FileKind::Paradox || kind == FileKind::Text;
+}
+
+/// True for workbooks: tables are sheets, their records cannot be deleted, they have no indexes.
+constexpr bool isSheetFile(FileKind kind)
+{
+    return kind == FileKind::Excel;
 }
 
 struct Source {

@@ -2,6 +2,7 @@
 
 #include "access/formats/driver.h"
 
+#include "access/formats/excel/excel_driver.h"
 #include "access/formats/jet/jet_driver.h"
 #include "access/formats/paradox/paradox_driver.h"
 #include "access/formats/text/text_driver.h"
@@ -23,7 +24,9 @@ std::span<const Driver* const> builtInDrivers()
     static const xbase::XbaseDriver xbaseDriver;
     static const text::TextDriver textDriver;
     static const paradox::ParadoxDriver paradoxDriver;
-    static const Driver* const drivers[] = {&jetDriver, &xbaseDriver, &textDriver, &paradoxDriver};
+    static const excel::ExcelDriver excelDriver;
+    static const Driver* const drivers[] = {&jetDriver, &xbaseDriver, &textDriver, &paradoxDriver,
+                                            &excelDriver};
     return drivers;
 }
 

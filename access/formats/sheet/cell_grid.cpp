@@ -69,16 +69,17 @@ void CellGrid::insert(Row& row, std::size_t at, const Cell& cell)
 
 void CellGrid::put(std::uint32_t row, const Cell& cell)
 {
+    const bool holds = cell.kind != CellKind::Blank || cell.formula;
     if (cell.kind != CellKind::Blank)
         widen(row, cell.column);
     if (row >= rows_.size()) {
-        if (cell.kind == CellKind::Blank)
+        if (!holds)
             return;
         rows_.resize(row + 1);
     }
     Row& r = rows_[row];
     if (r.count == 0 || cells_[r.start + r.count - 1u].column < cell.column) {
-        if (cell.kind != CellKind::Blank)
+        if (holds)
             insert(r, r.count, cell);
         return;
     }
@@ -88,7 +89,7 @@ void CellGrid::put(std::uint32_t row, const Cell& cell)
                          [](const Cell& c, std::uint16_t column) { return c.column < column; });
     if (found->column == cell.column)
         *found = cell;
-    else if (cell.kind != CellKind::Blank)
+    else if (holds)
         insert(r, static_cast<std::size_t>(found - first), cell);
 }
 

@@ -15,7 +15,8 @@ namespace velnor::sheet {
 
 class CellGrid {
 public:
-    /// Sets a cell; the last one for a place wins. Blank takes away what stands there.
+    /// Sets a cell; the last one for a place wins. Blank takes away what stands there;
+    /// a blank formula is kept, since it cannot be written over.
     void put(std::uint32_t row, const Cell& cell);
     /// put(), remembered as a change that is to be written.
     void change(std::uint32_t row, const Cell& cell);
