@@ -8,17 +8,18 @@
 #include "access/routing.h"
 #include "access/schema.h"
 #include "access/workspace.h"
+#include "copy/copy_log.h"
 #include "copy/field_line.h"
 #include "copy/field_match.h"
 #include "copy/line_list.h"
 #include "copy/query_members.h"
-#include "core/wait_pointer.h"
 #include "core/attempt.h"
 #include "core/file_types.h"
 #include "core/globals.h"
 #include "core/prompt.h"
 #include "core/text.h"
 #include "core/upcalls.h"
+#include "core/wait_pointer.h"
 #include "core/window_list.h"
 
 namespace velnor {
@@ -46,12 +47,6 @@ QList<CopyCommand> CopyTab::commands()
          "Help with Copying Records between From and To File",
          {}},
     };
-}
-
-void CopyTab::setClearCopyLog(std::function<void()> clearCopyLog)
-{
-    clearCopyLog_ = std::move(clearCopyLog);
-    ClearCopyLogBtn->setEnabled(bool(clearCopyLog_));
 }
 
 /// Says what runs before it starts: the window doesn't paint by itself until it has ended.
@@ -298,7 +293,19 @@ void CopyTab::CopyBtn_Click()
     CloseWindowOfFile(From.FilePath);
     CopyRecords();
     if (G.LOG_COPY)
-        upcalls().WriteCopyLog();
+        WriteCopyLog();
+}
+
+bool CopyTab::WriteCopyLog()
+{
+    return writeCopyLog(
+        {Label3[0]->text(), CMBRECORD[0]->currentText(), CMBRECORD[1]->currentText()},
+        List3[2]->lines(), this);
+}
+
+void CopyTab::ClearCopyLogBtn_Click()
+{
+    clearCopyLog(this);
 }
 
 void CopyTab::backUpTarget()

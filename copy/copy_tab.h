@@ -51,8 +51,8 @@ public:
     QPushButton* SelectAllBtn;            // match automatically
     QPushButton* CancelBtn;               // remove the highlighted match
     QPushButton* CopyBtn;
-    QPushButton* ClearCopyLogBtn;  // on as soon as `clearCopyLog` is set
-    QCheckBox* CHKCPYQRY;          // take the From records from the active query
+    QPushButton* ClearCopyLogBtn;
+    QCheckBox* CHKCPYQRY;  // take the From records from the active query
 
     // What the controls do.
     void OpenFromBtn_Click();
@@ -65,6 +65,7 @@ public:
     void SelectAllBtn_Click();
     void CancelBtn_Click();
     void CopyBtn_Click();
+    void ClearCopyLogBtn_Click();
 
     // Shared procedures.
     void SelectCopyFile();
@@ -76,6 +77,8 @@ public:
     /// False when a match of two types was refused.
     bool CheckFieldTypes();
     void CopyRecords();
+    /// One row in the log for each match line. True when all were written.
+    bool WriteCopyLog();
 
     // State that the copy log reads, too.
     CopySide From;
@@ -85,8 +88,6 @@ public:
 
     /// The commands in the order of the Copy Toolbar.
     QList<CopyCommand> commands();
-    /// Removes the copy log's records; the room that keeps the log sets it.
-    void setClearCopyLog(std::function<void()> clearCopyLog);
 
 signals:
     /// What is going on, for the status bar.
@@ -116,7 +117,6 @@ private:
     bool recordClickGuard_ = false;
     int filterIndex_ = 1;  // of the open dialog, as it was left
     QString folder_;
-    std::function<void()> clearCopyLog_;
 };
 
 }  // namespace velnor

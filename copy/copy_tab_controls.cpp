@@ -229,7 +229,6 @@ QWidget* CopyTab::buildResult()
     ClearCopyLogBtn =
         button(row, "ClearCopyLogBtn", tr("Clear Copy Log"), "Remove all Records in the Copy Log",
                "edit-clear-history", QStyle::SP_DialogResetButton);
-    ClearCopyLogBtn->setEnabled(false);
     CopyBtn = button(row, "CopyBtn", tr("&Begin Copy"), "Copy the Selected Database File",
                      "edit-copy", QStyle::SP_DialogOkButton);
     CopyBtn->setEnabled(false);
@@ -255,11 +254,7 @@ void CopyTab::connectControls()
     onClick(SelectAllBtn, &CopyTab::SelectAllBtn_Click);
     onClick(CancelBtn, &CopyTab::CancelBtn_Click);
     onClick(CopyBtn, &CopyTab::CopyBtn_Click);
-    connect(ClearCopyLogBtn, &QPushButton::clicked, this, [this] {
-        const Outcome outcome = attempt(clearCopyLog_);
-        if (!outcome)
-            tellUnexpected(outcome);
-    });
+    onClick(ClearCopyLogBtn, &CopyTab::ClearCopyLogBtn_Click);
     connect(CHKCPYQRY, &QCheckBox::clicked, this, edge(this, &CopyTab::CHKCPYQRY_Click));
     for (int index : {0, 1})
         connect(CMBRECORD[index], &QComboBox::activated, this,

@@ -13,7 +13,6 @@ struct Upcalls {
     std::function<void(const QString& path)> OpenwithOLE = [](const QString&) {};
     /// Copies a file as the user names it; the backup before a copy (Save As).
     std::function<void(const QString& path)> SaveFileAs = [](const QString&) {};
-    std::function<void()> WriteCopyLog = [] {};
     std::function<void()> EnableSelectMenus = [] {};
     /// Opens the help at a topic, "data-entry"; empty: its contents.
     std::function<void(const QString& topic)> ShowHelp = [](const QString&) {};

@@ -47,31 +47,15 @@ private slots:
         QVERIFY(!QGuiApplication::overrideCursor());
     }
 
-    void emptySource_isUnsuccessful_andStillLogged()
+    void emptySource_isUnsuccessful()
     {
-        int logged = 0;
-        upcalls().WriteCopyLog = [&] { ++logged; };
-        globals().LOG_COPY = true;
         openBoth();
         tab_->SelectAllBtn->click();
         answerAppendToFriends();
         tab_->CopyBtn->click();
         QCOMPARE(tab_->Label3[2]->text(), "Copy Unsuccessful");
         QVERIFY(prompt_->told.isEmpty());
-        QCOMPARE(logged, 1);
         QVERIFY(readRows("C:", kDBase, "FRIENDS").isEmpty());
-    }
-
-    void log_isWrittenOnlyWhenAskedFor()
-    {
-        int logged = 0;
-        upcalls().WriteCopyLog = [&] { ++logged; };
-        givePeople();
-        openBoth();
-        tab_->SelectAllBtn->click();
-        answerAppendToFriends();
-        tab_->CopyBtn->click();
-        QCOMPARE(logged, 0);
     }
 
     void mismatch_isAskedWithItsLineHighlighted_andRefusalCopiesNothing()

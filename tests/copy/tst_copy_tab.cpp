@@ -69,7 +69,6 @@ private slots:
             QVERIFY(label->isHidden());
         QVERIFY(!tab_->CancelBtn->isEnabled());
         QVERIFY(!tab_->CopyBtn->isEnabled());
-        QVERIFY(!tab_->ClearCopyLogBtn->isEnabled());
         QVERIFY(!tab_->CloseFromBtn->isEnabled());
         QVERIFY(!tab_->CloseToBtn->isEnabled());
         QCOMPARE(tab_->CHKCPYQRY->text(), "Select Records from From Table using Active Query     ");
@@ -149,14 +148,6 @@ private slots:
         QCOMPARE(tab_->List3[0]->count(), 0);
         QVERIFY(prompt_->told.isEmpty());
         QVERIFY(tab_->List3[0]->emptyText().contains("could not be opened"));
-    }
-
-    void clearLogButton_runsWhatWasSet()
-    {
-        int cleared = 0;
-        tab_->setClearCopyLog([&] { ++cleared; });
-        tab_->ClearCopyLogBtn->click();
-        QCOMPARE(cleared, 1);
     }
 
     void closing_forgetsTheSideAndTheMatches()

@@ -200,11 +200,9 @@ tour() {
     shot coming
     key ctrl+7
     shot options-colors
-    key Tab Tab Tab
-    for form in general search mail; do
-        key Down
-        shot "options-$form"
-    done
+    key alt+u
+    key o
+    shot options-general
     key ctrl+q
     settle 1
 }
