@@ -34,6 +34,7 @@ struct RandomFormat {
     std::string keyIndex;
 
     bool removes = true;
+    bool changes = true;           ///< records can be changed
     bool updatesKey = true;     ///< the first field of a record may be changed
     bool nullsInUnique = true;  ///< any number of Nulls fits into a unique index
     bool emptyTextIsNull = false;

@@ -135,7 +135,7 @@ void RandomRun::one()
         insertOne();
     else if (what < 12 && format_.removes)
         removeOne();
-    else if (what < 17)
+    else if (what < 17 && format_.changes)
         updateOne();
     else if (what < 19)
         seekOne();
