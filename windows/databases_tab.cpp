@@ -15,8 +15,10 @@
 #include "core/file_commands.h"
 #include "core/file_types.h"
 #include "core/globals.h"
+#include "core/keyed_tree.h"
 #include "core/text.h"
 #include "core/upcalls.h"
+#include "organizer/organizer_pane.h"
 #include "platform/host.h"
 #include "platform/paths.h"
 #include "windows/file_list_model.h"
@@ -204,21 +206,11 @@ QWidget* DatabasesTab::buildOrganizer()
 {
     PaneHeading* heading = nullptr;
     QWidget* box = pane(this, heading, tr("Organizer"));
-    auto* words = new QLabel(
-        tr("The Database Organizer is not there yet.\n\nIt will keep your files in groups, each "
-           "with a description of your own."),
-        box);
-    words->setObjectName(u"SSTree1"_s);
-    words->setAlignment(Qt::AlignCenter);
-    words->setWordWrap(true);
-    words->setMargin(12);
-    words->setForegroundRole(QPalette::PlaceholderText);
-    words->setBackgroundRole(QPalette::Base);
-    words->setAutoFillBackground(true);
-    words->setMinimumWidth(140);
-    SSTree1 = words;
-    box->layout()->addWidget(words);
-    words->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+    organizer = new OrganizerPane(box);
+    organizer->SSTree1->fileIcon = [](const QString& path) { return iconOfFile(path); };
+    organizer->filePattern = [this] { return files_->pattern(); };
+    heading->setBuddy(organizer->SSTree1);
+    box->layout()->addWidget(organizer);
     return box;
 }
 

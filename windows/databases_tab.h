@@ -1,5 +1,5 @@
 // windows/databases_tab.h - the file explorer: folders, the files of one folder, and the
-// organizer's place.
+// organizer.
 //
 // What is selected in the list is SELECTED_FILE; a double click shows it.
 #pragma once
@@ -20,6 +20,7 @@ namespace velnor {
 
 class FileListModel;
 class FolderTreeModel;
+class OrganizerPane;
 
 class DatabasesTab : public MainTab {
     Q_OBJECT
@@ -31,7 +32,7 @@ public:
     QTreeView* PTxShList1;   // files, with details
     QListView* fileIcons;    // the same files as icons or names
     QComboBox* filterCombo;  // the nine filters
-    QWidget* SSTree1;        // the organizer's place
+    OrganizerPane* organizer;  // holds SSTree1
 
     /// What to switch when a file was selected, or none.
     std::function<void()> EnableSelectMenus = [] {};
