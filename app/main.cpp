@@ -12,6 +12,7 @@
 #include "core/attempt.h"
 #include "core/startup.h"
 #include "core/upcalls.h"
+#include "organizer/organizer_store.h"
 #include "platform/desktop_qt/qt_desktop.h"
 #include "platform/host.h"
 #include "windows/save_file_as.h"
@@ -26,6 +27,7 @@ public:
     RealHost() : files_(makeLinuxFileSystem(paths_)), desktop_(makeQtDesktop(paths_))
     {
         attempt([this] { readDriveMap(paths_); });
+        deliverStore();
         attempt([this] { prepareApplicationFolder(paths_); });
         host_.files = files_.get();
         host_.clock = &systemClock();
@@ -94,6 +96,7 @@ int run(QApplication& app)
     dress(app);
     mendHints();
     const QString path = commandLinePath(QApplication::arguments());
+    upcalls().LoadGroupList = [] { LoadGroupList(); };
     const QString startFolder = QString::fromStdString(host().currentFolder);
     StartProgram();
     Velnor1 window;

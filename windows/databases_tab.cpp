@@ -22,6 +22,7 @@
 #include "platform/host.h"
 #include "platform/paths.h"
 #include "windows/file_list_model.h"
+#include "windows/file_words.h"
 #include "windows/folder_tree_model.h"
 #include "windows/pane_heading.h"
 
@@ -207,7 +208,11 @@ QWidget* DatabasesTab::buildOrganizer()
     PaneHeading* heading = nullptr;
     QWidget* box = pane(this, heading, tr("Organizer"));
     organizer = new OrganizerPane(box);
-    organizer->SSTree1->fileIcon = [](const QString& path) { return iconOfFile(path); };
+    organizer->SSTree1->fileIcon = [](const QString& path) {
+        const std::string name = path.toStdString();
+        return fileKindIcon(QString::fromStdString(std::string(paths::extension(name))).toUpper(),
+                            false);
+    };
     organizer->filePattern = [this] { return files_->pattern(); };
     heading->setBuddy(organizer->SSTree1);
     box->layout()->addWidget(organizer);

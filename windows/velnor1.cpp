@@ -23,6 +23,7 @@
 #include "core/text.h"
 #include "core/twips.h"
 #include "core/upcalls.h"
+#include "organizer/organizer_pane.h"
 #include "platform/host.h"
 #include "windows/copy_place.h"
 #include "windows/databases_tab.h"
@@ -120,6 +121,10 @@ void Velnor1::buildTabs()
     addComingTabs();
     databases_->EnableSelectMenus = [this] { EnableSelectMenus(); };
     databases_->DisableSelectMenus = [this] { DisableSelectMenus(); };
+    OrganizerPane& organizer = *databases_->organizer;
+    organizer.EnableSelectMenus = [this] { EnableSelectMenus(); };
+    organizer.setTitle = [this](const QString& title) { setWindowTitle(title); };
+    organizer.open = [this](const QString& path) { DisplayFile(path); };
     databases_->pressTool = [this](const QString& id) { ToolBarComp1->press(id); };
     connect(TabStrip1, &QTabBar::currentChanged, this, [this](int index) {
         const Outcome done = attempt([&] { TabStrip1_Click(index); });
@@ -160,6 +165,9 @@ void Velnor1::Form_Load()
     applyOptions();
     databases_->setListView(G.FILE_LIST_VIEW);
     databases_->SetFilterButton(kAllDataFilter);
+    databases_->organizer->rebuild();
+    if (const QString first = databases_->organizer->firstText(); !first.isEmpty())
+        G.ORG_DATABASE = first;
     SetWinSize();
     if (G.ASK_COMPUTER_NAME && host().desktop) {
         const QString name = QString::fromStdString(host().desktop->computerName());
@@ -169,6 +177,7 @@ void Velnor1::Form_Load()
         }
     }
     ToolBarComp1->clicksOff = true;
+    ToolBarComp1->press(u"ID_mnuViewOrganizerName"_s);
     DisableSelectMenus();
     ToolBarComp1->clicksOff = false;
     loaded_ = true;

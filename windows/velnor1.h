@@ -89,6 +89,8 @@ private:
     void buildMenus();
     void buildStatusBar();
     void addComingTabs();
+    ToolRow organizerView(const char* id, const QString& text, const QString& tip,
+                          const QString& view);
     void TabStrip1_Click(int index);
     void browseSelected();
     void editSelected();

@@ -2,7 +2,6 @@
 #include <QApplication>
 
 #include "access/routing.h"
-#include "core/wait_pointer.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
 #include "core/file_types.h"
@@ -10,6 +9,7 @@
 #include "core/prompt.h"
 #include "core/text.h"
 #include "core/upcalls.h"
+#include "core/wait_pointer.h"
 #include "platform/host.h"
 #include "windows/databases_tab.h"
 #include "windows/mdiform1.h"

@@ -11,6 +11,7 @@
 #include "core/attempt.h"
 #include "core/globals.h"
 #include "core/options_tab.h"
+#include "organizer/organizer_pane.h"
 #include "windows/copy_place.h"
 #include "windows/databases_tab.h"
 #include "windows/mdiform1.h"
@@ -101,6 +102,15 @@ void Velnor1::addComingTabs()
                                                          u"help-contents"_s)});
 }
 
+ToolRow Velnor1::organizerView(const char* id, const QString& text, const QString& tip,
+                               const QString& view)
+{
+    ToolRow row{QString::fromLatin1(id), text, tip,
+                [this, view] { databases_->organizer->setView(view); }};
+    row.group = u"OrganizerView"_s;
+    return row;
+}
+
 void Velnor1::buildMenus()
 {
     const QString files = u"the file operations"_s, organizer = u"the organizer"_s;
@@ -145,14 +155,17 @@ void Velnor1::buildMenus()
     QMenu* view = menuBar()->addMenu(tr("&View"));
     tools.fill(*view, {{u"ID_mnuViewBrowseTable"_s, u"&Browse Table"_s, u"Show the selected file"_s,
                         own(&Velnor1::browseSelected), u"table"_s, QKeySequence(u"Ctrl+B"_s)},
-                       {u"ID_mnuViewEditTable"_s, u"&Edit Table"_s,
-                        u"Edit Database Table Data"_s, own(&Velnor1::editSelected),
-                        u"document-edit"_s, QKeySequence(u"Ctrl+E"_s)},
+                       {u"ID_mnuViewEditTable"_s, u"&Edit Table"_s, u"Edit Database Table Data"_s,
+                        own(&Velnor1::editSelected), u"document-edit"_s, QKeySequence(u"Ctrl+E"_s)},
                        toolLine(),
-                       later("ID_mnuViewOrganizerName", u"Organizer by &Name"_s, organizer),
-                       later("ID_mnuViewOrganizerGroup", u"Organizer by &Group"_s, organizer),
-                       later("ID_mnuViewOrganizerDate", u"Organizer by &Date"_s, organizer),
-                       later("ID_mnuViewDatabaseSize", u"Organizer by Si&ze"_s, organizer),
+                       organizerView("ID_mnuViewOrganizerName", u"Organizer by &Name"_s,
+                                     u"View Organizer Database by Database Name"_s, u"N"_s),
+                       organizerView("ID_mnuViewOrganizerGroup", u"Organizer by &Group"_s,
+                                     u"View Database Organizer  by Group"_s, u"G"_s),
+                       organizerView("ID_mnuViewOrganizerDate", u"Organizer by &Date"_s,
+                                     u"View Database Organizer by Date Modified"_s, u"D"_s),
+                       organizerView("ID_mnuViewDatabaseSize", u"Organizer by Si&ze"_s,
+                                     u"View Database Organizer by Size"_s, u"S"_s),
                        later("ID_ViewCopyLog", u"View Copy &Log"_s, u"the copy log"_s),
                        toolLine()});
     QMenu* list = view->addMenu(tr("File &List"));
@@ -168,12 +181,15 @@ void Velnor1::buildMenus()
 
     tools.fill(
         *menuBar()->addMenu(tr("&Organize")),
-        {later("ID_mnuAddFiletoDatabase", u"&Add File to Organizer..."_s, organizer),
+        {{u"ID_mnuAddFiletoDatabase"_s, u"&Add File to Organizer"_s,
+          u"File the selected file under the database that is chosen in the organizer"_s,
+          [this] { databases_->organizer->addSelectedFile(); }, u"list-add"_s},
          later("ID_mnuOrganizeFileswithSearch", u"Organize Files with &Search..."_s, organizer),
          later("ID_mnuOrganizeCreateDatabase", u"Organizer &Databases..."_s, organizer),
          later("ID_mnuCreateGroups", u"Organizer &Groups..."_s, organizer),
          later("ID_mnuClearOrganizer", u"&Clear Organizer..."_s, organizer),
-         later("ID_PrintReportofDatabaseOrganizer", u"&Print Report..."_s, organizer), toolLine(),
+         later("ID_PrintReportofDatabaseOrganizer", u"&Print Report..."_s, organizer),
+         toolLine(),
          later("ID_mnuBackUpDatabaseOrganizer", u"&Back Up Organizer..."_s, organizer),
          later("ID_mnuRestore", u"&Restore Organizer..."_s, organizer),
          later("ID_mnuRepairorCompact", u"Re&pair or Compact Organizer..."_s, organizer)});
@@ -200,8 +216,8 @@ void Velnor1::buildMenus()
                       u"the working folder list"_s),
                 {u"ID_mnuSetApplicationColors"_s, u"Set Window &Colors"_s, u"Set the colors"_s,
                  own(&Velnor1::mnuUtilitiesColors_Click), u"color-management"_s},
-                {u"ID_mnuSetApplicationOptions"_s, u"Set Program &Options"_s,
-                 u"Set the options"_s, own(&Velnor1::mnuUtilitiesOptions_Click), u"configure"_s},
+                {u"ID_mnuSetApplicationOptions"_s, u"Set Program &Options"_s, u"Set the options"_s,
+                 own(&Velnor1::mnuUtilitiesOptions_Click), u"configure"_s},
                 toolLine(),
                 later("ID_mnuRepairorCompactAccessDatabaseFile",
                       u"&Repair or Compact an Access File..."_s, u"the file operations"_s)});

@@ -11,6 +11,7 @@
 #include "core/globals.h"
 #include "core/startup.h"
 #include "core/upcalls.h"
+#include "organizer/organizer_store.h"
 #include "tests/access/made_files.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scripted_prompt.h"
@@ -26,6 +27,7 @@ public:
         SetDefaultOptions();
         globals().APP_PATH = "C:\\app";
         sandbox.write("C:\\app\\Close.Txt", "closed\r\n");
+        deliverStore();
         prepareApplicationFolder(sandbox.paths(),
                                  QString::fromStdString(sandbox.native("C:\\app")));
         sandbox.makeFolders("C:\\data");
