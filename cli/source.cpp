@@ -19,8 +19,11 @@ constexpr std::array kKinds{
     Kind{"TXT", FileKind::Text, "Text;"},       Kind{"CSV", FileKind::Text, "Text;"},
     Kind{"TAB", FileKind::Text, "Text;"},       Kind{"ASC", FileKind::Text, "Text;"},
     Kind{"XLS", FileKind::Excel, "Excel 8.0;"}, Kind{"DB", FileKind::Paradox, "Paradox 5.x;"},
+    Kind{"WK4", FileKind::Lotus, "Lotus WK4;"}, Kind{"WK3", FileKind::Lotus, "Lotus WK3;"},
+    Kind{"WK1", FileKind::Lotus, "Lotus WK1;"}, Kind{"WKS", FileKind::Lotus, "Lotus WKS;"},
+    Kind{"WRK", FileKind::Lotus, "Lotus WKS;"}, Kind{"WKB", FileKind::Lotus, "Lotus WK1;"},
+    Kind{"123", FileKind::Lotus, "Lotus WK4;"},
 };
-constexpr std::array kLaterKinds{"WK4"};
 
 const Kind* findKind(std::string_view path)
 {
@@ -61,10 +64,7 @@ FileKind kindOfPath(std::string_view path)
 
 bool namesDataFile(std::string_view word)
 {
-    if (findKind(word))
-        return true;
-    const std::string extension = paths::foldName(paths::extension(word));
-    return std::find(kLaterKinds.begin(), kLaterKinds.end(), extension) != kLaterKinds.end();
+    return findKind(word) != nullptr;
 }
 
 Source sourceOf(Context& context, const std::string& word, const Arguments& arguments,

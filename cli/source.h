@@ -10,7 +10,7 @@
 
 namespace velnor::cli {
 
-enum class FileKind { None, Xbase, Paradox, Access, Excel, Text, Folder };
+enum class FileKind { None, Xbase, Paradox, Access, Excel, Lotus, Text, Folder };
 
 /// True for files that are one table of their folder.
 constexpr bool isTableFile(FileKind kind)
@@ -21,7 +21,7 @@ constexpr bool isTableFile(FileKind kind)
 /// True for workbooks: tables are sheets, their records cannot be deleted, they have no indexes.
 constexpr bool isSheetFile(FileKind kind)
 {
-    return kind == FileKind::Excel;
+    return kind == FileKind::Excel || kind == FileKind::Lotus;
 }
 
 struct Source {

@@ -4,6 +4,7 @@
 
 #include "access/formats/excel/excel_driver.h"
 #include "access/formats/jet/jet_driver.h"
+#include "access/formats/lotus/lotus_driver.h"
 #include "access/formats/paradox/paradox_driver.h"
 #include "access/formats/text/text_driver.h"
 #include "access/formats/xbase/xbase_driver.h"
@@ -25,8 +26,9 @@ std::span<const Driver* const> builtInDrivers()
     static const text::TextDriver textDriver;
     static const paradox::ParadoxDriver paradoxDriver;
     static const excel::ExcelDriver excelDriver;
-    static const Driver* const drivers[] = {&jetDriver, &xbaseDriver, &textDriver, &paradoxDriver,
-                                            &excelDriver};
+    static const lotus::LotusDriver lotusDriver;
+    static const Driver* const drivers[] = {&jetDriver,     &xbaseDriver, &textDriver,
+                                            &paradoxDriver, &excelDriver, &lotusDriver};
     return drivers;
 }
 
