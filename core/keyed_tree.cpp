@@ -42,7 +42,6 @@ KeyedTree::KeyedTree(QWidget* parent) : QTreeWidget(parent)
     setUniformRowHeights(true);
     setAcceptDrops(true);
     setDropIndicatorShown(true);
-    setTextElideMode(Qt::ElideMiddle);
     fileIcon = [](const QString&) { return pictureOf(File); };
 }
 

@@ -62,7 +62,7 @@ DatabasesTab::DatabasesTab(QWidget* parent) : MainTab(parent)
     panes->setStretchFactor(0, 2);
     panes->setStretchFactor(1, 5);
     panes->setStretchFactor(2, 2);
-    panes->setSizes({240, 640, 240});
+    panes->setSizes({230, 600, 290});
     auto* row = new QVBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(panes);

@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 
 #include "access/routing.h"
+#include "copy/copy_log.h"
 #include "core/attempt.h"
 #include "core/date_text.h"
 #include "core/file_types.h"
@@ -125,6 +126,7 @@ void Velnor1::buildTabs()
     organizer.EnableSelectMenus = [this] { EnableSelectMenus(); };
     organizer.setTitle = [this](const QString& title) { setWindowTitle(title); };
     organizer.open = [this](const QString& path) { DisplayFile(path); };
+    organizer.ViewCopyLog = [](KeyedTree& tree) { ViewCopyLog(tree); };
     databases_->pressTool = [this](const QString& id) { ToolBarComp1->press(id); };
     connect(TabStrip1, &QTabBar::currentChanged, this, [this](int index) {
         const Outcome done = attempt([&] { TabStrip1_Click(index); });

@@ -166,7 +166,8 @@ void Velnor1::buildMenus()
                                      u"View Database Organizer by Date Modified"_s, u"D"_s),
                        organizerView("ID_mnuViewDatabaseSize", u"Organizer by Si&ze"_s,
                                      u"View Database Organizer by Size"_s, u"S"_s),
-                       later("ID_ViewCopyLog", u"View Copy &Log"_s, u"the copy log"_s),
+                       organizerView("ID_ViewCopyLog", u"View Copy &Log"_s,
+                                     u"View Copy Log for Past Table Copies"_s, u"L"_s),
                        toolLine()});
     QMenu* list = view->addMenu(tr("File &List"));
     for (const char* id : {"ID_LargeIcons", "ID_SmallIcons", "ID_ListIcons", "ID_DetailIcons"})
