@@ -39,6 +39,7 @@ extern const Command kCheck;
 extern const Command kIndex;
 extern const Command kCompact;
 extern const Command kPassword;
+extern const Command kRepair;
 
 /// Every command, in the order of the help.
 std::span<const Command* const> commands();

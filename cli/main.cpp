@@ -14,9 +14,9 @@ namespace velnor::cli {
 
 std::span<const Command* const> commands()
 {
-    static constexpr std::array<const Command*, 11> all{&kTables, &kSchema,  &kInfo,    &kExport,
-                                                        &kCopy,   &kConvert, &kCreate,  &kCheck,
-                                                        &kIndex,  &kCompact, &kPassword};
+    static constexpr std::array<const Command*, 12> all{&kTables, &kSchema,  &kInfo,     &kExport,
+                                                        &kCopy,   &kConvert, &kCreate,   &kCheck,
+                                                        &kIndex,  &kCompact, &kPassword, &kRepair};
     return all;
 }
 

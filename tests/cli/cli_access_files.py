@@ -78,5 +78,26 @@ def test_compact_keeps_the_password_or_takes_another(folder):
     expect_sound(c, "--password", "three")
 
 
+def test_repair_keeps_the_damaged_file_and_says_what_was_lost(folder):
+    mdb = made(folder)
+    out, _ = cli("repair", mdb)
+    assert "no damage" in out, out
+    whole = records(cli("export", mdb, "People")[0])[1]
+    damaged = open(mdb, "rb").read()[:-3 * 4096]
+    open(mdb, "wb").write(damaged)
+    cli("check", mdb, ok=False)
+    out, _ = cli("repair", mdb)
+    aside = os.path.join(folder, "shop-damaged.mdb")
+    assert "lost" in out and "shop-damaged.mdb" in out, out
+    assert open(aside, "rb").read() == damaged
+    expect_sound(mdb)
+    left = records(cli("export", mdb, "People")[0])[1]
+    assert 0 < len(left) < len(whole) and left == [row for row in whole if row in left]
+    cli("repair", os.path.join(folder, "source.dbf"), ok=2)
+    open(mdb, "wb").write(b"no database" * 1000)
+    _, err = cli("repair", mdb, ok=False)
+    assert err.startswith("Error - 3343 - "), err
+
+
 if __name__ == "__main__":
     run_cases(globals())

@@ -4,7 +4,7 @@ import json, os, re, signal, subprocess, time
 from cli_support import CLI, PEOPLE, cli, make_dbf, people, records, run_cases, tool
 
 COMMANDS = ["tables", "schema", "info", "export", "copy", "convert", "create", "check", "index",
-            "compact", "password"]
+            "compact", "password", "repair"]
 
 
 def sample(folder, count=5):

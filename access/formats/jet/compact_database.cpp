@@ -61,7 +61,7 @@ void JetDriver::compact(FileSystem& files, const OpenRequest& from, const Create
         request.password = password.value_or(from.password);
         request.codePage = from.codePage;
         JetFile target(files, request);
-        Rebuild(*source, target, false, {}).run();
+        Rebuild(*source, target).run();
     });
 }
 

@@ -4,14 +4,11 @@
 #include <cstring>
 #include <span>
 
-#include "access/formats/jet/catalog.h"
+#include "access/formats/jet/catalog_objects.h"
 #include "access/formats/jet/data_page.h"
 #include "access/formats/jet/index_page.h"
 #include "access/formats/jet/jet_driver.h"
-#include "access/formats/jet/jet_writer.h"
 #include "access/formats/jet/page_codec.h"
-#include "access/formats/jet/structure.h"
-#include "access/formats/jet/system_row.h"
 #include "access/formats/jet/system_tables.h"
 #include "access/formats/jet/whole_file.h"
 #include "platform/paths.h"
@@ -20,23 +17,13 @@ namespace velnor::jet {
 namespace {
 
 constexpr PageNumber kMapsPage = 1, kFirstDefinition = 2, kFirstMapRecords = 6;
+constexpr std::uint32_t kObjectsWithRights = 8;
 constexpr SortOrder kGeneral{};
 constexpr std::uint16_t kCodePage = 1252;
 constexpr std::uint16_t kBuildJet3 = 623, kBuildJet4 = 9756;
 // Accounts are stored under a mask that depends on this date; with another date the accounts below
 // would be nobody's.
 constexpr std::uint8_t kCreationDate[8] = {0x3E, 0x85, 0xD3, 0x3B, 0x3E, 0xAB, 0xE4, 0x40};
-
-struct AccountIds {
-    std::string engine, admin, users, creator;
-};
-
-AccountIds accountIds(const JetFormat& format)
-{
-    if (format.version == 3)
-        return {"\x02\x03", "\x03\x01", "\x02\x01", "\x02\x04"};
-    return {"\x65\x89", "\x64\x8B", "\x65\x8B", "\x65\x8E"};
-}
 
 /// The pages of a file that does not stand yet.
 class Skeleton {
@@ -194,115 +181,6 @@ void Skeleton::setBit(RowPointer map, PageNumber number)
     p[offset + 5 + number / 8] |= static_cast<std::uint8_t>(1u << (number % 8));
 }
 
-// ---- the catalog
-
-class CatalogFiller {
-public:
-    explicit CatalogFiller(JetFile& file)
-        : catalog_(file), ids_(accountIds(file.format())), jet3_(file.format().version == 3)
-    {
-    }
-
-    void run()
-    {
-        addObjects();
-        addRights();
-        catalog_.saveCounts();
-    }
-
-private:
-    void addObjects();
-    void addRights();
-
-    Catalog catalog_;
-    AccountIds ids_;
-    bool jet3_;
-};
-
-void CatalogFiller::addObjects()
-{
-    struct Object {
-        const char* name;
-        std::int32_t id, parent;
-        int type;
-        bool admin = false;
-    };
-    static constexpr Object kObjects[] = {
-        {"Tables", kTablesContainer, kRootContainer, object_type::kContainer},
-        {"Databases", kDatabasesContainer, kRootContainer, object_type::kContainer},
-        {"Relationships", kRelationshipsContainer, kRootContainer, object_type::kContainer},
-        {"MSysDb", kDatabaseObject, kDatabasesContainer, object_type::kDatabase, true},
-        {"MSysObjects", 2, kTablesContainer, object_type::kTable},
-        {"MSysACEs", 3, kTablesContainer, object_type::kTable},
-        {"MSysQueries", 4, kTablesContainer, object_type::kTable},
-        {"MSysRelationships", 5, kTablesContainer, object_type::kTable},
-    };
-    const auto table = catalog_.objectTable();
-    JetWriter writer(
-        table, [](PageNumber) { return nullptr; }, false);
-    const ValueView now = ValueView::date(catalogTime());
-    for (const Object& object : kObjects) {
-        SystemRow row(*table);
-        row.set("Id", ValueView::integer(object.id));
-        row.set("ParentId", ValueView::integer(object.parent));
-        row.set("Name", ValueView::text(object.name));
-        row.set("Type", ValueView::integer(object.type));
-        row.set("DateCreate", now);
-        row.set("DateUpdate", now);
-        row.setBytes("Owner", object.admin ? ids_.admin : ids_.engine);
-        row.set("Flags", ValueView::integer(INT32_MIN));  // a system object
-        writer.insert(row.values());
-    }
-    catalog_.forget();
-}
-
-void CatalogFiller::addRights()
-{
-    enum Account { Admin, Users, Creator };
-    struct Right {
-        std::int32_t object;
-        Account account;
-        std::int32_t mask;
-        bool inherit = false;
-    };
-    const Right kRights[] = {
-        {2, Admin, 0x60000},
-        {3, Admin, 0x60000},
-        {4, Admin, 0x60000},
-        {5, Admin, 0xE0000},
-        {kTablesContainer, Creator, 0xF00FE, true},
-        {kTablesContainer, Admin, 0x60001},
-        {kRelationshipsContainer, Creator, 0xF00FE, true},
-        {kRelationshipsContainer, Admin, 0x60001},
-        {kDatabasesContainer, Admin, 0x60000},
-        {kDatabaseObject, Admin, 0x6000E},
-        {kDatabaseObject, Users, 0xE},
-        {4, Users, 0x14},
-        {5, Users, 0x14},
-        {2, Users, 0x14},
-        {kTablesContainer, Users, jet3_ ? 0xFFFFF : 0xFFEFF, true},
-        {kRelationshipsContainer, Users, 0xFFFFF, true},
-    };
-    const auto table = catalog_.systemTable("MSysACEs");
-    JetWriter writer(
-        table, [](PageNumber) { return nullptr; }, false);
-    std::vector<std::int32_t> distinct;
-    for (const Right& right : kRights) {
-        SystemRow row(*table);
-        row.set("ObjectId", ValueView::integer(right.object));
-        row.setBytes("SID", right.account == Admin   ? ids_.admin
-                            : right.account == Users ? ids_.users
-                                                     : ids_.creator);
-        row.set("ACM", ValueView::integer(right.mask));
-        row.set("FInheritable", ValueView::boolean(right.inherit));
-        writer.insert(row.values());
-        if (std::find(distinct.begin(), distinct.end(), right.object) == distinct.end())
-            distinct.push_back(right.object);
-    }
-    table->def().realIndexes[0].distinct = static_cast<std::uint32_t>(distinct.size());
-    table->countsChanged();
-}
-
 }  // namespace
 
 void layCommitCounters(const JetFormat& format, std::uint8_t* page0)
@@ -333,7 +211,13 @@ std::vector<std::uint8_t> databaseSkeleton(const JetFormat& format, std::string_
 void fillCatalog(FileSystem& files, const OpenRequest& skeleton)
 {
     JetFile file(files, skeleton);
-    CatalogFiller(file).run();
+    Catalog catalog(file);
+    addMissingObjects(catalog);
+    addMissingRights(catalog);
+    const auto rights = catalog.systemTable("MSysACEs");
+    rights->def().realIndexes[0].distinct = kObjectsWithRights;
+    rights->countsChanged();
+    catalog.saveCounts();
     file.commit();
 }
 

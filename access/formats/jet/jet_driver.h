@@ -23,6 +23,9 @@ public:
     /// All objects, in the same order and with the same password; 3197 when the file is damaged.
     void compact(FileSystem& files, const OpenRequest& from,
                  const CreateRequest& to) const override;
+    /// 3343 for a file of which not even the header is left.
+    void repair(FileSystem& files, const OpenRequest& request,
+                const ProblemSink& report) const override;
 };
 
 }  // namespace velnor::jet

@@ -22,7 +22,12 @@ TableDef readTableDef(JetFile& file, PageNumber page)
 }  // namespace
 
 JetTable::JetTable(JetFile& file, PageNumber definition, std::string name)
-    : file_(file), name_(std::move(name)), def_(readTableDef(file, definition)),
+    : JetTable(file, readTableDef(file, definition), std::move(name))
+{
+}
+
+JetTable::JetTable(JetFile& file, TableDef definition, std::string name)
+    : file_(file), name_(std::move(name)), def_(std::move(definition)),
       plan_(file.format(), file.codePage(), def_), owned_(std::in_place, file, def_.ownedMap),
       space_(std::in_place, file, def_.spaceMap)
 {

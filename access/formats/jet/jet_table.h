@@ -39,6 +39,8 @@ class JetTable {
 public:
     /// 3274 when the definition is damaged.
     JetTable(JetFile& file, PageNumber definition, std::string name);
+    /// A table whose definition is given: that of the file is damaged.
+    JetTable(JetFile& file, TableDef definition, std::string name);
     JetTable(const JetTable&) = delete;
     JetTable& operator=(const JetTable&) = delete;
 

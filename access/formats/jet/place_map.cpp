@@ -7,7 +7,7 @@ void PlaceMap::beginPage(PageNumber oldPage)
     if (oldPage >= placeOfPage_.size())
         placeOfPage_.resize(oldPage + 1u, kNone);
     placeOfPage_[oldPage] = static_cast<std::uint32_t>(oldPages_.size());
-    oldPages_.push_back({{}, records_, static_cast<std::uint32_t>(newPages_.size())});
+    oldPages_.push_back({{}, records_, static_cast<std::uint32_t>(newPages_.size()), true});
 }
 
 void PlaceMap::add(int oldSlot, RowPointer placed)
@@ -18,6 +18,7 @@ void PlaceMap::add(int oldSlot, RowPointer placed)
     if (page.slots.none())
         page.newPage = static_cast<std::uint32_t>(newPages_.size() - 1);
     page.slots.set(static_cast<std::size_t>(oldSlot));
+    page.dense = page.dense && records_ - page.first == static_cast<std::uint32_t>(oldSlot);
     ++records_;
 }
 
@@ -28,7 +29,8 @@ std::optional<RowPointer> PlaceMap::find(RowPointer old) const
     const OldPage& page = oldPages_[placeOfPage_[old.page]];
     if (!page.slots.test(old.slot))
         return std::nullopt;
-    const auto before = (page.slots << (page.slots.size() - old.slot)).count();
+    const std::size_t before =
+        page.dense ? old.slot : (page.slots << (page.slots.size() - old.slot)).count();
     const std::uint32_t record = page.first + static_cast<std::uint32_t>(before);
     std::size_t at = page.newPage;
     while (at + 1 < newPages_.size() && newPages_[at + 1].first <= record)

@@ -32,6 +32,7 @@ private:
         std::bitset<256> slots;
         std::uint32_t first = 0;    // number of its first record in the copy
         std::uint32_t newPage = 0;  // that record's place in newPages_
+        bool dense = true;          // no slot in front of a record is empty
     };
     struct NewPage {
         PageNumber number = 0;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "access/formats/jet/catalog.h"
 #include "access/formats/jet/data_page.h"
 #include "access/formats/jet/definition_gaps.h"
+#include "access/formats/jet/text_compression.h"
 #include "access/storage/byte_reader.h"
 
 namespace velnor::jet {
@@ -28,8 +30,8 @@ TableCopy::TableCopy(JetTable& from, JetFile& to, PageNumber newDefinition, MapR
                      const std::function<PageNumber(PageNumber)>& newPageOf,
                      const TableCopyOptions& options)
     : from_(from), file_(to), options_(options),
-      laidAnew_(hasGaps(from.def()) && fitsWithoutGaps(from)), reader_(from.plan()),
-      places_(from.file().pageCount())
+      laidAnew_(!options.salvage && hasGaps(from.def()) && fitsWithoutGaps(from)),
+      reader_(from.plan()), places_(from.file().pageCount())
 {
     define(newDefinition, maps, newPageOf);
     filler_ = std::make_unique<RowFiller>(*to_);
@@ -45,13 +47,11 @@ TableCopy::TableCopy(JetTable& from, JetFile& to, PageNumber newDefinition, MapR
         longs_.push_back(std::move(field));
     }
     if (options.numbers)
-        for (std::size_t i = 0; i < from.plan().fields.size(); ++i)
-            if (from.def().columns[static_cast<std::size_t>(from.plan().fields[i].column)].name ==
-                options.numbers->field)
-                numberField_ = static_cast<int>(i);
+        numberField_ = fieldNamed(from, options.numbers->field);
     without_.assign(to_->def().realIndexes.size(), 0);
     for (const RealIndex& index : to_->def().realIndexes)
         countsNulls_ = countsNulls_ || index.ignoreNulls();
+    plain_ = longs_.empty() && !options.numbers && !laidAnew_ && !countsNulls_ && !options.salvage;
 }
 
 TableCopy::~TableCopy() = default;
@@ -65,17 +65,14 @@ void TableCopy::define(PageNumber page, MapRecords& maps,
     def.recordCount = 0;
     def.ownedMap = maps.add();
     def.spaceMap = maps.add();
-    for (LongValueMaps& value : def.longValues) {
-        value.owned = maps.add();
-        value.space = maps.add();
-    }
-    for (RealIndex& index : def.realIndexes) {
-        index.map = maps.add();
-        index.root = file_.allocate();
-        UsageMap map(file_, index.map);
-        map.add(index.root);
-        IndexTree(file_, &map, index.root, page).clearRoot();
-    }
+    def.longValues.clear();
+    for (const Column& column : def.columns)
+        if (column.longValue()) {
+            const RowPointer owned = maps.add();
+            def.longValues.push_back({column.id, owned, maps.add()});
+        }
+    for (RealIndex& index : def.realIndexes)
+        layIndex(file_, maps, page, index);
     for (LogicalIndex& index : def.logicalIndexes)
         if (index.relation != RelationKind::None)
             index.otherTable = newPageOf(index.otherTable);
@@ -88,6 +85,7 @@ void TableCopy::run()
     copyRecords();
     for (int real = 0; real < to_->indexCount(); ++real)
         copyIndex(real);
+    dropLostIndexes();
     if (definitionChanged_)
         writeTableChain(file_, buildTableDef(to_->def(), file_.names()), to_->def().chain);
     to_->countsChanged();
@@ -95,8 +93,7 @@ void TableCopy::run()
     if (lostRecords_ > 0)
         note(std::to_string(lostRecords_) + " records could not be read and are lost.", false);
     if (lostValues_ > 0)
-        note(std::to_string(lostValues_) + " memo or OLE values could not be read; they are empty.",
-             false);
+        note(std::to_string(lostValues_) + " values could not be read; they are Null now.", false);
 }
 
 void TableCopy::note(const std::string& text, bool harmless)
@@ -116,7 +113,9 @@ void TableCopy::copyRecords()
     if (options_.salvage)
         copyStrays();
     filler_->finish();
-    to_->def().recordCount = places_.records();
+    to_->def().recordCount = static_cast<std::uint32_t>(records_);
+    if (largestNumber_ > to_->def().lastAutonumber)
+        to_->def().lastAutonumber = static_cast<std::int32_t>(largestNumber_);
 }
 
 void TableCopy::copyPage(PageNumber number)
@@ -184,9 +183,8 @@ void TableCopy::lost(RowPointer place, const char* why)
 /// `stray`: no old place leads to it.
 void TableCopy::copyRecord(int slot, Bytes row, bool stray)
 {
-    const bool plain = longs_.empty() && !options_.numbers && !laidAnew_ && !countsNulls_;
     RowPointer placed;
-    if (plain && !options_.salvage) {
+    if (plain_) {
         placed = filler_->add(row);
     } else {
         row_.assign(row.begin(), row.end());
@@ -194,11 +192,17 @@ void TableCopy::copyRecord(int slot, Bytes row, bool stray)
             return lost({}, "it is cut short");
         if (options_.numbers && !renumber(row_))
             return;
-        const bool whole = moveLongValues() && (!options_.salvage || reader_.sound());
-        placed = filler_->add(laidAnew_ || !whole ? laidAnew() : patched());
+        moveLongValues();
+        if (options_.salvage)
+            lookAtFields();
+        const auto bytes = laidAnew_ || options_.salvage ? laidAnew() : patched();
+        if (bytes.empty())
+            return lost({}, "it is too large");
+        placed = filler_->add(bytes);
         if (countsNulls_)
             countNulls();
     }
+    ++records_;
     if (!stray)
         places_.add(slot, placed);
 }
@@ -208,14 +212,12 @@ bool TableCopy::renumber(std::vector<std::uint8_t>& row)
 {
     const auto stored = numberField_ < 0 ? std::nullopt : reader_.raw(numberField_);
     if (!stored || stored->size() < 4)
-        return true;
+        return !options_.salvage;  // an object without a number is none
     std::string scratch;
     const auto others = [&](const char* name) {
-        for (std::size_t i = 0; i < from_.plan().fields.size(); ++i)
-            if (from_.def().columns[static_cast<std::size_t>(from_.plan().fields[i].column)].name ==
-                name)
-                return reader_.value(static_cast<int>(i), scratch);
-        return ValueView::null();
+        const int field = fieldNamed(from_, name);
+        const bool readable = field >= 0 && (!options_.salvage || soundField(field));
+        return readable ? reader_.value(field, scratch) : ValueView::null();
     };
     const auto number = options_.numbers->renumber(loadLE<std::int32_t>(stored->data()), others);
     if (!number)
@@ -224,38 +226,46 @@ bool TableCopy::renumber(std::vector<std::uint8_t>& row)
     return true;
 }
 
-/// False when a value could not be read: it is then left out.
-bool TableCopy::moveLongValues()
+void TableCopy::moveLongValues()
 {
-    bool whole = true;
     for (LongField& field : longs_)
-        whole = moveLongValue(field) && whole;
-    return whole;
+        moveLongValue(field);
 }
 
-bool TableCopy::moveLongValue(LongField& field)
+/// One that cannot be read is left out.
+void TableCopy::moveLongValue(LongField& field)
 {
     const auto stored = reader_.raw(field.field);
     field.present = stored.has_value();
     if (!stored)
-        return true;
+        return;
     field.at = static_cast<std::size_t>(stored->data() - row_.data());
     const auto header = LongValueHeader::read(*stored);
     if (header && header->kind == LongValueKind::Inline &&
-        stored->size() - LongValueHeader::kBytes >= header->length) {
+        stored->size() - LongValueHeader::kBytes >= header->length &&
+        acceptable(field.field, stored->subspan(LongValueHeader::kBytes, header->length))) {
         field.stored.assign(reinterpret_cast<const char*>(stored->data()), stored->size());
-        return true;
+        return;
     }
     const auto bytes = readLongValue(from_.file(), *stored, gathered_);
-    if (bytes && field.target) {
+    if (bytes && field.target && acceptable(field.field, *bytes)) {
         field.target->write(*bytes, bytes->size(), false, field.stored);
-        return true;
+        return;
     }
     if (!options_.salvage)
         damaged("a memo or OLE value");
     field.present = false;
     ++lostValues_;
-    return false;
+}
+
+/// Salvage: whether a value that can be read makes sense.
+bool TableCopy::acceptable(int field, Bytes value) const
+{
+    if (!options_.makesSense)
+        return true;
+    const FieldPlan& plan = from_.plan().fields[static_cast<std::size_t>(field)];
+    return options_.makesSense(from_.def().columns[static_cast<std::size_t>(plan.column)].name,
+                               value);
 }
 
 /// The record with the new places of its long values.
@@ -281,11 +291,49 @@ TableCopy::Bytes TableCopy::laidAnew()
                                     value.stored.size()});
         } else if (fields[static_cast<std::size_t>(i)].type == column_type::kBoolean) {
             buffer_->set(i, ValueView::boolean(!reader_.isNull(i)));
-        } else if (const auto raw = reader_.raw(i)) {
+        } else if (const auto raw = reader_.raw(i); raw && (!options_.salvage || soundField(i))) {
             buffer_->setRaw(i, *raw);
         }
     }
+    // Of a damaged record written before fields were added: with them it may have no room.
+    if (options_.salvage && buffer_->size() > static_cast<std::size_t>(file_.format().row.maxBytes))
+        return {};
     return buffer_->build();
+}
+
+/// Salvage: counts what cannot be read, and keeps automatic numbers from being given twice.
+void TableCopy::lookAtFields()
+{
+    for (int i = 0; i < static_cast<int>(from_.plan().fields.size()); ++i) {
+        const FieldPlan& plan = from_.plan().fields[static_cast<std::size_t>(i)];
+        if (!soundField(i)) {
+            ++lostValues_;
+            continue;
+        }
+        const bool number = plan.type == column_type::kLong &&
+                            from_.def().columns[static_cast<std::size_t>(plan.column)].autonumber();
+        if (const auto raw = number ? reader_.raw(i) : std::nullopt)
+            largestNumber_ =
+                std::max<std::int64_t>(largestNumber_, loadLE<std::int32_t>(raw->data()));
+    }
+}
+
+/// Long values are looked at where they are moved.
+bool TableCopy::soundField(int field)
+{
+    const FieldPlan& plan = from_.plan().fields[static_cast<std::size_t>(field)];
+    if (reader_.isNull(field) || plan.type == column_type::kBoolean || plan.longValue())
+        return true;
+    const auto raw = reader_.raw(field);
+    if (!raw)
+        return false;
+    if (plan.type == column_type::kBinary)
+        return raw->size() <= plan.length;
+    if (plan.type != column_type::kText)
+        return !reader_.value(field, gathered_).isNull();
+    if (!from_.file().format().wideText || raw->size() <= plan.length / 2u)
+        return raw->size() <= plan.length;
+    return 2 * utf16Length(decodeText(*raw, gathered_)) <= plan.length;
 }
 
 void TableCopy::countNulls()

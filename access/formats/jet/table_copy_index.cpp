@@ -1,6 +1,8 @@
 // The indexes of a table that is copied.
 #include <algorithm>
 
+#include "access/formats/jet/definition_repair.h"
+#include "access/formats/jet/index_rules.h"
 #include "access/formats/jet/jet_cursor.h"
 #include "access/formats/jet/table_copy.h"
 
@@ -31,7 +33,22 @@ void TableCopy::copyIndex(int real)
         return;
     if (!options_.salvage)
         damaged("its index \"" + indexName(real) + "\", whose sort order is not supported");
-    lostIndexes_.push_back(indexName(real));
+    lostIndexes_.push_back(static_cast<std::uint32_t>(real));
+}
+
+/// An empty index over records would hide them.
+void TableCopy::dropLostIndexes()
+{
+    for (auto real = lostIndexes_.rbegin(); real != lostIndexes_.rend(); ++real) {
+        TableDef& def = to_->def();
+        note("Its index \"" + indexName(static_cast<int>(*real)) +
+                 "\" is gone: the sort order of its keys is not supported.",
+             false);
+        to_->index(static_cast<int>(*real)).tree->release();
+        releaseMap(file_, def.realIndexes[*real].map);
+        dropRealIndex(def, *real);
+        definitionChanged_ = true;
+    }
 }
 
 /// The old entries in their old order. False when they don't fit the records.
@@ -87,31 +104,50 @@ bool TableCopy::makeIndex(int real)
     RealIndex& def = to_->def().realIndexes[static_cast<std::size_t>(real)];
     KeyBuilder keys(!file_.format().wideText, &file_.codePage(), open.keyColumns);
     std::vector<ValueView> values(open.fields.size());
+    const KeyView allNull = keys.build(values);
+    const std::vector<std::uint8_t> nothing(allNull.begin(), allNull.end());
+    EntryRun run;
+    std::uint32_t nulls = 0;
     PhysicalCursor cursor(to_);
-    std::uint32_t entries = 0, repeated = 0, nulls = 0;
     for (bool on = cursor.first(); on; on = cursor.next()) {
         for (std::size_t i = 0; i < values.size(); ++i)
             values[i] = open.fields[i] < 0 ? ValueView::null() : cursor.field(open.fields[i]);
         const KeyView key = keys.build(values);
-        if (!keys.sure()) {
-            open.tree->clear();
+        if (!keys.sure())
             return false;
-        }
-        if (def.ignoreNulls() && keys.allNull())
-            continue;
-        repeated += !keys.allNull() && open.tree->find(key).has_value();
         nulls += keys.nulls() > 0;
-        open.tree->insert(key, pointerOf(cursor.row()));
-        ++entries;
+        if (takesKey(def, keys))
+            run.add(key, pointerOf(cursor.row()));
     }
-    def.entries = entries;
-    def.distinct = entries - repeated;
-    if (def.unique() && repeated > 0)
-        loosen(real, index_flag::kUnique, repeated, "have a key that another has, too");
+    buildFrom(run, real, nothing);
     if (def.required() && nulls > 0)
         loosen(real, index_flag::kRequired, nulls, "have Null in its key");
     options_.breathe();
     return true;
+}
+
+/// `nothing` is the key of Nulls alone, which may repeat.
+void TableCopy::buildFrom(EntryRun& run, int real, KeyView nothing)
+{
+    RealIndex& def = to_->def().realIndexes[static_cast<std::size_t>(real)];
+    std::vector<std::uint8_t> before;
+    std::uint32_t entries = 0, distinct = 0, repeated = 0;
+    const EntrySource sorted = run.sorted();
+    to_->index(real).tree->build([&] {
+        auto entry = sorted();
+        if (entry) {
+            const bool again = entries > 0 && std::ranges::equal(before, entry->key);
+            repeated += again && !std::ranges::equal(nothing, entry->key);
+            distinct += !again;
+            before.assign(entry->key.begin(), entry->key.end());
+            ++entries;
+        }
+        return entry;
+    });
+    def.entries = entries;
+    def.distinct = distinct;
+    if (def.unique() && repeated > 0)
+        loosen(real, index_flag::kUnique, repeated, "have a key that another has, too");
 }
 
 /// Records are worth more than a rule that they break: the index no longer asks for it.
