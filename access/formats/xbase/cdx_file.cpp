@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "access/engine_error.h"
+#include "access/formats/xbase/cdx_leaf.h"
 #include "access/formats/xbase/index_tree.h"
 #include "access/storage/byte_reader.h"
 
@@ -42,7 +43,8 @@ std::string_view headerText(std::string_view bytes)
 class CdxNodes final : public NodeStore {
 public:
     CdxNodes(CdxFile& file, std::uint32_t header, std::uint32_t keyLength, std::uint8_t pad)
-        : NodeStore(keyLength, true), file_(file), header_(header), pad_(pad)
+        : NodeStore(keyLength, true), file_(file), header_(header), pad_(pad),
+          packer_(keyLength, pad)
     {
     }
 
@@ -63,10 +65,26 @@ public:
 
     void store(const TreeNode& node) override
     {
-        CdxFile::NodeBytes bytes;
-        if (!encodeCdxNode(node, pad_, node.at == root(), bytes))
+        if (!storeIfFits(node))
             damaged("a node is too full");
-        file_.file_.writeAt(node.at, bytes);
+    }
+    bool storeIfFits(const TreeNode& node) override
+    {
+        CdxFile::NodeBytes bytes;
+        const bool there = encodeCdxNode(node, pad_, node.at == root(), bytes);
+        if (there)
+            file_.file_.writeAt(node.at, bytes);
+        return there;
+    }
+    bool insertsInLeaves() const override { return true; }
+    bool insertInLeaf(std::uint32_t at, const std::uint8_t* key, std::uint32_t record) override
+    {
+        CdxFile::NodeBytes bytes;
+        if (at < kCdxNodeBytes || file_.file_.readAt(at, bytes) != bytes.size() ||
+            !insertIntoCdxLeaf(bytes, keyLength_, pad_, key, record))
+            return false;
+        file_.file_.writeAt(at, bytes);
+        return true;
     }
 
     std::uint32_t allocate() override { return file_.allocate(); }
@@ -78,9 +96,23 @@ public:
         setRoot(kNoNode);
     }
 
-    std::size_t fill(const SortedEntries& entries, std::size_t first) const override
+    std::size_t fill(const SortedEntries& entries, std::size_t first) override
     {
-        return cdxLeafFill(entries, first, pad_);
+        packer_.begin();
+        std::size_t i = first;
+        while (i < entries.count &&
+               packer_.add(entries.key(i), i > first ? entries.key(i - 1) : nullptr,
+                           entries.records[i]))
+            ++i;
+        return i - first;
+    }
+    void storeFilled(const SortedEntries& entries, std::size_t first, std::size_t,
+                     TreeNode& leaf) override
+    {
+        CdxFile::NodeBytes bytes;
+        packer_.write(entries.key(first), entries.records + first, bytes);
+        putCdxHead(leaf, leaf.at == root(), bytes);
+        file_.file_.writeAt(leaf.at, bytes);
     }
     std::size_t mostChildren() const override { return cdxMostItems(keyLength_); }
     std::uint64_t mostNodes() const override { return file_.file_.size() / kCdxNodeBytes + 2; }
@@ -89,6 +121,7 @@ private:
     CdxFile& file_;
     std::uint32_t header_;
     std::uint8_t pad_;
+    CdxLeafPacker packer_;
 };
 
 std::uint32_t CdxFile::number(std::uint64_t at)
@@ -115,7 +148,7 @@ void CdxFile::create()
     file_.writeAt(0, head);
     CdxNodes nodes(*this, 0, kNameLength, ' ');
     setNumber(kRootAt, kNoNode);
-    IndexTree(nodes).build({kNameLength, nullptr, nullptr, 0});
+    IndexTree(nodes).buildEmpty();
 }
 
 std::uint32_t CdxFile::extend(std::size_t bytes)

@@ -20,8 +20,8 @@ void decodeCdxNode(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint
 bool encodeCdxNode(const TreeNode& node, std::uint8_t pad, bool root,
                    std::span<std::uint8_t, kCdxNodeBytes> bytes);
 bool cdxNodeFits(const TreeNode& node, std::uint8_t pad);
-/// How many entries from `first` on fit into one leaf; at least 1.
-std::size_t cdxLeafFill(const SortedEntries& entries, std::size_t first, std::uint8_t pad);
+/// What stands in front of the entries, but for their number.
+void putCdxHead(const TreeNode& node, bool root, std::span<std::uint8_t, kCdxNodeBytes> bytes);
 std::size_t cdxMostItems(std::uint32_t keyLength);
 
 }  // namespace velnor::xbase

@@ -18,6 +18,21 @@ void EntryList::clear()
     records_.clear();
 }
 
+void EntryList::eraseFront(std::size_t entries)
+{
+    keys_.erase(keys_.begin(), keys_.begin() + static_cast<std::ptrdiff_t>(entries * keyLength_));
+    records_.erase(records_.begin(), records_.begin() + static_cast<std::ptrdiff_t>(entries));
+}
+
+bool ListedEntries::more(EntryList& into)
+{
+    constexpr std::size_t kAtOnce = 2048;
+    const std::size_t end = std::min(list_.count(), at_ + kAtOnce);
+    for (; at_ < end; ++at_)
+        into.add(list_.key(at_), list_.record(at_));
+    return at_ < list_.count();
+}
+
 bool EntryList::before(std::size_t a, std::size_t b) const
 {
     const int by = std::memcmp(key(a), key(b), keyLength_);

@@ -23,8 +23,10 @@ public:
         keys_.insert(keys_.end(), key, key + keyLength_);
         records_.push_back(record);
     }
+    void setRecord(std::size_t i, std::uint32_t record) { records_[i] = record; }
     void reserve(std::size_t entries);
     void clear();
+    void eraseFront(std::size_t entries);
     /// By key, then by record.
     void sort();
     /// Takes in the entries of another sorted list.
@@ -45,6 +47,25 @@ private:
     std::uint32_t keyLength_;
     std::vector<std::uint8_t> keys_;
     std::vector<std::uint32_t> records_;
+};
+
+/// Rising entries, some at a time.
+class EntrySource {
+public:
+    virtual ~EntrySource() = default;
+    /// Adds the next ones to a list; false when there are no more.
+    virtual bool more(EntryList& into) = 0;
+};
+
+/// The entries of a sorted list.
+class ListedEntries final : public EntrySource {
+public:
+    explicit ListedEntries(const EntryList& list) : list_(list) {}
+    bool more(EntryList& into) override;
+
+private:
+    const EntryList& list_;
+    std::size_t at_ = 0;
 };
 
 }  // namespace velnor::xbase

@@ -44,4 +44,12 @@ void TreeNode::takeKeys(const TreeNode& from, std::size_t first, std::size_t num
     records.assign(from.records.begin() + step(first), from.records.begin() + step(first + number));
 }
 
+void NodeStore::storeFilled(const SortedEntries& entries, std::size_t first, std::size_t count,
+                            TreeNode& leaf)
+{
+    leaf.keys.assign(entries.key(first), entries.key(first + count));
+    leaf.records.assign(entries.records + first, entries.records + first + count);
+    store(leaf);
+}
+
 }  // namespace velnor::xbase

@@ -64,12 +64,27 @@ public:
     virtual void load(std::uint32_t at, TreeNode& node) = 0;
     virtual bool fits(const TreeNode& node) const = 0;
     virtual void store(const TreeNode& node) = 0;
+    /// Stores it when it fits.
+    virtual bool storeIfFits(const TreeNode& node)
+    {
+        const bool there = fits(node);
+        if (there)
+            store(node);
+        return there;
+    }
+    /// Enters a key into the leaf at a place, in front of others. False, and nothing is changed,
+    /// where that does not go without decoding the leaf.
+    virtual bool insertInLeaf(std::uint32_t, const std::uint8_t*, std::uint32_t) { return false; }
+    virtual bool insertsInLeaves() const { return false; }
     virtual std::uint32_t allocate() = 0;
     virtual void release(std::uint32_t at) = 0;
     /// All nodes of this tree at once; the root is then kNoNode.
     virtual void releaseAll(std::span<const std::uint32_t> nodes) = 0;
     /// How many entries from `first` on fill a leaf.
-    virtual std::size_t fill(const SortedEntries& entries, std::size_t first) const = 0;
+    virtual std::size_t fill(const SortedEntries& entries, std::size_t first) = 0;
+    /// Stores as many entries from `first` on as fill() has just said; `leaf`: place and siblings.
+    virtual void storeFilled(const SortedEntries& entries, std::size_t first, std::size_t count,
+                             TreeNode& leaf);
     /// Children of a full inner node.
     virtual std::size_t mostChildren() const = 0;
     /// More nodes than there can be: ends every walk.

@@ -24,7 +24,7 @@ public:
     std::uint32_t allocate() override { none(); }
     void release(std::uint32_t) override {}
     void releaseAll(std::span<const std::uint32_t>) override {}
-    std::size_t fill(const SortedEntries&, std::size_t) const override { return 1; }
+    std::size_t fill(const SortedEntries&, std::size_t) override { return 1; }
     std::size_t mostChildren() const override { return 2; }
     std::uint64_t mostNodes() const override { return 0; }
 

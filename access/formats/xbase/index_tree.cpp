@@ -16,12 +16,14 @@ std::ptrdiff_t step(std::size_t n)
 
 bool IndexTree::contains(const std::uint8_t* key, std::uint32_t record)
 {
+    loaded_ = 0;
     return path_.seekEntry(key, record);
 }
 
 std::uint32_t IndexTree::find(const std::uint8_t* key)
 {
     const std::uint32_t length = store_.keyLength();
+    loaded_ = 0;
     const bool there = path_.seek(key, length) && std::memcmp(path_.key(), key, length) == 0;
     return there ? path_.record() : 0;
 }
@@ -47,8 +49,41 @@ void IndexTree::raise(std::size_t from, bool onlyUp)
     }
 }
 
+/// The node of level n at a place, and of its children the one where an entry belongs.
+std::uint32_t IndexTree::childFor(std::size_t n, std::uint32_t at, const std::uint8_t* key,
+                                  std::uint32_t record)
+{
+    if (n >= loaded_ || level(n).node.at != at) {
+        store_.load(at, level(n).node);
+        loaded_ = n + 1;
+        if (level(n).node.leaf || level(n).node.children.empty())
+            return kNoNode;
+    }
+    const TreeNode& node = level(n).node;
+    const std::size_t place = path_.place(node, key, store_.keyLength(), record, true);
+    return node.children[std::min(place, node.children.size() - 1)];
+}
+
+/// The usual case, without decoding the leaf: entries that come in order find the levels above it
+/// loaded by the one before.
+bool IndexTree::insertInLeaf(const std::uint8_t* key, std::uint32_t record)
+{
+    if (leafDepth_ == 0 || !store_.insertsInLeaves())
+        return false;
+    std::uint32_t at = store_.root();
+    for (std::size_t n = 0; n + 1 < leafDepth_; ++n) {
+        at = childFor(n, at, key, record);
+        if (at == kNoNode)
+            return false;
+    }
+    return store_.insertInLeaf(at, key, record);
+}
+
 void IndexTree::insert(const std::uint8_t* key, std::uint32_t record)
 {
+    if (insertInLeaf(key, record))
+        return;
+    loaded_ = 0;
     // Among equal keys without order by record the place behind all of them keeps numbers rising.
     path_.down(key, store_.keyLength(), store_.recordsAreOrdered() ? record : 0, true);
     Level& leaf = level(path_.depth_ - 1);
@@ -60,6 +95,7 @@ void IndexTree::insert(const std::uint8_t* key, std::uint32_t record)
     if (leaf.index + 1 == leaf.node.count() && store_.lastChildHasKey())
         raise(path_.depth_ - 1, true);
     settle();
+    leafDepth_ = path_.depth_;
 }
 
 /// Stores what changed, from the leaf up; nodes that got too full are split.
@@ -68,10 +104,8 @@ void IndexTree::settle()
     for (std::size_t n = path_.depth_; n-- > 0;) {
         if (!level(n).changed)
             continue;
-        if (store_.fits(level(n).node)) {
-            store_.store(level(n).node);
+        if (store_.storeIfFits(level(n).node))
             continue;
-        }
         if (n == 0) {
             growRoot();
             ++n;
@@ -194,6 +228,7 @@ void IndexTree::split(std::size_t n)
 
 bool IndexTree::erase(const std::uint8_t* key, std::uint32_t record)
 {
+    loaded_ = leafDepth_ = 0;
     if (!path_.seekEntry(key, record))
         return false;
     const std::size_t n = path_.depth_ - 1;
@@ -376,41 +411,89 @@ void IndexTree::buildLevel(std::vector<TreeNode>& below)
     below = std::move(made);
 }
 
-void IndexTree::build(const SortedEntries& entries)
+void IndexTree::buildEmpty()
 {
+    const EntryList none(store_.keyLength());
+    ListedEntries entries(none);
+    build(entries);
+}
+
+namespace {
+
+/// So many entries of a source that the next leaf can be filled from them.
+class BuildWindow {
+public:
+    BuildWindow(EntrySource& source, std::uint32_t keyLength) : source_(source), list_(keyLength) {}
+
+    void refill()
+    {
+        constexpr std::size_t kMostInLeaf = 512, kEntries = 4096;
+        if (end_ || list_.count() - from_ >= kMostInLeaf)
+            return;
+        list_.eraseFront(from_);
+        from_ = 0;
+        while (!end_ && list_.count() < kEntries)
+            end_ = !source_.more(list_);
+    }
+    SortedEntries entries() const { return list_.sorted(); }
+    std::size_t from() const { return from_; }
+    void take(std::size_t entries) { from_ += entries; }
+    bool isEmpty() const { return from_ == list_.count(); }
+
+private:
+    EntrySource& source_;
+    EntryList list_;
+    std::size_t from_ = 0;
+    bool end_ = false;
+};
+
+}  // namespace
+
+std::uint64_t IndexTree::build(EntrySource& source)
+{
+    loaded_ = leafDepth_ = 0;
     if (store_.root() != kNoNode)
         drop();
+    BuildWindow window(source, store_.keyLength());
+    window.refill();
     std::vector<TreeNode> level;
     TreeNode leaf;
-    leaf.keyLength = entries.keyLength;
+    leaf.keyLength = store_.keyLength();
     leaf.at = store_.allocate();
-    store_.setRoot(entries.count == 0 ? leaf.at : kNoNode);
+    store_.setRoot(window.isEmpty() ? leaf.at : kNoNode);
     std::uint32_t before = kNoNode;
-    std::size_t from = 0;
+    std::uint64_t all = 0;
     do {
-        const std::size_t number = entries.count ? store_.fill(entries, from) : 0;
-        leaf.keys.assign(entries.key(from), entries.key(from + number));
-        leaf.records.assign(entries.records + from, entries.records + from + number);
-        from += number;
-        const std::uint32_t following = from < entries.count ? store_.allocate() : kNoNode;
+        const SortedEntries entries = window.entries();
+        const std::size_t from = window.from();
+        const std::size_t number = window.isEmpty() ? 0 : store_.fill(entries, from);
+        TreeNode last;
+        last.at = leaf.at;
+        last.keyLength = leaf.keyLength;
+        if (number)
+            last.insertKey(0, entries.key(from + number - 1), entries.records[from + number - 1]);
+        const bool behind = from + number < entries.count;
+        const std::uint32_t following = behind ? store_.allocate() : kNoNode;
         if (store_.linksSiblings()) {
             leaf.left = before;
             leaf.right = following;
         }
         if (level.empty() && following == kNoNode)
             store_.setRoot(leaf.at);
-        store_.store(leaf);
-        TreeNode last;
-        last.at = leaf.at;
-        last.keyLength = leaf.keyLength;
         if (number)
-            last.insertKey(0, leaf.key(number - 1), leaf.records.back());
+            store_.storeFilled(entries, from, number, leaf);
+        else
+            store_.store(leaf);
         level.push_back(std::move(last));
         before = leaf.at;
         leaf.at = following;
-    } while (from < entries.count);
+        all += number;
+        window.take(number);
+        window.refill();
+    } while (!window.isEmpty());
     while (level.size() > 1)
         buildLevel(level);
+    return all;
 }
 
 }  // namespace velnor::xbase

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "access/formats/xbase/entry_list.h"
 #include "access/formats/xbase/index_node.h"
 
 namespace velnor::xbase {
@@ -73,8 +74,9 @@ public:
     void insert(const std::uint8_t* key, std::uint32_t record);
     /// False when there is no such entry.
     bool erase(const std::uint8_t* key, std::uint32_t record);
-    /// Puts these entries in place of all that the tree has.
-    void build(const SortedEntries& entries);
+    /// Puts these entries in place of all that the tree has; gives their number.
+    std::uint64_t build(EntrySource& entries);
+    void buildEmpty();
     /// Gives all nodes back; the tree has no root afterwards.
     void drop();
 
@@ -82,6 +84,9 @@ private:
     using Level = TreeWalker::Level;
 
     Level& level(std::size_t n) { return path_.levels_[n]; }
+    bool insertInLeaf(const std::uint8_t* key, std::uint32_t record);
+    std::uint32_t childFor(std::size_t n, std::uint32_t at, const std::uint8_t* key,
+                           std::uint32_t record);
     void raise(std::size_t from, bool onlyUp);
     void settle();
     void split(std::size_t n);
@@ -101,6 +106,10 @@ private:
     NodeStore& store_;
     TreeWalker path_;
     std::size_t inserted_ = 0;
+    // While entries only come into leaves: how deep these are, and how many levels of the last way
+    // down are still as they were loaded.
+    std::size_t leafDepth_ = 0;
+    std::size_t loaded_ = 0;
 };
 
 }  // namespace velnor::xbase

@@ -99,7 +99,7 @@ public:
         file_.setNumber(header_ + kOwnPagesAt, 0);
     }
 
-    std::size_t fill(const SortedEntries& entries, std::size_t first) const override
+    std::size_t fill(const SortedEntries& entries, std::size_t first) override
     {
         return std::min<std::size_t>(fillKeys_, entries.count - first);
     }

@@ -81,7 +81,7 @@ public:
         file_.setNumber(kPagesAt, 1);
     }
 
-    std::size_t fill(const SortedEntries& entries, std::size_t first) const override
+    std::size_t fill(const SortedEntries& entries, std::size_t first) override
     {
         return std::min<std::size_t>(shape_.mostKeys, entries.count - first);
     }

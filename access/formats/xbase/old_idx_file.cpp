@@ -38,7 +38,7 @@ public:
     std::uint32_t allocate() override { onlyRead(); }
     void release(std::uint32_t) override { onlyRead(); }
     void releaseAll(std::span<const std::uint32_t>) override { onlyRead(); }
-    std::size_t fill(const SortedEntries&, std::size_t) const override { return 1; }
+    std::size_t fill(const SortedEntries&, std::size_t) override { return 1; }
     std::size_t mostChildren() const override { return (kCdxNodeBytes - 12) / (keyLength_ + 4); }
     std::uint64_t mostNodes() const override { return file_.size() / kCdxNodeBytes + 2; }
 

@@ -4,6 +4,7 @@
 
 #include "access/engine_error.h"
 #include "access/formats/xbase/dbf_table.h"
+#include "access/formats/xbase/entry_sorter.h"
 
 namespace velnor::xbase {
 namespace {
@@ -98,8 +99,7 @@ void TableIndex::verify()
     }
 }
 
-/// Whether the record with this key is deleted: its entry then makes room.
-bool TableIndex::replacesDeleted(std::uint32_t number)
+bool TableIndex::isDeleted(std::uint32_t number)
 {
     std::vector<std::uint8_t> image(table_.header().recordLength);
     table_.readRecords(number, 1, image);
@@ -126,7 +126,7 @@ void TableIndex::before(std::uint32_t number, RecordImage oldImage, RecordImage 
     const std::uint32_t equal = tree_.find(newKey_.data());
     if (equal == 0 || equal == number)
         return;
-    if (equal > table_.count() || replacesDeleted(equal))
+    if (equal > table_.count() || isDeleted(equal))
         replaced_ = equal;
     else if (tag_.refusesEqual)
         throw EngineError(EngineErrorNumber::DuplicateKey,
@@ -164,15 +164,15 @@ void TableIndex::flush()
     EntryList added(keyLength());
     std::swap(added, pending_);
     added.sort();
-    if (added.count() > kFewEntries && added.count() > entries_ / 8) {
+    if (added.count() > kFewEntries && added.count() > entries_ / 4) {
         EntryList all(keyLength());
         all.reserve(static_cast<std::size_t>(entries_) + added.count());
         TreeWalker walker(*nodes_);
         for (bool on = walker.first(); on; on = walker.next())
             all.add(walker.key(), walker.record());
         all.merge(added);
-        tree_.build(all.sorted());
-        entries_ = all.count();
+        ListedEntries entries(all);
+        entries_ = tree_.build(entries);
         return;
     }
     for (std::size_t i = 0; i < added.count(); ++i)
@@ -180,34 +180,68 @@ void TableIndex::flush()
     entries_ += added.count();
 }
 
-/// Of records with one key the first that is not deleted stays.
-void TableIndex::dropEqual(EntryList& entries)
-{
-    EntryList kept(keyLength());
-    for (std::size_t i = 0; i < entries.count();) {
-        std::size_t end = i + 1, chosen = i;
-        while (end < entries.count() &&
-               std::equal(entries.key(i), entries.key(i) + keyLength(), entries.key(end)))
-            ++end;
-        int live = 0;
-        for (std::size_t j = i; end - i > 1 && j < end; ++j)
-            if (!replacesDeleted(entries.record(j)) && ++live == 1)
-                chosen = j;
-        if (live > 1 && tag_.refusesEqual)
-            throw EngineError(EngineErrorNumber::DuplicateKey,
-                              "Two records have one key in the index " + tag_.name + ".");
-        kept.add(entries.key(chosen), entries.record(chosen));
-        i = end;
+/// Of entries with one key the first whose record is not deleted stays.
+class TableIndex::FirstOfEqual final : public EntrySource {
+public:
+    FirstOfEqual(TableIndex& index, EntrySource& all)
+        : index_(index), all_(all), list_(index.keyLength()), held_(index.keyLength())
+    {
     }
-    entries = std::move(kept);
-}
+
+    bool more(EntryList& into) override
+    {
+        list_.clear();
+        const bool goesOn = all_.more(list_);
+        for (std::size_t i = 0; i < list_.count(); ++i) {
+            if (!held_.empty() &&
+                std::memcmp(held_.key(0), list_.key(i), index_.keyLength()) == 0) {
+                meet(list_.record(i));
+                continue;
+            }
+            handOut(into);
+            held_.add(list_.key(i), list_.record(i));
+            liveHeld_ = met_ = false;
+        }
+        if (!goesOn)
+            handOut(into);
+        return goesOn;
+    }
+
+private:
+    void handOut(EntryList& into)
+    {
+        if (!held_.empty())
+            into.add(held_.key(0), held_.record(0));
+        held_.clear();
+    }
+
+    void meet(std::uint32_t record)
+    {
+        if (!met_)
+            liveHeld_ = !index_.isDeleted(held_.record(0));
+        met_ = true;
+        if (index_.isDeleted(record))
+            return;
+        if (liveHeld_ && index_.tag().refusesEqual)
+            throw EngineError(EngineErrorNumber::DuplicateKey,
+                              "Two records have one key in the index " + index_.tag().name + ".");
+        if (!liveHeld_)
+            held_.setRecord(0, record);
+        liveHeld_ = true;
+    }
+
+    TableIndex& index_;
+    EntrySource& all_;
+    EntryList list_, held_;
+    bool met_ = false;       // the held entry has met an equal one
+    bool liveHeld_ = false;  // known then: its record is not deleted
+};
 
 void TableIndex::build()
 {
     constexpr std::uint32_t kAtOnce = 256;
     const std::uint32_t length = table_.header().recordLength;
-    EntryList entries(keyLength());
-    entries.reserve(table_.count());
+    EntrySorter entries(table_.fileSystem(), table_.onDisk(table_.path()) + "-sort", keyLength());
     std::vector<std::uint8_t> block(std::size_t{kAtOnce} * length);
     std::array<std::uint8_t, kLongestKey> key;
     for (std::uint32_t first = 1; first <= table_.count(); first += kAtOnce) {
@@ -217,11 +251,8 @@ void TableIndex::build()
             if (keys_->make(block.data() + std::size_t{i} * length, first + i, key.data()))
                 entries.add(key.data(), first + i);
     }
-    entries.sort();
-    if (tag_.unique)
-        dropEqual(entries);
-    tree_.build(entries.sorted());
-    entries_ = entries.count();
+    FirstOfEqual firsts(*this, entries);
+    entries_ = tree_.build(tag_.unique ? static_cast<EntrySource&>(firsts) : entries);
     verified_ = changed_ = true;
 }
 

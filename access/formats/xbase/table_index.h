@@ -60,8 +60,9 @@ public:
 
 private:
     void verify();
-    bool replacesDeleted(std::uint32_t number);
-    void dropEqual(EntryList& entries);
+    class FirstOfEqual;
+    /// A deleted record makes room for another with its key.
+    bool isDeleted(std::uint32_t number);
     std::uint32_t keyLength() const { return tag_.keyLength; }
 
     DbfTable& table_;
