@@ -77,6 +77,8 @@ void fillUpcalls(Velnor1& window)
     upcalls().DisplayFile = [&](const QString& path) { window.DisplayFile(path); };
     upcalls().OpenwithOLE = [&](const QString& path) { window.OpenwithOLE(path); };
     upcalls().SaveFileAs = [](const QString& path) { SaveFileAs(path); };
+    upcalls().ShowHelp = [&](const QString& topic) { window.showHelp(topic); };
+    window.startSystemInformation = startSystemInformation;
     upcalls().EnableSelectMenus = [&] { window.EnableSelectMenus(); };
 }
 

@@ -45,7 +45,7 @@ QList<CopyCommand> CopyTab::commands()
         {"ID_mnuHelpwithCopy",
          "Help with Copy",
          "Help with Copying Records between From and To File",
-         {}},
+         [] { upcalls().ShowHelp("copy"); }},
     };
 }
 

@@ -10,6 +10,7 @@
 #include <QWidgetAction>
 
 #include "core/attempt.h"
+#include "core/upcalls.h"
 #include "windows/mdiform1.h"
 #include "windows/not_there_yet.h"
 
@@ -166,7 +167,9 @@ void MDIForm1::buildTools()
         later("ID_SendBtn", u"&Send..."_s, u"mail-send"_s, u"mail"_s),
         later("ID_ReceiveBtn", u"Recei&ve"_s, u"mail-receive"_s, u"mail"_s),
         toolLine(),
-        later("ID_HelpBtn", u"&Help"_s, u"help-contents"_s, u"the manual"_s),
+        {u"ID_HelpBtn"_s, u"&Help"_s, u"Help with tables"_s,
+         [this] { SHUTOFFCLICK_FLG ? void() : upcalls().ShowHelp(u"browser"_s); },
+         u"help-contents"_s, QKeySequence::HelpContents},
     };
     auto* bar = addToolBar(tr("Tools"));
     bar->setObjectName(u"ToolBarComp1"_s);

@@ -14,6 +14,9 @@
 #include <QVBoxLayout>
 
 #include "access/routing.h"
+#include "assist/about1.h"
+#include "assist/help_window.h"
+#include "assist/quik_tip1.h"
 #include "copy/copy_log.h"
 #include "core/attempt.h"
 #include "core/date_text.h"
@@ -66,6 +69,7 @@ Velnor1::Velnor1(QWidget* parent) : QMainWindow(parent)
 
 Velnor1::~Velnor1()
 {
+    closeAssistance();
     delete shell_.data();
 }
 
@@ -203,6 +207,8 @@ void Velnor1::Form_Activate()
     StepFolderList();
     if (databases_->folder().isEmpty())
         databases_->goToFolder(startFolder_);
+    if (globals().SHOW_TIPS)
+        showQuickTips();
     globals().MAIN_CAPTION = windowTitle();
 }
 

@@ -21,10 +21,13 @@ class QToolBar;
 
 namespace velnor {
 
+class About1;
 class CopyPlace;
 class DatabasesTab;
+class HelpWindow;
 class MDIForm1;
 class OptionsTab;
+class QuikTip1;
 
 class Velnor1 : public QMainWindow {
     Q_OBJECT
@@ -60,6 +63,13 @@ public:
     void LoadFolderList();
     /// Takes the explorer to the next working folder and filter; nothing when there is none.
     void StepFolderList();
+    /// Asks for this computer's name on the network, once; Cancel means that there is none.
+    void AskNetworkName();
+    void showHelp(const QString& topic);
+    void showQuickTips();
+    void showAbout();
+    /// Starts the desktop's program that tells about the machine; set by app/.
+    std::function<bool()> startSystemInformation = [] { return false; };
     void SetWinSize();
     void SetWinSizeVariables();
     void Timer1_Timer();
@@ -98,7 +108,9 @@ private:
     void closeSelectedWindow();
     void openWithAnother();
     void stepFolders();
-    void step(void (Velnor1::*procedure)());
+    void searchHelp();
+    void helpOnTab();
+    void closeAssistance();
     MDIForm1& loadShell();
 
     QList<MainTab*> tabs_;
@@ -108,6 +120,9 @@ private:
     CopyPlace* copy_;
     OptionsTab* options_;
     QPointer<MDIForm1> shell_;
+    QPointer<QuikTip1> quickTips_;
+    QPointer<About1> about_;
+    QPointer<HelpWindow> help_;
     QLabel* selectedFile_;
     QAbstractItemDelegate* lines_ = nullptr;  // of the explorer
     WindowEntry entry_;

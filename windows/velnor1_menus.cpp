@@ -98,8 +98,10 @@ void Velnor1::addComingTabs()
         ToolBarComp1->fill(*toolbars_[i], tabs_[i]->tools());
         TabStrip1->addTab(tabs_[i]->caption());
     }
-    ToolBarComp1->fill(*toolbars_[0], {toolLine(), later("ID_HelpBtn", u"&Help"_s, u"the manual"_s,
-                                                         u"help-contents"_s)});
+    ToolBarComp1->fill(*toolbars_[0],
+                       {toolLine(),
+                        {u"ID_HelpBtn"_s, u"&Help"_s, u"Help with files and folders"_s,
+                         edge(this, &Velnor1::helpOnTab), u"help-contents"_s}});
 }
 
 ToolRow Velnor1::organizerView(const char* id, const QString& text, const QString& tip,
@@ -241,12 +243,17 @@ void Velnor1::buildMenus()
             [this] { ToolBarComp1->enable(u"ID_mnuOpenFiles"_s, shell_ != nullptr); });
 
     tools.fill(*menuBar()->addMenu(tr("&Help")),
-               {later("ID_mnuHelpTableofContents", u"Table of &Contents"_s, u"the manual"_s,
-                      u"help-contents"_s),
-                later("ID_mnuSearchonHelpTopic", u"&Search on Help Topic..."_s, u"the manual"_s),
-                later("ID_mnuQuickTips", u"&Quick Tips"_s, u"the quick tips"_s),
-                later("ID_AbouttheDatabaseFileCopier", u"&About the Database File Copier"_s,
-                      u"the about window"_s, u"help-about"_s)});
+               {{u"ID_mnuHelpTableofContents"_s, u"Table of &Contents"_s, u"Open the help"_s,
+                 [this] { showHelp({}); }, u"help-contents"_s},
+                {u"ID_mnuSearchonHelpTopic"_s, u"&Search on Help Topic..."_s, u"Search the help"_s,
+                 own(&Velnor1::searchHelp), u"edit-find"_s},
+                {u"ID_Help"_s, u"&Help on this Workspace"_s, u"Help on the tab in front"_s,
+                 own(&Velnor1::helpOnTab), u"help-contextual"_s, QKeySequence::HelpContents},
+                toolLine(),
+                {u"ID_mnuQuickTips"_s, u"&Quick Tips"_s, u"Show the tip of the day"_s,
+                 own(&Velnor1::showQuickTips), u"help-hint"_s},
+                {u"ID_AbouttheDatabaseFileCopier"_s, u"&About the Database File Copier"_s,
+                 u"About Velnor"_s, own(&Velnor1::showAbout), u"help-about"_s}});
 }
 
 }  // namespace velnor

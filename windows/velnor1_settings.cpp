@@ -6,6 +6,9 @@
 #include <QTimer>
 #include <QTreeView>
 
+#include "assist/about1.h"
+#include "assist/help_window.h"
+#include "assist/quik_tip1.h"
 #include "core/attempt.h"
 #include "core/globals.h"
 #include "core/options_tab.h"
@@ -125,6 +128,7 @@ void Velnor1::closeEvent(QCloseEvent* event)
         event->ignore();  // records that could not be saved are still open
         return;
     }
+    closeAssistance();
     Timer1->stop();
     event->accept();
 }

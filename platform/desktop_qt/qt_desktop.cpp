@@ -3,6 +3,8 @@
 #include <QDesktopServices>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
 #include <QStorageInfo>
 #include <QSysInfo>
 #include <QUrl>
@@ -74,6 +76,22 @@ private:
 std::unique_ptr<Desktop> makeQtDesktop(const HostPaths& paths)
 {
     return std::make_unique<QtDesktop>(paths);
+}
+
+bool startSystemInformation()
+{
+    const std::pair<const char*, QStringList> programs[] = {
+        {"kinfocenter", {}},
+        {"gnome-control-center", {QStringLiteral("info-overview")}},
+        {"hardinfo2", {}},
+        {"hardinfo", {}},
+    };
+    for (const auto& [name, arguments] : programs) {
+        const QString program = QStandardPaths::findExecutable(QLatin1String(name));
+        if (!program.isEmpty() && QProcess::startDetached(program, arguments))
+            return true;
+    }
+    return false;
 }
 
 }  // namespace velnor

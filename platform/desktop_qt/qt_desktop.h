@@ -12,4 +12,7 @@ namespace velnor {
 /// Needs a QGuiApplication for openWith. `paths` must outlive it.
 std::unique_ptr<Desktop> makeQtDesktop(const HostPaths& paths);
 
+/// Starts the desktop's own program that tells about the machine; false when it has none.
+bool startSystemInformation();
+
 }  // namespace velnor

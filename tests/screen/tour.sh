@@ -111,7 +111,10 @@ tour() {
     cd "$data"
     start_program
     cd /
-    main=$(wait_window 'Database File Copier')
+    main=$(wait_window 'Velnor 3.0 - The Database File Copier')
+    wait_window 'Quick Tip of the Day' >/dev/null
+    shot tips
+    key Escape
     settle 2
     shot main
     key alt+v
@@ -203,6 +206,16 @@ tour() {
     key alt+u
     key o
     shot options-general
+    key alt+h
+    key a
+    wait_window 'About Velnor' >/dev/null
+    shot about
+    key Escape
+    key F1
+    wait_window 'Velnor Help' >/dev/null
+    shot help
+    key Escape
+    front "$main"
     key ctrl+q
     settle 1
 }

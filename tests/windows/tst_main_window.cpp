@@ -3,7 +3,9 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
@@ -12,6 +14,7 @@
 #include <QTabBar>
 #include <QTableView>
 #include <QTest>
+#include <QTextBrowser>
 #include <QToolBar>
 #include <QTreeView>
 
@@ -520,6 +523,59 @@ private slots:
         window_->ToolBarComp1->click("ID_mnuOpenFilewithanotherApplication");
         QCOMPARE(window_->shell()->children().size(), 1);  // a page's window goes
         QCOMPARE(fixture_->sandbox.desktop().opened.size(), std::size_t(2));
+    }
+
+    void tips_showAtTheFirstActivation_unlessTheyAreSwitchedOff()
+    {
+        window_->Form_Load();
+        window_->Form_Activate();
+        auto* tips = window_->findChild<QDialog*>("QuikTip1");
+        QVERIFY(tips);
+        QVERIFY(!tips->isModal());
+        window_->ToolBarComp1->click("ID_mnuQuickTips");  // the same comes to the front
+        QCOMPARE(window_->findChildren<QDialog*>("QuikTip1").size(), 1);
+        window_->close();
+        QVERIFY(!globals().QUIKTIP_OPEN);
+        globals().SHOW_TIPS = false;
+        restart();
+        window_ = std::make_unique<Velnor1>();
+        window_->Form_Load();
+        window_->Form_Activate();
+        QVERIFY(!window_->findChild<QDialog*>("QuikTip1"));
+    }
+
+    void aboutAndHelp_openBesideTheWindow_andGoWithIt()
+    {
+        window_->Form_Load();
+        window_->ToolBarComp1->click("ID_AbouttheDatabaseFileCopier");
+        QVERIFY(globals().ABOUT_OPEN);
+        window_->showTab("Copy");
+        window_->ToolBarComp1->click("ID_Help");
+        auto* page = window_->findChild<QTextBrowser*>("HelpPage");
+        QVERIFY(page);
+        QCOMPARE(page->source().fileName(), "copy.html");
+        window_->ToolBarComp1->click("ID_mnuHelpTableofContents");
+        QCOMPARE(page->source().fileName(), "index.html");
+        window_->close();
+        QVERIFY(!globals().ABOUT_OPEN);
+    }
+
+    void theNetworkName_isAskedForOnce()
+    {
+        auto& G = globals();
+        fixture_->prompt.expectDialog("AskNetworkName", [](QDialog& dialog) {
+            static_cast<QInputDialog&>(dialog).setTextValue("attic\r\nsecond line");
+            return QDialog::Accepted;
+        });
+        window_->AskNetworkName();
+        QCOMPARE(G.COMPUTER_NAME, "ATTIC");
+        window_->AskNetworkName();
+        QCOMPARE(fixture_->prompt.dialogsRun.size(), 1);
+        G.ASK_COMPUTER_NAME = true;
+        fixture_->prompt.expectDialog("AskNetworkName", [](QDialog&) { return QDialog::Rejected; });
+        window_->AskNetworkName();
+        QCOMPARE(G.COMPUTER_NAME, "");
+        QVERIFY(!G.ASK_COMPUTER_NAME);
     }
 
     void closing_storesPlaces_andClosesTheShell()
