@@ -54,6 +54,11 @@ public:
     void reload();
 
     std::uint64_t fileBytes() const { return file_.size(); }
+    /// Bytes as they stand, for a check.
+    std::size_t readRaw(std::uint64_t at, std::span<std::uint8_t> out) const
+    {
+        return file_.readAt(at, out);
+    }
 
 private:
     enum class Free : std::uint8_t { None = 1, Chunks = 2, Units = 3 };
