@@ -18,7 +18,7 @@ constexpr std::uint16_t kSign = 0x8000;
 struct Stretch {
     std::size_t from, to;
 };
-constexpr std::array kFreeBytes{Stretch{0x16, 0x1E}, Stretch{0x30, 0x38}, Stretch{0x3A, 0x3C},
+constexpr std::array kFreeBytes{Stretch{0x16, 0x1E}, Stretch{0x30, 0x39}, Stretch{0x3A, 0x3C},
                                 Stretch{0x40, 0x48}, Stretch{0x60, 0x64}, Stretch{0x70, 0x78}};
 
 bool isFree(std::size_t at, const FileHeader& header)
@@ -62,8 +62,8 @@ void FileCheck::compareHeader(const std::vector<std::uint8_t>& stored)
         fault("the header has " + number(header_.headerSize) + " bytes and needs " +
               number(made.headerSize));
     else if (header_.version >= 5 && header_.headerSize > made.headerSize)
-        note("the header has " + number(header_.headerSize) + " bytes, " +
-             number(made.headerSize) + " would do");
+        note("the header has " + number(header_.headerSize) + " bytes, " + number(made.headerSize) +
+             " would do");
     made.headerSize = std::max(header_.headerSize, made.headerSize);
     made.realSize = header_.realSize;
     const std::vector<std::uint8_t> bytes = headerBytes(made);
@@ -93,6 +93,12 @@ void FileCheck::checkFields()
     }
     if (!header_.hasSecondHeader())
         return;
+    const bool ascii = header_.sortName == "ascii";
+    if (ascii != (header_.sortByte == 0) ||
+        (header_.sortName == "DBWINUS0" && header_.sortByte != 76))
+        fault("the sort order " + header_.sortName + " has the number " + number(header_.sortByte));
+    if (header_.childMark != 0x0101 && header_.childMark != 0x0102)
+        fault("header word 6C is " + hex(header_.childMark));
     std::uint16_t highest = 0;
     for (const StoredField& field : header_.fields)
         highest = std::max<std::uint16_t>(highest, field.number & ~kFieldDescends);
@@ -115,14 +121,19 @@ void FileCheck::checkHeader()
     if (header_.statedMostBlocks != header_.fileBlocks)
         note("it says it had " + number(header_.statedMostBlocks) + " blocks at most, it has " +
              number(header_.fileBlocks));
-    const bool keyed = header_.kind != FileKind::PlainTable && (header_.isTree() || header_.isTable() || header_.isKept());
+    const bool keyed = header_.kind != FileKind::PlainTable &&
+                       (header_.isTree() || header_.isTable() || header_.isKept());
     if (header_.recordsPerBlock() < (keyed ? 3u : 1u))
         fault("a block holds only " + number(header_.recordsPerBlock()) + " records");
+    if (header_.isTable() && (header_.link || header_.parentLink))
+        fault("a table has the stamps of an index");
     if (!header_.isTree()) {
         if (header_.levels)
             fault("it is no tree and has levels");
         return;
     }
+    if (header_.structureStamp || (header_.dataStamp > 1 && header_.version >= 5))
+        fault("a tree has the stamps of a table");
     if (header_.root < 1 || header_.root > std::max<int>(header_.fileBlocks, 1) ||
         (header_.levels == 0 && header_.root != 1))
         fault("its root is block " + number(header_.root) + " of " + number(header_.fileBlocks));
@@ -227,7 +238,9 @@ void FileCheck::checkLeaf(FileCheck& data, const std::uint8_t* entry, std::uint3
     const bool sameKey = std::memcmp(entry, data.recordsOf(wanted), keyLength_) == 0;
     if (block != wanted.number || count != wanted.records || !sameKey)
         fault("the entry for block " + number(wanted.number) + " has another " +
-                  (block != wanted.number ? "block" : sameKey ? "count" : "key"),
+                  (block != wanted.number ? "block"
+                   : sameKey              ? "count"
+                                          : "key"),
               "leaf");
 }
 
@@ -281,8 +294,8 @@ void FileCheck::checkTree(FileCheck& data, std::size_t keyLength, std::uint8_t l
 {
     checkHeader();
     keyLength_ = keyLength;
-    bool fits = header_.fields.size() <= data.header().fields.size() &&
-                header_.keyLength() == keyLength;
+    bool fits =
+        header_.fields.size() <= data.header().fields.size() && header_.keyLength() == keyLength;
     for (std::size_t i = 0; fits && i < header_.fields.size(); ++i)
         fits = header_.fields[i].sameKind(data.header().fields[i]);
     if (!fits)

@@ -14,8 +14,8 @@ class IndexCheck {
 public:
     IndexCheck(DbTable& table, SecondaryIndex& index, FileCheck& records, CheckReport& report)
         : table_(table), index_(index), records_(records), report_(report),
-          file_(std::string(paths::fileName(
-                    findCompanion(table.companions(), index.extension())->path)),
+          file_(std::string(
+                    paths::fileName(findCompanion(table.companions(), index.extension())->path)),
                 index.file(), table.opening().codePage, report),
           entry_(index.entryLength())
     {
@@ -72,8 +72,7 @@ void IndexCheck::compareWithTable()
         file_.fault("it has no name");
     if (!own.isGroup() &&
         (index_.fields().size() != 1 ||
-         index_.extension() !=
-             singleExtension('X', static_cast<unsigned>(index_.fields()[0] + 1))))
+         index_.extension() != singleExtension('X', static_cast<unsigned>(index_.fields()[0] + 1))))
         file_.fault("its file name is that of another field");
 }
 
@@ -140,8 +139,7 @@ void IndexCheck::entries()
                      keyOrderOf(table_.header(), keys, index_.descending()), true);
     for (const FileCheck::ChainBlock& block : file_.chain()) {
         const std::uint8_t* start = file_.recordsOf(block);
-        const std::vector<std::uint8_t> bytes(start,
-                                              start + block.records * index_.entryLength());
+        const std::vector<std::uint8_t> bytes(start, start + block.records * index_.entryLength());
         for (std::size_t i = 0; i < block.records; ++i) {
             const std::uint8_t* entry = bytes.data() + i * index_.entryLength();
             if (index_.kept())

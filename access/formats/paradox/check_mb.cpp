@@ -132,7 +132,8 @@ void MbCheck::smallBlock(std::uint64_t at, const std::uint8_t* unit)
         values_[at | n] = {static_cast<std::uint32_t>((chunks - 1) * 16 + last),
                            loadLE<std::uint16_t>(slot + 2)};
     }
-    std::sort(spans.begin(), spans.end(), [](const Span& a, const Span& b) { return a.from < b.from; });
+    std::sort(spans.begin(), spans.end(),
+              [](const Span& a, const Span& b) { return a.from < b.from; });
     for (std::size_t i = 1; i < spans.size(); ++i)
         if (spans[i].from < spans[i - 1].to)
             fault("block at " + std::to_string(at) + ": two values overlap", "overlap");
@@ -156,7 +157,8 @@ void MbCheck::freeTable()
         const bool right = found != room_.end() && found->second.kind == entry[0] &&
                            found->second.amount == loadLE<std::uint16_t>(entry + 4);
         if (!right)
-            fault("the table of free space is wrong about offset " + std::to_string(offset), "free");
+            fault("the table of free space is wrong about offset " + std::to_string(offset),
+                  "free");
         if (found != room_.end() && std::exchange(found->second.listed, true))
             fault("the table of free space names offset " + std::to_string(offset) + " twice",
                   "free");
@@ -179,7 +181,8 @@ void MbCheck::leader(const StoredField& field, const std::uint8_t* record, const
     const std::string_view text = value;
     if (text.substr(0, shown.size()) != shown &&
         text.substr(std::min<std::size_t>(8, text.size()), shown.size()) != shown)
-        report_.fault(records_.name(), where + ": its beginning in the record is another", "leader");
+        report_.fault(records_.name(), where + ": its beginning in the record is another",
+                      "leader");
 }
 
 void MbCheck::pointer(const StoredField& field, const std::uint8_t* record, std::int64_t number)
