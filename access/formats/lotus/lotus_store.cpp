@@ -281,8 +281,8 @@ void LotusStore::createTable(const TableLayout& wanted)
     TableLayout layout;
     layout.name = book_->tableName(number);
     layout.fields = std::move(fields);
-    open_[paths::foldName(layout.name)] =
-        std::make_shared<SheetTable>(std::move(layout), sheet.cells);
+    const std::string key = paths::foldName(layout.name);
+    open_[key] = std::make_shared<SheetTable>(std::move(layout), sheet.cells);
 }
 
 void LotusStore::dropTable(std::string_view table)

@@ -111,11 +111,8 @@ void Reader::structure()
                 book_.formats.take(record, book_.rows());
             break;
         case wk::kExtended:
-            if (record.size() > 4 && record.u16(0) == wk::kSheetNameKind)
-                sheetName(record.u8(2), textOf(record, 4));
-            break;
         case wk::kSheetName123:
-            if (record.size() > 4 && record.u16(0) == wk::kSheetName123Kind)
+            if (record.size() > 4 && record.u16(0) == wk::kSheetNameKind)
                 sheetName(record.u8(2), textOf(record, 4));
             break;
         case wk::kStyleName123:

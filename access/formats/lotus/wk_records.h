@@ -29,8 +29,7 @@ inline constexpr std::uint16_t kBof = 0x00, kEof = 0x01, kPassword = 0x02, kCalc
                                kColumnBounds = 0x1F, kUnknown21 = 0x21, kSheetName123 = 0x23,
                                kPackedNumber = 0x25, kDouble = 0x27, kDoubleFormula = 0x28,
                                kStyleName123 = 0x204;
-inline constexpr std::uint16_t kSheetNameKind = 0x36B0;  // of kExtended
-inline constexpr std::uint16_t kSheetName123Kind = 14000;
+inline constexpr std::uint16_t kSheetNameKind = 0x36B0;  // of kExtended and kSheetName123
 }  // namespace wk
 
 /// Types in WKS and WK1 files.
