@@ -3,7 +3,7 @@
 
   judge.py KIND FILE TABLE EXPECTED.csv
 
-KIND is jet, xbase, paradox or sheet. Every reader that is here must give the records of EXPECTED, in any order; the
+KIND is jet, xbase, paradox, sheet or text. Every reader that is here must give the records of EXPECTED, in any order; the
 first field names a record. The checker of the kind must find no fault. Exit 1 and words when one does not agree.
 VELNOR_TOOLS is the folder of the checkers.
 """
@@ -111,7 +111,20 @@ def judge_by_python_dbf(kind, file, table, expected):
     return None if names == set(expected[1]) else 'python dbf: other records'
 
 
+def judge_by_csv_reader(kind, file, table, expected):
+    """Python's own reader of such files"""
+    if kind != 'text':
+        return None
+    with open(file, encoding='utf-8', newline='') as f:
+        rows = list(csv.reader(f, delimiter='\t' if file.lower().endswith('.tab') else ','))
+    out = io.StringIO(newline='')
+    csv.writer(out).writerows(rows)
+    return compare('csv', out.getvalue(), expected)
+
+
 def judge_by_checker(kind, file, table, expected):
+    if kind not in CHECKERS:
+        return None
     tool = [sys.executable, os.path.join(TOOLS, CHECKERS[kind])]
     status, out, err = output_of(tool + ['check', file] + listed_indexes(kind, file))
     if status or (kind == 'xbase' and '!!' in out):
@@ -140,7 +153,7 @@ def main(argv):
     kind, file, table, expected_path = argv[1:5]
     with open(expected_path, encoding='utf-8', newline='') as f:
         expected = rows_of(f.read())
-    for judge in (judge_by_checker, judge_by_mdb_tools, judge_by_perl, judge_by_python_dbf):
+    for judge in (judge_by_checker, judge_by_csv_reader, judge_by_mdb_tools, judge_by_perl, judge_by_python_dbf):
         said = judge(kind, file, table, expected)
         if said:
             print(said)
