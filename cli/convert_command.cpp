@@ -1,8 +1,11 @@
 // convert: a table written into another file, with its own structure; the values as they are.
 #include <algorithm>
 #include <array>
+#include <cstdio>
+#include <numeric>
 #include <optional>
 
+#include "access/value_text.h"
 #include "cli/command.h"
 #include "cli/new_table.h"
 #include "cli/output.h"
@@ -73,6 +76,23 @@ std::optional<IndexDef> accessIndex(const IndexDef& index, const TableLayout& fr
     return made;
 }
 
+/// A name that a sheet takes; that of a sheet loses the "$" that its table has.
+std::string sheetName(std::string name)
+{
+    constexpr std::size_t kLongest = 31;
+    if (name.ends_with('$'))
+        name.pop_back();
+    for (char& c : name)
+        if (std::string_view(":\\/?*[]").find(c) != std::string_view::npos)
+            c = '_';
+    while (!name.empty() && (name.front() == '\'' || name.front() == ' '))
+        name.erase(name.begin());
+    name = textPrefix(name, kLongest);
+    while (!name.empty() && name.back() == '\'')
+        name.pop_back();
+    return name.empty() ? "Sheet" : name;
+}
+
 TableLayout targetLayout(const TableLayout& from, bool fromXbase, const Target& target)
 {
     TableLayout layout;
@@ -80,21 +100,107 @@ TableLayout targetLayout(const TableLayout& from, bool fromXbase, const Target& 
     layout.description = from.description;
     layout.fields = from.fields;
     const bool access = target.source.kind == FileKind::Access;
+    const bool sheet = isSheetFile(target.source.kind);
     for (FieldDef& field : layout.fields) {
         field.nativeType.clear();
-        if (access)
+        if (access || sheet)
             field.name = accessName(field.name);
         else if (target.source.kind == FileKind::Xbase &&
                  (field.type == FieldType::Text || field.type == FieldType::Char))
             field.size = std::min(field.size, kLongestDbfText);
     }
-    if (access) {
+    if (access || sheet)
         makeNamesUnique(layout.fields);
+    if (access) {
         for (const IndexDef& index : from.indexes)
             if (auto made = accessIndex(index, from, fromXbase))
                 layout.indexes.push_back(std::move(*made));
     }
     return layout;
+}
+
+/// The table that is filled. When a sheet is full the records go on in a further one, and the
+/// person is told.
+class Filling {
+public:
+    Filling(Context& context, Database& to, Target& target, TableLayout layout)
+        : context_(context), to_(to), target_(target), layout_(std::move(layout)),
+          first_(target.source.table), added_(open())
+    {
+        for (int i = 0; i < static_cast<int>(layout_.fields.size()); ++i)
+            fields_.push_back(i);
+    }
+    /// Field n of the table is taken from field fields[n] of the source.
+    void takeFrom(std::vector<int> fields) { fields_ = std::move(fields); }
+
+    void add(const Recordset& rows)
+    {
+        fill(rows);
+        try {
+            added_.Update();
+        } catch (const EngineError& error) {
+            if (error.code() != EngineErrorNumber::SpreadsheetFull)
+                throw;
+            goOn();
+            fill(rows);
+            added_.Update();
+        }
+    }
+    void close() { added_.Close(); }
+
+private:
+    Recordset open() { return to_.OpenRecordset(target_.source.table, RecordsetType::Table); }
+
+    void fill(const Recordset& rows)
+    {
+        added_.AddNew();
+        const int count = std::min(static_cast<int>(fields_.size()), added_.fieldCount());
+        for (int i = 0; i < count; ++i)
+            added_.setValue(i, rows.value(fields_[static_cast<std::size_t>(i)]));
+    }
+
+    void goOn()
+    {
+        constexpr std::size_t kRoomForNumber = 4;
+        added_.Close();
+        const std::string full = target_.source.table;
+        for (int n = 2; hasTable(context_, to_, target_); ++n)
+            target_.source.table =
+                std::string(textPrefix(first_, 31 - kRoomForNumber)) + "_" + std::to_string(n);
+        layout_.name = target_.source.table;
+        makeTable(to_, target_, layout_);
+        added_ = open();
+        std::fprintf(stderr, "The sheet %s is full; the records go on in %s.\n", full.c_str(),
+                     layout_.name.c_str());
+    }
+
+    Context& context_;
+    Database& to_;
+    Target& target_;
+    TableLayout layout_;
+    std::string first_;
+    Recordset added_;
+    std::vector<int> fields_;
+};
+
+/// A sheet cannot hold bytes: such fields are left out, and the person is told.
+std::vector<int> leaveOutBytes(TableLayout& layout)
+{
+    std::vector<int> kept;
+    std::vector<FieldDef> fields;
+    for (std::size_t i = 0; i < layout.fields.size(); ++i) {
+        const FieldType type = layout.fields[i].type;
+        if (type == FieldType::Binary || type == FieldType::VarBinary ||
+            type == FieldType::LongBinary) {
+            std::fprintf(stderr, "Field %s is left out: a sheet cannot hold its bytes.\n",
+                         layout.fields[i].name.c_str());
+            continue;
+        }
+        kept.push_back(static_cast<int>(i));
+        fields.push_back(layout.fields[i]);
+    }
+    layout.fields = std::move(fields);
+    return kept;
 }
 
 int run(Context& context, const Arguments& arguments)
@@ -112,27 +218,30 @@ int run(Context& context, const Arguments& arguments)
     const std::string table = chosenTable(from, source);
     if (target.source.table.empty())
         target.source.table = arguments.value("--table", table);
+    if (isSheetFile(target.source.kind) && !arguments.has("--table"))
+        target.source.table = sheetName(target.source.table);
     Recordset rows = from.OpenRecordset(table, RecordsetType::Table);
     Database to = openTarget(context, target);
+    TableLayout layout =
+        targetLayout(from.TableDefs().Item(table).layout(), source.kind == FileKind::Xbase, target);
+    std::vector<int> fields(layout.fields.size());
+    std::iota(fields.begin(), fields.end(), 0);
+    if (isSheetFile(target.source.kind))
+        fields = leaveOutBytes(layout);
     if (!hasTable(context, to, target))
-        makeTable(to, target,
-                  targetLayout(from.TableDefs().Item(table).layout(),
-                               source.kind == FileKind::Xbase, target));
+        makeTable(to, target, layout);
     else if (!arguments.has("--add"))
         throw EngineError(EngineErrorNumber::TableAlreadyExists,
                           "Table '" + target.source.table + "' already exists.");
 
-    Recordset added = to.OpenRecordset(target.source.table, RecordsetType::Table);
+    Filling filling(context, to, target, std::move(layout));
+    filling.takeFrom(std::move(fields));
     RecordLoop loop(to, arguments.has("--progress"));
-    const int count = std::min(rows.fieldCount(), added.fieldCount());
     for (; !rows.Eof(); rows.MoveNext()) {
-        added.AddNew();
-        for (int i = 0; i < count; ++i)
-            added.setValue(i, rows.value(i));
-        added.Update();
+        filling.add(rows);
         loop.recordDone();
     }
-    added.Close();
+    filling.close();
     to.Close();
     loop.finish();
     return kDone;
@@ -140,13 +249,14 @@ int run(Context& context, const Arguments& arguments)
 
 }  // namespace
 
-const Command kConvert{"convert",
-                       "FILE [TABLE] TO",
-                       "a table written into another file, new or with the table added",
-                       "An Access file is made when it is not there. The values are taken over as "
-                       "they are, each in the\n"
-                       "type that the other format has for it.",
-                       kOptions,
-                       run};
+const Command kConvert{
+    "convert",
+    "FILE [TABLE] TO",
+    "a table written into another file, new or with the table added",
+    "An Access file or a workbook is made when it is not there. The values are taken over as "
+    "they are, each in the\n"
+    "type that the other format has for it.",
+    kOptions,
+    run};
 
 }  // namespace velnor::cli

@@ -51,7 +51,8 @@ const Command kCreate{
     "FILE [TABLE]",
     "a new file, or a new table in it",
     "Types: Boolean Byte Integer Long Currency Single Double Date Binary Text LongBinary Memo\n"
-    "GUID Decimal. An Access file or a workbook is made when it is not there; a DBF is a table of its own.\n"
+    "GUID Decimal. An Access file or a workbook is made when it is not there; a DBF is a table of "
+    "its own.\n"
     "Example: velnor-cli create shop.mdb Customers --field ID:Long:auto --field NAME:Text:40\n"
     "         --index PrimaryKey:ID:primary",
     kOptions,

@@ -64,7 +64,7 @@ SharedStrings readSharedStrings(const std::vector<Bytes>& parts, sheet::TextPool
 }
 
 std::vector<RecordList::Entry> extendSharedStrings(const std::vector<Bytes>& parts,
-                                                   std::uint32_t count, std::int64_t references,
+                                                   std::uint32_t count, std::uint32_t references,
                                                    std::span<const std::string_view> added)
 {
     std::vector<RecordList::Entry> records;
@@ -79,8 +79,7 @@ std::vector<RecordList::Entry> extendSharedStrings(const std::vector<Bytes>& par
     for (const std::string_view text : added)
         packer.add(text);
     std::vector<std::uint8_t>& head = records.front().own;
-    const std::int64_t old = loadLE<std::uint32_t>(head.data());
-    storeLE(head.data(), static_cast<std::uint32_t>(std::max<std::int64_t>(0, old + references)));
+    storeLE(head.data(), references);
     storeLE(head.data() + 4, static_cast<std::uint32_t>(count + added.size()));
     return records;
 }

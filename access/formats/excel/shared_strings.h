@@ -20,9 +20,9 @@ struct SharedStrings {
 SharedStrings readSharedStrings(const std::vector<Bytes>& parts, sheet::TextPool& texts);
 
 /// The records of a table with `added` behind the old texts; every old byte stays but the counts.
-/// `references` is what the number of cells with such texts changed by.
+/// `references` is the number of cells with such texts.
 std::vector<RecordList::Entry> extendSharedStrings(const std::vector<Bytes>& parts,
-                                                   std::uint32_t count, std::int64_t references,
+                                                   std::uint32_t count, std::uint32_t references,
                                                    std::span<const std::string_view> added);
 
 }  // namespace velnor::excel

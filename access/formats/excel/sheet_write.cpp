@@ -57,7 +57,7 @@ bool before(const Place& place, std::uint32_t row, std::uint32_t column)
 class SheetSplicer {
 public:
     SheetSplicer(Bytes old, SheetEdit& edit, const Globals& globals, StyleBook& styles,
-                 const TextNumbers& texts, StreamSink& sink, std::int64_t& references)
+                 const TextNumbers& texts, StreamSink& sink, std::uint32_t& references)
         : old_(old), edit_(edit), globals_(globals), styles_(styles),
           encoder_(globals, texts, sink), sink_(sink), references_(references)
     {
@@ -128,7 +128,11 @@ private:
             cellsEnd_ = dimensionsEnd ? dimensionsEnd : firstEnd;
     }
 
-    void copy(const Record& record) { sink_.record(record.type, record.data); }
+    void copy(const Record& record)
+    {
+        references_ += record.type == rec::kLabelSst;
+        sink_.record(record.type, record.data);
+    }
 
     void take(const Record& record, RecordReader& reader)
     {
@@ -333,7 +337,6 @@ private:
             afterCell_ = true;
             return;
         }
-        references_ -= record.type == rec::kLabelSst;
         replace(row, column, style);
         while (reader.peek() == rec::kContinue) {
             Record more;
@@ -401,7 +404,7 @@ private:
     StyleBook& styles_;
     CellEncoder encoder_;
     StreamSink& sink_;
-    std::int64_t& references_;
+    std::uint32_t& references_;
     std::vector<Place> places_;
     std::size_t next_ = 0;      // the first change that is not written
     std::size_t madeRows_ = 0;  // the rows of changes in front of it are made
@@ -438,7 +441,7 @@ void writeClearedSheet(Bytes old, StreamSink& sink)
 }
 
 void writeSheet(Bytes old, SheetEdit* edit, const Globals& globals, StyleBook& styles,
-                const TextNumbers& texts, StreamSink& sink, std::int64_t& references)
+                const TextNumbers& texts, StreamSink& sink, std::uint32_t& references)
 {
     if (edit)
         return SheetSplicer(old, *edit, globals, styles, texts, sink, references).write();
@@ -446,6 +449,7 @@ void writeSheet(Bytes old, SheetEdit* edit, const Globals& globals, StyleBook& s
     RecordReader reader(old);
     std::size_t from = 0;
     while (reader.next(record)) {
+        references += record.type == rec::kLabelSst;
         if (record.type != rec::kIndex && record.type != rec::kDbCell)
             continue;
         sink.put(old.subspan(from, record.at - from));

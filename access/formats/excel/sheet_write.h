@@ -34,10 +34,10 @@ struct SheetEdit {
     std::uint32_t blankRow = 0;
 };
 
-/// Writes the substream `old` (BOF to EOF). Without an edit only positions go (5). `references`
-/// counts what the references to the shared texts have become more or fewer.
+/// Writes the substream `old` (BOF to EOF). Without an edit only positions go (5). To `references`
+/// the number of its cells with a shared text is added.
 void writeSheet(Bytes old, SheetEdit* edit, const Globals& globals, StyleBook& styles,
-                const TextNumbers& texts, StreamSink& sink, std::int64_t& references);
+                const TextNumbers& texts, StreamSink& sink, std::uint32_t& references);
 
 /// Writes it without its cells and rows; what else the sheet has stays.
 void writeClearedSheet(Bytes old, StreamSink& sink);

@@ -272,7 +272,7 @@ void WorkbookWriter::removeSheet(int sheet)
 
 // The stream
 
-void WorkbookWriter::writePart(Part& part, StreamSink& sink, std::int64_t& references)
+void WorkbookWriter::writePart(Part& part, StreamSink& sink, std::uint32_t& references)
 {
     if (part.clear)
         writeClearedSheet(part.old, sink);
@@ -280,9 +280,9 @@ void WorkbookWriter::writePart(Part& part, StreamSink& sink, std::int64_t& refer
         writeSheet(part.old, part.edit, globals_, styles_, numbers_, sink, references);
 }
 
-void WorkbookWriter::placeSharedStrings(std::int64_t references)
+void WorkbookWriter::placeSharedStrings(std::uint32_t references)
 {
-    if (globals_.form->version != 8 || (newTexts_.empty() && references == 0))
+    if (globals_.form->version != 8 || (globals_.sst.empty() && newTexts_.empty()))
         return;
     std::vector<RecordList::Entry>& entries = list_.entries();
     std::size_t at = list_.find(rec::kSst);
@@ -299,7 +299,7 @@ void WorkbookWriter::placeSharedStrings(std::int64_t references)
 
 std::uint64_t WorkbookWriter::plan()
 {
-    std::int64_t references = 0;
+    std::uint32_t references = 0;
     std::vector<std::uint64_t> sizes;
     for (Part& part : parts_) {
         StreamSink counter;
@@ -327,7 +327,7 @@ std::uint64_t WorkbookWriter::plan()
 void WorkbookWriter::write(StreamSink& sink)
 {
     const std::uint64_t start = sink.size();
-    std::int64_t references = 0;
+    std::uint32_t references = 0;
     list_.write(sink);
     for (Part& part : parts_)
         if (!part.gone)

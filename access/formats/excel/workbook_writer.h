@@ -52,8 +52,8 @@ private:
     Part& partOf(int sheet);
     RecordList::Entry& boundSheet(int sheet);
     RecordList::Entry& nameRecordAt(std::size_t place);
-    void writePart(Part& part, StreamSink& sink, std::int64_t& references);
-    void placeSharedStrings(std::int64_t references);
+    void writePart(Part& part, StreamSink& sink, std::uint32_t& references);
+    void placeSharedStrings(std::uint32_t references);
     std::vector<std::uint8_t> boundSheetData(std::string_view name) const;
     void countSheets(int change);
     void forgetSheetInNames(int sheet);
