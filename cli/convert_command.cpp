@@ -236,7 +236,9 @@ int run(Context& context, const Arguments& arguments)
 
     Filling filling(context, to, target, std::move(layout));
     filling.takeFrom(std::move(fields));
-    RecordLoop loop(to, arguments.has("--progress"));
+    RecordLoop loop(to, arguments.has("--progress"),
+                    isSheetFile(target.source.kind) ? RecordLoop::kBetweenRewrites
+                                                    : RecordLoop::kBetweenCommits);
     for (; !rows.Eof(); rows.MoveNext()) {
         filling.add(rows);
         loop.recordDone();

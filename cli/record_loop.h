@@ -11,14 +11,16 @@ namespace velnor::cli {
 
 class RecordLoop {
 public:
-    explicit RecordLoop(Database& database, bool alwaysTell)
-        : database_(database), progress_("Records written", alwaysTell)
+    explicit RecordLoop(Database& database, bool alwaysTell,
+                        std::int64_t betweenCommits = kBetweenCommits)
+        : database_(database), progress_("Records written", alwaysTell),
+          betweenCommits_(betweenCommits)
     {
     }
     /// After each record; throws "cancelled" at Ctrl-C, with everything before it written.
     void recordDone()
     {
-        if (++done_ % kBetweenCommits == 0)
+        if (++done_ % betweenCommits_ == 0)
             stretchDone(done_);
     }
     /// Commits, and tells how many records are safe.
@@ -33,10 +35,13 @@ public:
     void finish() { progress_.show(done_); }
 
     static constexpr std::int64_t kBetweenCommits = 20000;
+    /// Where each commit writes the whole file again.
+    static constexpr std::int64_t kBetweenRewrites = 100000;
 
 private:
     Database& database_;
     Progress progress_;
+    std::int64_t betweenCommits_;
     std::int64_t done_ = 0;
 };
 

@@ -64,7 +64,7 @@ std::vector<TableEntry> ExcelStore::catalogue()
     return tables;
 }
 
-int ExcelStore::sheetNamed(std::string_view name) const
+int ExcelStore::sheetNamed(std::string_view name)
 {
     const std::vector<SheetInfo>& sheets = workbook_.globals().sheets;
     for (std::size_t i = 0; i < sheets.size(); ++i)
@@ -74,7 +74,7 @@ int ExcelStore::sheetNamed(std::string_view name) const
 }
 
 /// An area given with its sheet: "Sheet1$A1:D20".
-std::optional<ExcelStore::Found> ExcelStore::findArea(std::string_view table) const
+std::optional<ExcelStore::Found> ExcelStore::findArea(std::string_view table)
 {
     const std::size_t dollar = table.rfind('$');
     if (dollar == table.npos)
@@ -90,7 +90,7 @@ std::optional<ExcelStore::Found> ExcelStore::findArea(std::string_view table) co
     return found;
 }
 
-std::optional<ExcelStore::Found> ExcelStore::find(std::string_view table) const
+std::optional<ExcelStore::Found> ExcelStore::find(std::string_view table)
 {
     table = withoutQuotes(table);
     if (table.ends_with('$'))
@@ -159,6 +159,8 @@ void ExcelStore::requireWriteable(const sheet::SheetTable& table)
 
 void ExcelStore::commit()
 {
+    if (!workbook_.hasChanges())
+        return;
     for (const NameInfo& name : workbook_.globals().names)
         if (const auto open = tables_.find(paths::foldName(name.name));
             open != tables_.end() && open->second->isRange() &&

@@ -36,16 +36,16 @@ private:
         std::optional<sheet::Area> area;
         bool named = false;
     };
-    std::optional<Found> find(std::string_view table) const;
-    std::optional<Found> findArea(std::string_view table) const;
-    int sheetNamed(std::string_view name) const;
+    std::optional<Found> find(std::string_view table);
+    std::optional<Found> findArea(std::string_view table);
+    int sheetNamed(std::string_view name);
     std::shared_ptr<sheet::SheetTable> open(std::string_view table);
     void putHeader(int sheet, const TableLayout& layout);
     void forgetTables() { tables_.clear(); }
 
     // What the writers ask.
-    std::uint32_t rows() const override { return workbook_.globals().form->rows; }
-    std::size_t longestText() const override { return workbook_.globals().form->longestText; }
+    std::uint32_t rows() const override { return workbook_.form().rows; }
+    std::size_t longestText() const override { return workbook_.form().longestText; }
     void requireWriteable(const sheet::SheetTable& table) override;
     void checkText(std::string_view utf8) const override { workbook_.checkText(utf8); }
 

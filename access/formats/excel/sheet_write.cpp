@@ -62,15 +62,8 @@ public:
           encoder_(globals, texts, sink), sink_(sink), references_(references)
     {
         places_ = edit.cells->changes();
-        for (const auto& [column, type] : edit.blankTypes)
-            places_.push_back({edit.blankRow, column});
-        std::sort(places_.begin(), places_.end(),
-                  [](const Place& a, const Place& b) { return before(a, b.row, b.column); });
-        places_.erase(std::unique(places_.begin(), places_.end(),
-                                  [](const Place& a, const Place& b) {
-                                      return a.row == b.row && a.column == b.column;
-                                  }),
-                      places_.end());
+        if (!edit.blankTypes.empty())
+            addBlanks();
         above_.fill(kNoStyle);
         columnStyle_.fill(kNoStyle);
     }
@@ -97,6 +90,19 @@ public:
     }
 
 private:
+    void addBlanks()
+    {
+        for (const auto& [column, type] : edit_.blankTypes)
+            places_.push_back({edit_.blankRow, column});
+        std::sort(places_.begin(), places_.end(),
+                  [](const Place& a, const Place& b) { return before(a, b.row, b.column); });
+        places_.erase(std::unique(places_.begin(), places_.end(),
+                                  [](const Place& a, const Place& b) {
+                                      return a.row == b.row && a.column == b.column;
+                                  }),
+                      places_.end());
+    }
+
     /// Where the cells end, which rows have ROW records, how far the cells reach.
     void survey()
     {
@@ -185,8 +191,10 @@ private:
     std::pair<std::uint16_t, std::uint16_t> newColumns(std::uint32_t row) const
     {
         std::uint16_t first = 0xFFFF, end = 0;
-        auto at = std::lower_bound(places_.begin(), places_.end(), row,
-                                   [](const Place& p, std::uint32_t r) { return p.row < r; });
+        auto at = places_.begin() + static_cast<std::ptrdiff_t>(next_);
+        if (at == places_.end() || at->row != row)
+            at = std::lower_bound(at, places_.end(), row,
+                                  [](const Place& p, std::uint32_t r) { return p.row < r; });
         for (; at != places_.end() && at->row == row; ++at)
             if (leavesCell(*at)) {
                 first = std::min(first, at->column);
@@ -199,8 +207,10 @@ private:
 
     void makeRow(std::uint32_t row)
     {
+        if (!makesRows_ || rowRecord_[row])
+            return;
         const auto [first, end] = newColumns(row);
-        if (!makesRows_ || rowRecord_[row] || end == 0)
+        if (end == 0)
             return;
         rowRecord_[row] = true;
         std::array<std::uint8_t, 16> data{};
@@ -306,10 +316,10 @@ private:
     {
         for (; next_ < places_.size() && before(places_[next_], row, column); ++next_) {
             const Place& place = places_[next_];
-            if (!leavesCell(place))
+            const Cell cell = cellAt(place);
+            if (cell.kind == CellKind::Blank && !hasBlankType(place))
                 continue;
             makeRow(place.row);
-            const Cell cell = cellAt(place);
             put(place, cell, styleOfNew(place, cell));
         }
     }

@@ -50,13 +50,24 @@ Workbook::Workbook(FileSystem& files, const OpenRequest& request) : files_(files
     openFile();
     readStream();
     unlockStream();
-    const CodePage* page = nullptr;
-    if (!request_.codePage.empty() && !(page = CodePage::find(request_.codePage)))
+    if (!request_.codePage.empty() && !(givenPage_ = CodePage::find(request_.codePage)))
         throw EngineError(EngineErrorNumber::InvalidArgument,
                           "There is no code page \"" + request_.codePage + "\".");
-    globals_ = readGlobals(stream_, streamName_, paths::baseName(request_.name), page);
+    globals_ = readGlobals(stream_, streamName_, paths::baseName(request_.name), givenPage_);
+    form_ = globals_.form;
+    page_ = globals_.page;
     if (!globals_.form->written)
         whyReadOnly_ = "Workbooks of this old version are for reading only.";
+}
+
+const Globals& Workbook::globals()
+{
+    if (stale_) {
+        readStream();
+        globals_ = readGlobals(stream_, streamName_, paths::baseName(request_.name), givenPage_);
+        stale_ = false;
+    }
+    return globals_;
 }
 
 void Workbook::openFile()
@@ -131,13 +142,13 @@ void Workbook::requireWriteable() const
 
 void Workbook::checkText(std::string_view utf8) const
 {
-    if (globals_.form->version == 8)
+    if (form_->version == 8)
         return;
     std::string bytes;
-    if (!globals_.page->encode(utf8, bytes))
+    if (!page_->encode(utf8, bytes))
         throw EngineError(EngineErrorNumber::TypeConversion,
                           "The code page of the workbook does not have every character of a text.");
-    if (bytes.size() > globals_.form->longestText)
+    if (bytes.size() > form_->longestText)
         throw EngineError(EngineErrorNumber::ValueTooLong, "The text is too long for a cell.");
 }
 
@@ -148,7 +159,7 @@ void Workbook::readTexts()
     if (textsRead_)
         return;
     textsRead_ = true;
-    SharedStrings found = readSharedStrings(globals_.sst, texts_);
+    SharedStrings found = readSharedStrings(globals().sst, texts_);
     textsInFile_ = found.count;
     textsCutOff_ = found.cutOff;
     rich_ = std::move(found.rich);
@@ -167,6 +178,7 @@ OpenSheet& Workbook::sheet(int number)
     if (!isNew)
         return open;
     try {
+        const Globals& globals = this->globals();
         readTexts();
         open.sheet = std::make_shared<sheet::Sheet>();
         open.sheet->texts = &texts_;
@@ -174,7 +186,7 @@ OpenSheet& Workbook::sheet(int number)
         SheetContent content;
         content.cells = &open.sheet->cells;
         content.texts = &texts_;
-        readSheet(stream_, globals_.sheets[static_cast<std::size_t>(number)].position, globals_,
+        readSheet(stream_, globals.sheets[static_cast<std::size_t>(number)].position, globals,
                   content);
         open.blanks = std::move(content.blanks);
         open.faults = std::move(content.faults);
@@ -182,7 +194,7 @@ OpenSheet& Workbook::sheet(int number)
         open.sheet->blankType = [this, &open](std::uint32_t row, std::uint16_t column) {
             for (const BlankCell& blank : open.blanks)
                 if (blank.row == row && blank.column == column)
-                    return StyleBook::typeOfBlank(globals_, blank.xf);
+                    return StyleBook::typeOfBlank(this->globals(), blank.xf);
             return std::optional<FieldType>{};
         };
     } catch (...) {
@@ -203,7 +215,7 @@ bool Workbook::hasChanges() const
 
 std::size_t Workbook::pendingBytes() const
 {
-    constexpr std::size_t kBytesOfCell = 24;
+    constexpr std::size_t kBytesOfCell = 8;  // a rewrite costs much, a change little
     std::size_t cells = 0;
     for (const auto& [number, open] : sheets_)
         cells += open.sheet->cells.changeCount();
@@ -250,6 +262,7 @@ void Workbook::save(const std::function<void(WorkbookWriter&)>& change)
     if (!hasChanges() && !change && nameEnds_.empty())
         return;
     requireWriteable();
+    globals();
     readTexts();
     if (textsCutOff_)
         refuse(request_.name, "cannot be written: its texts are damaged.");
@@ -279,17 +292,18 @@ void Workbook::save(const std::function<void(WorkbookWriter&)>& change)
         open.sheet->cells.forgetChanges();
         open.edit.blankTypes.clear();
     }
-    const CodePage* page = request_.codePage.empty() ? nullptr : globals_.page;
     globals_ = {};
+    stream_ = {};
+    stale_ = true;
+    container_.reset();
     openFile();
-    readStream();
-    globals_ = readGlobals(stream_, streamName_, paths::baseName(request_.name), page);
 }
 
 // Structure
 
-bool Workbook::isNew() const
+bool Workbook::isNew()
 {
+    globals();
     return isNewWorkbook(stream_);
 }
 
@@ -297,7 +311,7 @@ int Workbook::addSheet(const std::string& name)
 {
     checkSheetName(name);
     save([&](WorkbookWriter& writer) { writer.addSheet(name); });
-    return static_cast<int>(globals_.sheets.size()) - 1;
+    return static_cast<int>(globals().sheets.size()) - 1;
 }
 
 void Workbook::renameSheet(int sheet, const std::string& name)
@@ -350,9 +364,10 @@ void Workbook::dropSheet(int sheet)
 
 void Workbook::hideName(const std::string& name)
 {
-    const auto found = std::find_if(globals_.names.begin(), globals_.names.end(),
-                                    [&](const NameInfo& n) { return n.name == name; });
-    if (found != globals_.names.end())
+    const std::vector<NameInfo>& names = globals().names;
+    const auto found =
+        std::find_if(names.begin(), names.end(), [&](const NameInfo& n) { return n.name == name; });
+    if (found != names.end())
         save([at = found->lastRowAt](WorkbookWriter& writer) { writer.hideName(at); });
 }
 

@@ -5,8 +5,9 @@
 //   1. The file is replaced as a whole (storage/replace_file.h): the old one stays until the new
 //   one
 //      is complete and safe.
-//   2. After save() stream and globals are those of the new file; the cells in memory stay, so that
-//      tables and cursors on them go on.
+//   2. After save() stream and globals are read again from the new file when they are next asked
+//   for; the
+//      cells in memory stay, so that tables and cursors on them go on.
 //   3. Number n of the text pool is text n of the file's shared texts as they were when first read;
 //      later texts have the numbers in textNumbers_.
 #pragma once
@@ -40,7 +41,8 @@ public:
     /// when somebody else has it open.
     Workbook(FileSystem& files, const OpenRequest& request);
 
-    const Globals& globals() const { return globals_; }
+    const Globals& globals();
+    const BiffForm& form() const { return *form_; }
     const sheet::TextPool& texts() const { return texts_; }
     /// The cells of a sheet, read at the first call.
     OpenSheet& sheet(int number);
@@ -66,12 +68,16 @@ public:
     void dropSheet(int sheet);
     void hideName(const std::string& name);
     /// Nobody has written into it since it was made.
-    bool isNew() const;
+    bool isNew();
 
     bool hasContainer() const { return container_ != nullptr; }
     const std::string& streamName() const { return streamName_; }
     std::vector<std::string> containerFaults() const;
-    Bytes stream() const { return stream_; }
+    Bytes stream()
+    {
+        globals();
+        return stream_;
+    }
     bool sharedTextsCutOff();
     std::size_t fileSize() { return static_cast<std::size_t>(file_->size()); }
 
@@ -93,6 +99,10 @@ private:
     std::string streamName_;
     std::vector<std::uint8_t> stream_;
     Globals globals_;
+    bool stale_ = false;  // stream and globals are of an older file
+    const BiffForm* form_ = nullptr;
+    const CodePage* page_ = nullptr;       // of 8-bit texts
+    const CodePage* givenPage_ = nullptr;  // by the connect string
     std::string whyReadOnly_;
 
     sheet::TextPool texts_;

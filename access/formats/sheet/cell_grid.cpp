@@ -138,7 +138,7 @@ const std::vector<Place>& CellGrid::changes()
 
 void CellGrid::forgetChanges()
 {
-    changes_.clear();
+    changes_ = {};
     sorted_ = true;
 }
 
