@@ -1,12 +1,11 @@
 // access/formats/text/text_driver.h - text files as tables.
 //
 // A folder is a database; every TXT, CSV, TAB and ASC file in it is a table under its whole name
-// ("Close.Txt", also called "Close#Txt").
-// Reads   fields separated by a comma, semicolon, tab or bar (found out from the first lines; a
-// file
-//         that has none is a table of lines), or of fixed width when schema.ini tells the columns;
-//         quotes; CR LF, LF and CR; UTF-8, UTF-16, 8-bit code pages (1252 when nothing else is told
-//         and the file is no UTF-8).
+// ("Close.Txt"; "Close#Txt" and "Close" find it, too).
+// Reads   fields separated by a comma, semicolon, tab or bar, found out from the first lines (a
+//         file that has none is a table of lines), or of fixed width when schema.ini tells the
+//         columns; quotes; CR LF, LF and CR; UTF-8, UTF-16, 8-bit code pages (1252 when nothing
+//         else is told and the file is no UTF-8).
 // Fields  are named by the first line, and typed by all values of a column, so that none is lost;
 //         names and types told by schema.ini come first. An empty field is Null, "" an empty text.
 // Writes  records at the end of a file, and new files with their section in schema.ini. Records are

@@ -70,6 +70,12 @@ std::vector<TableEntry> TextStore::catalogue()
 std::optional<std::string> TextStore::fileOf(std::string_view table)
 {
     const std::string name = withDot(table);
+    if (!isTextFile(name)) {
+        for (const std::string_view extension : kExtensions)
+            if (auto found = fileOf(name + "." + std::string(extension)))
+                return found;
+        return std::nullopt;
+    }
     if (!canBeFile(name))
         return std::nullopt;
     const auto info = files_.info(paths::join(request_.name, name));
@@ -80,12 +86,12 @@ std::optional<std::string> TextStore::fileOf(std::string_view table)
 
 std::shared_ptr<TextTable> TextStore::open(std::string_view table)
 {
-    const std::string key = paths::foldName(withDot(table));
-    if (const auto known = open_.find(key); known != open_.end())
-        return known->second;
     const auto name = fileOf(table);
     if (!name)
         notFound(table);
+    const std::string key = paths::foldName(*name);
+    if (const auto known = open_.find(key); known != open_.end())
+        return known->second;
     TextOpening opening;
     opening.files = &files_;
     opening.path = paths::join(request_.name, *name);
@@ -153,7 +159,7 @@ void TextStore::dropTable(std::string_view table)
     if (!name)
         notFound(table);
     open(table);  // 3045 when somebody else works on it
-    open_.erase(paths::foldName(withDot(table)));
+    open_.erase(paths::foldName(*name));
     files_.remove(paths::join(request_.name, *name));
     writeSchema(files_, request_.name, *name, {});
     files_.syncFolder(request_.name);

@@ -198,10 +198,7 @@ ValueView readValue(FieldType type, std::string_view text, const TextForm& form,
     }
     case ValueKind::Real: {
         const auto real = parseReal(withPoint(text, form, scratch));
-        if (!real)
-            return {};
-        return ValueView::real(
-            type == FieldType::Single ? static_cast<double>(static_cast<float>(*real)) : *real);
+        return real ? ValueView::real(*real) : ValueView();
     }
     case ValueKind::Decimal:
         return parseDecimal(withPoint(text, form, scratch)).value_or(ValueView());

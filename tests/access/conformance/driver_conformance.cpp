@@ -28,7 +28,8 @@ Database DriverConformance::makeDatabase()
 {
     files.makeFolder(kFolder);
     if (!format().folder)
-        workspace.CreateDatabase(kFile, kGeneralLocale, format().createOptions).Close();
+        workspace.CreateDatabase(kFile, kGeneralLocale + format().connect, format().createOptions)
+            .Close();
     return open();
 }
 
@@ -90,7 +91,7 @@ void DriverConformance::makeNotes(const std::vector<velnor::Index>& more)
     }
     makeTable({fieldDef("ID", FieldType::Long), fieldDef("NAME", FieldType::Text, 60),
                fieldDef("NOTE", FieldType::Memo)},
-              "T", indexes);
+              kTable, indexes);
 }
 
 void DriverConformance::addNote(Recordset& rs, int id, std::string_view name, std::string_view note)

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -35,6 +36,11 @@ struct FormatUnderTest {
     bool primaryKeys = true;  ///< has primary keys, which refuse Null; else they are unique only
     bool changesIndexes = false;  ///< Indexes().Append and Delete on a stored table
     bool changesFields = false;   ///< Fields().Append and Delete on a stored table
+    bool edits = true;            ///< records can be changed
+    bool deletes = true;          ///< and deleted
+    bool blankRecords = true;     ///< a record of Nulls alone is kept
+    std::size_t longestMemo = 200'000;
+    std::string tableMark;  ///< stands behind the name in the list of tables: ".txt", ":"
     int longestTable = 64;
     int longestField = 10;
     std::vector<FieldCase> fields;
@@ -69,24 +75,33 @@ protected:
     Database open(bool readOnly = false);
     /// Closes and opens again, so that what follows is read from the file.
     void reopen();
-    Recordset records(std::string_view table = "T", RecordsetType type = RecordsetType::Table)
+    Recordset records(std::string_view table = kTable, RecordsetType type = RecordsetType::Table)
     {
         return db.OpenRecordset(table, type);
     }
 
+    /// A table's name in the list of tables.
+    std::string listed(const std::string& table) const { return table + format().tableMark; }
+    /// So many characters, or what the format can hold.
+    std::size_t memoLength(std::size_t wanted) const
+    {
+        return std::min(wanted, format().longestMemo);
+    }
+
     /// A table with these fields and indexes.
-    void makeTable(const std::vector<FieldDef>& fields, std::string_view name = "T",
+    void makeTable(const std::vector<FieldDef>& fields, std::string_view name = kTable,
                    const std::vector<velnor::Index>& indexes = {});
-    /// Table T: ID Long, NAME Text 60, NOTE Memo; where there are indexes, a primary key on ID and
-    /// `more`.
+    /// Table NOTES: ID Long, NAME Text 60, NOTE Memo; where there are indexes, a primary key on ID
+    /// and `more`.
     void makeNotes(const std::vector<velnor::Index>& more = {});
     static void addNote(Recordset& rs, int id, std::string_view name, std::string_view note = {});
-    /// Field n of all records of T, in the order of `index`.
+    /// Field n of all records of NOTES, in the order of `index`.
     std::vector<std::string> column(int n, std::string_view index = {});
 
     /// Whether a Text field that was never set reads as Null, not as an empty text.
     bool keepsNullTexts() const;
 
+    static constexpr const char* kTable = "NOTES";  // "T" is a sheet's letter
     static constexpr const char* kFolder = "C:\\tables";
     static constexpr const char* kFile = "C:\\tables\\test.mdb";
     MemoryFileSystem files;

@@ -22,6 +22,8 @@ TEST_P(DriverConformance, everyTypeKeepsItsLimitsAndNull)
                 const FieldCase& field = format().fields[i];
                 if (row < field.values.size())
                     rs.setValue(static_cast<int>(i), field.values[row].view());
+                else if (i == 0 && !format().blankRecords)
+                    rs.setValue(0, field.values[0].view());
             }
             rs.Update();
         }
@@ -36,7 +38,7 @@ TEST_P(DriverConformance, everyTypeKeepsItsLimitsAndNull)
             const std::string read = shown(rs.value(static_cast<int>(i)));
             if (row < field.values.size()) {
                 EXPECT_EQ(read, shown(field.values[row].view())) << field.def.name;
-            } else if (field.keepsNull) {
+            } else if (field.keepsNull && (i > 0 || format().blankRecords)) {
                 EXPECT_EQ(read, "Null") << field.def.name;
             }
         }
@@ -46,6 +48,8 @@ TEST_P(DriverConformance, everyTypeKeepsItsLimitsAndNull)
 
 TEST_P(DriverConformance, editsReachEveryType)
 {
+    if (!format().edits)
+        GTEST_SKIP() << "this format changes no records";
     std::vector<FieldDef> defs;
     for (const FieldCase& field : format().fields)
         defs.push_back(field.def);
@@ -77,7 +81,7 @@ TEST_P(DriverConformance, theStructureReadsBackInOrder)
         defs.push_back(field.def);
     makeTable(defs);
     reopen();
-    TableDef& table = db.TableDefs()["t"];
+    TableDef& table = db.TableDefs()[listed("notes")];
     EXPECT_EQ(table.Attributes(), 0u);
     EXPECT_EQ(table.RecordCount(), 0);
     ASSERT_EQ(table.Fields().Count(), static_cast<int>(defs.size()));
@@ -91,7 +95,7 @@ TEST_P(DriverConformance, theLongestNamesAreKept)
     const std::string fieldName(static_cast<std::size_t>(format().longestField), 'F');
     makeTable({fieldDef(fieldName, FieldType::Text, 5)}, tableName);
     reopen();
-    EXPECT_EQ(db.TableDefs()[tableName].Fields()[fieldName].Name(), fieldName);
+    EXPECT_EQ(db.TableDefs()[listed(tableName)].Fields()[fieldName].Name(), fieldName);
     TableDef table = db.CreateTableDef("X");
     if (format().folder) {  // longer names are cut
         EXPECT_EQ(table.CreateField(fieldName + "G", 10, 5).Name(), fieldName);
@@ -107,8 +111,8 @@ TEST_P(DriverConformance, tablesComeAndGo)
     EXPECT_EQ(errorOf([&] { makeTable({fieldDef("A", FieldType::Text, 5)}, "one"); }), 3010);
     db.TableDefs().Delete("ONE");
     reopen();
-    EXPECT_FALSE(db.TableDefs().contains("ONE"));
-    EXPECT_TRUE(db.TableDefs().contains("TWO"));
+    EXPECT_FALSE(db.TableDefs().contains(listed("ONE")));
+    EXPECT_TRUE(db.TableDefs().contains(listed("TWO")));
     EXPECT_EQ(errorOf([&] { db.OpenRecordset("ONE"); }), 3078);
     makeTable({fieldDef("C", FieldType::Text, 5)}, "ONE");
     EXPECT_EQ(db.OpenRecordset("ONE").Fields()[0].Name(), "C");
@@ -117,7 +121,9 @@ TEST_P(DriverConformance, tablesComeAndGo)
 TEST_P(DriverConformance, memosOfEveryLengthAreKept)
 {
     makeNotes();
-    const int lengths[] = {1, 64, 500, 512, 5000, 200'000, 0};
+    std::vector<int> lengths{1, 64, 500, 512, 5000, 200'000, 0};
+    std::erase_if(lengths,
+                  [&](int n) { return static_cast<std::size_t>(n) > format().longestMemo; });
     {
         Recordset rs = records();
         for (const int length : lengths) {
@@ -141,17 +147,20 @@ TEST_P(DriverConformance, memosOfEveryLengthAreKept)
 
 TEST_P(DriverConformance, memosGrowAndShrink)
 {
+    if (!format().edits)
+        GTEST_SKIP() << "this format changes no records";
     makeNotes();
     {
         Recordset rs = records();
         addNote(rs, 1, "first", "short");
-        addNote(rs, 2, "second", std::string(3000, 'b'));
+        addNote(rs, 2, "second", std::string(memoLength(3000), 'b'));
         rs.MoveFirst();
-        for (const int length : {70'000, 10, 900, 5'000}) {
+        for (const std::size_t wanted : {70'000, 10, 900, 5'000}) {
+            const std::size_t length = memoLength(wanted);
             rs.Edit();
-            rs.setValue(2, ValueView::text(std::string(static_cast<std::size_t>(length), 'x')));
+            rs.setValue(2, ValueView::text(std::string(length, 'x')));
             rs.Update();
-            ASSERT_EQ(rs.value(2).asText().size(), static_cast<std::size_t>(length));
+            ASSERT_EQ(rs.value(2).asText().size(), length);
         }
         rs.Edit();
         rs.setValue(2, ValueView::null());
@@ -159,7 +168,7 @@ TEST_P(DriverConformance, memosGrowAndShrink)
         EXPECT_TRUE(rs.value(2).isNull());
     }
     reopen();
-    EXPECT_THAT(column(2), ElementsAre("Null", std::string(3000, 'b')));
+    EXPECT_THAT(column(2), ElementsAre("Null", std::string(memoLength(3000), 'b')));
 }
 
 TEST_P(DriverConformance, everyClassOfCharactersIsKept)
@@ -186,7 +195,7 @@ TEST_P(DriverConformance, fieldsAreAddedAndDroppedWithTheirRecordsKept)
         addNote(rs, 1, "one", "a note");
         addNote(rs, 2, "two");
     }
-    TableDef& table = db.TableDefs()["T"];
+    TableDef& table = db.TableDefs()[kTable];
     table.Fields().Append(table.CreateField("CITY", 10, 20));
     {
         Recordset rs = records();

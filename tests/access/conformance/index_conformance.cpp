@@ -90,7 +90,7 @@ TEST_P(DriverConformance, keysOfSeveralFieldsAreFoundByTheirFirst)
 {
     if (!format().indexes)
         GTEST_SKIP() << "this format keeps no indexes";
-    makeTable({fieldDef("CITY", FieldType::Text, 20), fieldDef("NUMBER", FieldType::Long)}, "T",
+    makeTable({fieldDef("CITY", FieldType::Text, 20), fieldDef("NUMBER", FieldType::Long)}, kTable,
               {indexOn("Place", {{"CITY"}, {"NUMBER"}})});
     Recordset rs = records();
     for (const char* city : {"Rome", "Bonn", "Oslo"})
@@ -123,16 +123,16 @@ TEST_P(DriverConformance, anIndexMadeLaterHoldsWhatWasThere)
             addNote(rs, i, std::string("n").append(std::to_string(i * 7919 % 500)));
         addNote(rs, 500, "n1");
     }
-    TableDef& table = db.TableDefs()["T"];
+    TableDef& table = db.TableDefs()[kTable];
     EXPECT_EQ(errorOf([&] { table.Indexes().Append(indexOn("Once", {{"NAME"}}, true)); }), 3022);
     table.Indexes().Append(indexOn("ByName", {{"NAME"}}));
     reopen();
     std::vector<std::string> names = column(1, "ByName");
     EXPECT_EQ(names.size(), 501u);
     EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
-    db.TableDefs()["T"].Indexes().Delete("ByName");
+    db.TableDefs()[kTable].Indexes().Delete("ByName");
     reopen();
-    EXPECT_FALSE(db.TableDefs()["T"].Indexes().contains("ByName"));
+    EXPECT_FALSE(db.TableDefs()[kTable].Indexes().contains("ByName"));
     Recordset rs = records();
     EXPECT_EQ(errorOf([&] { rs.Index("ByName"); }), 3015);
 }

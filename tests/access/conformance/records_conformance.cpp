@@ -10,6 +10,8 @@ using ::testing::ElementsAre;
 
 TEST_P(DriverConformance, recordsAreAddedChangedAndDeleted)
 {
+    if (!format().deletes)
+        GTEST_SKIP() << "this format deletes no records";
     makeNotes();
     {
         Recordset rs = records();
@@ -28,7 +30,7 @@ TEST_P(DriverConformance, recordsAreAddedChangedAndDeleted)
         EXPECT_EQ(shown(rs.value(1)), "TWO");
     }
     reopen();
-    EXPECT_EQ(db.TableDefs()["T"].RecordCount(), 2);
+    EXPECT_EQ(db.TableDefs()[kTable].RecordCount(), 2);
     EXPECT_THAT(column(1), ElementsAre("TWO", "three"));
     EXPECT_THAT(column(2), ElementsAre("Null", "third"));
 }
@@ -46,6 +48,8 @@ TEST_P(DriverConformance, anEmptyTableHasNoRecord)
 
 TEST_P(DriverConformance, walkingBackMeetsTheSameRecords)
 {
+    if (!format().deletes)
+        GTEST_SKIP() << "this format deletes no records";
     makeNotes();
     Recordset rs = records();
     for (int i = 0; i < 700; ++i)
@@ -96,19 +100,23 @@ TEST_P(DriverConformance, aCursorSeesTheRowsOfAnotherWriter)
     Recordset writer = records();
     addNote(writer, 1, "one");
     Database other = open();
-    Recordset reader = other.OpenRecordset("T", RecordsetType::Table);
+    Recordset reader = other.OpenRecordset(kTable, RecordsetType::Table);
     reader.MoveLast();
     addNote(writer, 2, "two", "note");
     reader.MoveNext();
     ASSERT_FALSE(reader.Eof());
     EXPECT_EQ(shown(reader.value(1)), "two");
     EXPECT_EQ(shown(reader.value(2)), "note");
+    if (!format().edits)
+        return;
     writer.MoveFirst();
     writer.Edit();
     writer.setValue(1, ValueView::text("ONE"));
     writer.Update();
     reader.MoveFirst();
     EXPECT_EQ(shown(reader.value(1)), "ONE");
+    if (!format().deletes)
+        return;
     writer.Delete();
     reader.MoveFirst();
     EXPECT_EQ(shown(reader.value(1)), "two");
@@ -117,6 +125,8 @@ TEST_P(DriverConformance, aCursorSeesTheRowsOfAnotherWriter)
 
 TEST_P(DriverConformance, recordsThatGrowKeepTheirPlaceAndTheirBookmarks)
 {
+    if (!format().edits)
+        GTEST_SKIP() << "this format changes no records";
     makeNotes();
     Recordset rs = records();
     for (int i = 0; i < 300; ++i)
@@ -140,6 +150,8 @@ TEST_P(DriverConformance, recordsThatGrowKeepTheirPlaceAndTheirBookmarks)
 
 TEST_P(DriverConformance, aTableEmptiedTakesNewRecords)
 {
+    if (!format().deletes)
+        GTEST_SKIP() << "this format deletes no records";
     makeNotes();
     Recordset rs = records();
     for (int i = 0; i < 200; ++i)
@@ -181,11 +193,13 @@ TEST_P(DriverConformance, aReadOnlyDatabaseRefusesToWrite)
     EXPECT_EQ(errorOf([&] { rs.AddNew(); }), 3027);
     EXPECT_EQ(errorOf([&] { rs.Edit(); }), 3027);
     EXPECT_EQ(errorOf([&] { rs.Delete(); }), 3027);
-    EXPECT_EQ(errorOf([&] { db.TableDefs().Delete("T"); }), 3027);
+    EXPECT_EQ(errorOf([&] { db.TableDefs().Delete(listed(kTable)); }), 3027);
 }
 
 TEST_P(DriverConformance, randomWorkEndsAsTheSameWorkOnAMap)
 {
+    if (!format().edits)
+        GTEST_SKIP() << "this format changes no records";
     makeNotes();
     std::mt19937 random(11);
     std::map<int, std::pair<std::string, std::string>> expected;
@@ -195,7 +209,7 @@ TEST_P(DriverConformance, randomWorkEndsAsTheSameWorkOnAMap)
         int next = 0;
         for (int step = 0; step < 1500; ++step) {
             const std::string name(1 + random() % 60, static_cast<char>('a' + step % 26));
-            const std::string note(random() % 4 ? 0 : 1 + random() % 6000, 'm');
+            const std::string note(random() % 4 ? 0 : memoLength(1 + random() % 6000), 'm');
             if (expected.empty() || random() % 3 == 0) {
                 addNote(rs, next, name, note);
                 marks[next] = rs.lastModified();
@@ -207,7 +221,7 @@ TEST_P(DriverConformance, randomWorkEndsAsTheSameWorkOnAMap)
                 chosen = expected.begin();
             ASSERT_TRUE(rs.moveToBookmark(marks.at(chosen->first)));
             ASSERT_EQ(shown(rs.value(0)), std::to_string(chosen->first));
-            if (random() % 4 == 0) {
+            if (format().deletes && random() % 4 == 0) {
                 rs.Delete();
                 marks.erase(chosen->first);
                 expected.erase(chosen);

@@ -156,6 +156,67 @@ FormatUnderTest access4()
     return format;
 }
 
+FormatUnderTest text()
+{
+    FormatUnderTest format;
+    format.name = "Text";
+    format.connect = "Text;";
+    format.edits = format.deletes = false;
+    format.tableMark = ".txt";
+    format.longestTable = 60;
+    format.longestField = 64;
+    FieldDef decimal = fieldDef("Decimal", FieldType::Decimal);
+    decimal.precision = 28;
+    std::vector<Value> decimals;
+    for (const char* digits : {"-12345678901234.5678", "0.0001", "79228162514264337593543950335"})
+        decimals.emplace_back(parseDecimal(digits).value());
+    format.fields = {
+        {fieldDef("Text field", FieldType::Text, 255),
+         texts({"a", std::string(255, 'x'), " b ", "", "007", "1.50", "a,b", "\"", "l1\r\nl2"})},
+        {fieldDef("Boolean", FieldType::Boolean), booleans()},
+        {fieldDef("Byte", FieldType::Byte), integers({0, 255})},
+        {fieldDef("Integer", FieldType::Integer), integers({-32768, 32767})},
+        {fieldDef("Long", FieldType::Long), integers({-2147483647 - 1, 2147483647})},
+        {fieldDef("Currency", FieldType::Currency), money({-123456789, 1, 90000000000})},
+        {fieldDef("Single", FieldType::Single), reals({-0.5, 1.5e38, 0})},
+        {fieldDef("Double", FieldType::Double), reals({-1.0 / 3, 1.7e308, 5e-324})},
+        {fieldDef("Date", FieldType::Date),
+         dates({"0100-01-01", "9999-12-31 23:59:59", "1899-12-29 06:00:00", "2004-02-29"})},
+        {decimal, decimals},
+        {fieldDef("Memo", FieldType::Memo), texts({"short", std::string(70'000, 'm')})},
+        {fieldDef("Guid", FieldType::Guid), texts({"{01234567-89AB-CDEF-0123-456789ABCDEF}"})},
+    };
+    format.texts = {"plain",        "two words", "tab\there", "äöüÄÖÜß",
+                    "€ „quoted“ …", "Русский",   "漢字かな",  "😀 pair"};
+    return format;
+}
+
+/// Sheets keep numbers as doubles, and the kind of a column by its cells.
+FormatUnderTest lotus()
+{
+    FormatUnderTest format;
+    format.name = "Lotus";
+    format.connect = "Lotus WK4;";
+    format.folder = false;
+    format.deletes = format.blankRecords = false;
+    format.longestMemo = 511;
+    format.tableMark = ":";
+    format.longestTable = 15;
+    format.longestField = 64;
+    format.fields = {
+        {fieldDef("Text field", FieldType::Text, 255), texts({"a", std::string(255, 'x'), " b "})},
+        {fieldDef("Long", FieldType::Long), integers({-2147483647 - 1, 2147483647, 0, -16384})},
+        {fieldDef("Currency", FieldType::Currency), money({-123456789, 1, 90000000000})},
+        {fieldDef("Double", FieldType::Double), reals({-1.0 / 3, 1.7e308, 5e-324, -0.5})},
+        {fieldDef("Date", FieldType::Date),
+         dates({"1900-01-01", "9999-12-31 23:59:59", "2004-02-29", "1899-12-30 06:00:00"})},
+        {fieldDef("Memo", FieldType::Memo), texts({"short", std::string(511, 'm')})},
+    };
+    format.texts = {"plain",   "two words", "tab\there", "äöüÄÖÜß", "€ „quoted“ …",
+                    "Русский", "Ελληνικά",  "漢字かな",  "😀 pair",  "l1\r\nl2"};
+    return format;
+}
+
 std::string nameOf(const ::testing::TestParamInfo<FormatUnderTest>& info)
 {
     return info.param.name;
@@ -170,5 +231,8 @@ INSTANTIATE_TEST_SUITE_P(Xbase, DriverConformance,
                          nameOf);
 INSTANTIATE_TEST_SUITE_P(Access, DriverConformance,
                          ::testing::Values(access4(), access("Access3", 32)), nameOf);
+
+INSTANTIATE_TEST_SUITE_P(Text, DriverConformance, ::testing::Values(text()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Lotus, DriverConformance, ::testing::Values(lotus()), nameOf);
 
 }  // namespace velnor::test

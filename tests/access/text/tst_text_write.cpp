@@ -137,7 +137,7 @@ TEST_F(TextWrite, aNewFileHasItsTypesInSchemaIni)
     EXPECT_EQ(fieldsOf(*store, "new.csv"),
               (Lines{"Order no 4", "NAME 10", "PRICE 5", "DAY 8", "PAID 1", "NOTE 12", "RATE 6"}));
     EXPECT_EQ(rowsOf(*store, "new.csv")[0],
-              "1 '007' 1.25 2004-02-29 12:00:00 True '' 0.10000000149011612");
+              "1 '007' 1.25 2004-02-29 12:00:00 True '' 0.1");
     EXPECT_EQ(errorOf(make), 3010);
     store->dropTable("new.csv");
     EXPECT_FALSE(files.exists("C:\\new.csv"));
