@@ -5,7 +5,6 @@
 #include <QIcon>
 #include <QPalette>
 #include <QStyle>
-#include <QStyleFactory>
 
 #include "access/routing.h"
 #include "core/application_folder.h"
@@ -15,6 +14,7 @@
 #include "organizer/organizer_store.h"
 #include "platform/desktop_qt/qt_desktop.h"
 #include "platform/host.h"
+#include "windows/outline_style.h"
 #include "windows/save_file_as.h"
 #include "windows/velnor1.h"
 
@@ -55,8 +55,9 @@ void dress(QApplication& app)
     QIcon::setFallbackThemeName(theme);
     if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
         QIcon::setThemeName(theme);
-    if (QApplication::style()->name().compare(QLatin1String("windows"), Qt::CaseInsensitive) == 0)
-        QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    const QString style = QApplication::style()->name().toLower();
+    if (style == QLatin1String("windows") || style == QLatin1String("fusion"))
+        QApplication::setStyle(new OutlineStyle);
 }
 
 /// Some desktops give dark fields and leave hints black: a grey that reads on either.

@@ -44,15 +44,6 @@ QPalette::ColorRole roleOf(int number)
     }
 }
 
-/// `set` as people left it; its first value on a window in the desktop's colours is the desktop's.
-ColorPair settled(ColorPair set, ColorPair first)
-{
-    const auto& G = globals();
-    const bool untouched = set == first;
-    return untouched && isDesktopPair({G.MAIN_BACK_COLOR, G.MAIN_TEXT_COLOR}) ? kDesktopWindow
-                                                                              : set;
-}
-
 }  // namespace
 
 QColor toQColor(ColorValue color)
@@ -69,22 +60,38 @@ ColorValue toColorValue(const QColor& color)
     return color.red() | color.green() << 8 | color.blue() << 16;
 }
 
+ColorPair followingColors(ColorPair set, ColorPair mainWindow)
+{
+    const bool untouched =
+        set == kFirstDisplayColors || set == kFirstTabColors || set == kFirstButtonColors;
+    return untouched && isDesktopPair(mainWindow) ? kDesktopWindow : set;
+}
+
+namespace {
+
+ColorPair mainColors()
+{
+    return {globals().MAIN_BACK_COLOR, globals().MAIN_TEXT_COLOR};
+}
+
+}  // namespace
+
 ColorPair displayColors()
 {
     const auto& G = globals();
-    return settled({G.DISPLAY_BACK_COLOR, G.DISPLAY_TEXT_COLOR}, kFirstDisplayColors);
+    return followingColors({G.DISPLAY_BACK_COLOR, G.DISPLAY_TEXT_COLOR}, mainColors());
 }
 
 ColorPair tabColors()
 {
     const auto& G = globals();
-    return settled({G.TAB_BACK_COLOR, G.TAB_TEXT_COLOR}, kFirstTabColors);
+    return followingColors({G.TAB_BACK_COLOR, G.TAB_TEXT_COLOR}, mainColors());
 }
 
 ColorPair buttonColors()
 {
     const auto& G = globals();
-    return settled({G.BUTTON_BACK_COLOR, G.BUTTON_TEXT_COLOR}, kFirstButtonColors);
+    return followingColors({G.BUTTON_BACK_COLOR, G.BUTTON_TEXT_COLOR}, mainColors());
 }
 
 }  // namespace velnor

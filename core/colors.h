@@ -40,6 +40,7 @@ inline constexpr ColorPair kFirstButtonColors{0xC0C0C0, 0};
 
 /// What display fields, tabs and buttons are painted with. Until people set them they follow the
 /// main window: they are the desktop's when that is.
+ColorPair followingColors(ColorPair set, ColorPair mainWindow);
 ColorPair displayColors();
 ColorPair tabColors();
 ColorPair buttonColors();

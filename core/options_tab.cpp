@@ -25,7 +25,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kPairs = 12;
+constexpr std::size_t kPairs = 12;
+constexpr std::size_t kMainPair = 0, kTabPair = 2, kDisplayPair = 5, kButtonPair = 11;
 constexpr int kFirstFavorite = 4;
 constexpr std::array<const char*, 3> kGridStyles{"F", "R", "I"};
 
@@ -131,12 +132,21 @@ QString OptionsTab::addressList() const
     return given.join(u"\r\n"_s);
 }
 
+ColorPair OptionsTab::boxPair(std::size_t pair) const
+{
+    return {Text5[pair]->BackColor(), Text5[pair + kPairs]->BackColor()};
+}
+
 /// Each pair as it will be; where people choose a pair that is hard to read, this shows it.
 void OptionsTab::showSamples()
 {
+    const ColorPair main = boxPair(kMainPair);
     for (std::size_t i = 0; i < kPairs; ++i) {
-        const QColor back = toQColor(Text5[i]->BackColor());
-        const QColor text = toQColor(Text5[i + kPairs]->BackColor());
+        ColorPair pair = boxPair(i);
+        if (i == kTabPair || i == kDisplayPair || i == kButtonPair)
+            pair = followingColors(pair, main);
+        const QColor back = toQColor(pair.back);
+        const QColor text = toQColor(pair.text);
         QPalette palette;
         palette.setColor(QPalette::Window, back);
         palette.setColor(QPalette::WindowText, text);

@@ -7,6 +7,7 @@
 #include <array>
 #include <functional>
 
+#include "core/colors.h"
 #include "core/main_tab.h"
 #include "core/settings.h"
 
@@ -80,6 +81,7 @@ private:
     void connectControls();
 
     void showSamples();
+    ColorPair boxPair(std::size_t pair) const;
     bool blocksFit();
     void takeOptions();
 

@@ -162,7 +162,7 @@ QGroupBox* OptionsTab::buildGeneral()
     Label7->setMinimumWidth(fontMetrics().averageCharWidth() * 6);
     line->addWidget(HScroll2);
     line->addWidget(Label7);
-    form->addRow(tr("Row &height:"), height);
+    form->addRow(tr("&Row height:"), height);
     return frame;
 }
 
@@ -171,7 +171,7 @@ QGroupBox* OptionsTab::buildSearch()
     auto* frame = new QGroupBox(u" Set Program Search and Database Options "_s, this);
     auto* form = new QFormLayout(frame);
     form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
-    form->addRow(tr("&First block of files:"),
+    form->addRow(tr("Fir&st block of files:"),
                  field(0, tr("Files that a search looks at first, 2,500 to 10,000"), frame));
     form->addRow(tr("&Next block of files:"),
                  field(1, tr("Files that it looks at in each later block, 500 to 2,500"), frame));
@@ -191,7 +191,7 @@ QGroupBox* OptionsTab::buildMail()
     auto* row = new QHBoxLayout(book);
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(field(2, tr("Address list that the mail workspace opens"), book), 1);
-    OptnOpenMailBtn = button("OptnOpenMailBtn", tr("&Open..."),
+    OptnOpenMailBtn = button("OptnOpenMailBtn", tr("Ope&n..."),
                              u"Select E-Mail Address List to Open"_s, "document-open", book);
     row->addWidget(OptnOpenMailBtn);
     form->addRow(tr("Address &book:"), book);

@@ -20,6 +20,8 @@
 #include "windows/child_geometry.h"
 #include "windows/childfrm3.h"
 #include "windows/data_strip.h"
+#include "windows/find_bar.h"
+#include "windows/grid_search.h"
 #include "windows/mdiform1.h"
 #include "windows/paint_colors.h"
 #include "windows/record_grid.h"
@@ -443,6 +445,20 @@ void ChildFrm1::mnuFileRefresh_Click()
 void ChildFrm1::mnuEditCopy_Click()
 {
     MSFlexGrid1->copySelection();
+}
+
+void ChildFrm1::mnuFindText_Click()
+{
+    findBar->open();
+}
+
+void ChildFrm1::mnuFindNextText_Click()
+{
+    if (findBar->text().isEmpty())
+        return findBar->open();
+    const QModelIndex here = MSFlexGrid1->currentIndex();
+    findBar->say(tr("Searching..."));
+    search_->start(findBar->text(), here.row(), here.column());
 }
 
 void ChildFrm1::ID_DataToggle_Click()

@@ -19,6 +19,8 @@ class QToolButton;
 namespace velnor {
 
 class DataStrip;
+class FindBar;
+class GridSearch;
 class RecordGrid;
 class RecordsetModel;
 
@@ -39,6 +41,7 @@ public:
     QWidget* Frame2;  // a memo as a whole
     QPlainTextEdit* Text2;
     QToolButton* ExitCommBtn;
+    FindBar* findBar;
 
     // Members that others look at.
     short NUMINDEXES = 0;
@@ -54,6 +57,8 @@ public:
     void mnuViewComments_Click() override;
     void mnuFileRefresh_Click() override;
     void mnuEditCopy_Click() override;
+    void mnuFindText_Click() override;
+    void mnuFindNextText_Click() override;
     void ID_DataToggle_Click() override;
     void showTable(const QString& name) override;
     QStringList tables() const override;
@@ -88,6 +93,7 @@ private:
     void setColumns();
     void setRowHeight();
     void showComments(int row, int column);
+    QWidget* buildFind();
     void showPanes();
     void paintWindow();
     void recordCell(int row);
@@ -103,6 +109,7 @@ private:
     bool loading_ = false;  // the lists are being filled: a click in them is not the user's
     bool opened_ = false;   // counted in DATABASE_COUNT
     RecordsetModel* rows_;
+    GridSearch* search_;
     QWidget* tableBox_;
     QWidget* indexBox_;
     QSplitter* side_;

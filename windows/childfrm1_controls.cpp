@@ -9,8 +9,11 @@
 #include <QVBoxLayout>
 
 #include "core/attempt.h"
+#include "core/text.h"
 #include "windows/childfrm1.h"
 #include "windows/data_strip.h"
+#include "windows/find_bar.h"
+#include "windows/grid_search.h"
 #include "windows/pane_heading.h"
 #include "windows/record_grid.h"
 #include "windows/recordset_model.h"
@@ -91,6 +94,7 @@ void ChildFrm1::buildControls()
     column->setSpacing(0);
     column->addWidget(Data1Strip);
     column->addWidget(side_, 1);
+    column->addWidget(buildFind());
     setFocusProxy(MSFlexGrid1);
 
     const auto move = [this](QToolButton* button, void (DataControl::*step)()) {
@@ -113,6 +117,29 @@ void ChildFrm1::buildControls()
     connect(ExitCommBtn, &QToolButton::clicked, this, edge(this, &ChildFrm1::ExitCommBtn_Click));
     showPanes();
     Frame2->hide();
+}
+
+QWidget* ChildFrm1::buildFind()
+{
+    findBar = new FindBar(this);
+    search_ = new GridSearch(*rows_, this);
+    connect(findBar, &FindBar::findNext, this, edge(this, &ChildFrm1::mnuFindNextText_Click));
+    connect(findBar, &FindBar::closed, this, [this] {
+        search_->stop();
+        findBar->say({});
+        findBar->hide();
+        MSFlexGrid1->setFocus();
+    });
+    connect(search_, &GridSearch::found, this, [this](int row, int column) {
+        findBar->say(tr("Record %1").arg(text::thousands(row + 1)));
+        MSFlexGrid1->setCurrentIndex(rows_->index(row, column));
+        MSFlexGrid1->scrollTo(rows_->index(row, column));
+    });
+    connect(search_, &GridSearch::notFound, this, [this] { findBar->say(tr("Not found")); });
+    connect(search_, &GridSearch::at, this, [this](int row) {
+        findBar->say(tr("Searching... record %1").arg(text::thousands(row)));
+    });
+    return findBar;
 }
 
 QWidget* ChildFrm1::buildLists()

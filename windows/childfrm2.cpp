@@ -16,6 +16,7 @@
 #include "platform/host.h"
 #include "platform/paths.h"
 #include "windows/child_geometry.h"
+#include "windows/find_bar.h"
 #include "windows/mdiform1.h"
 #include "windows/paint_colors.h"
 
@@ -86,6 +87,13 @@ ChildFrm2::ChildFrm2(MDIForm1& shell) : DocumentChild(shell)
     column->setSpacing(0);
     column->addWidget(notice);
     column->addWidget(Text1, 1);
+    findBar = new FindBar(this);
+    column->addWidget(findBar);
+    connect(findBar, &FindBar::findNext, this, edge(this, &ChildFrm2::mnuFindNextText_Click));
+    connect(findBar, &FindBar::closed, this, [this] {
+        findBar->hide();
+        Text1->setFocus();
+    });
     setFocusProxy(Text1);
 }
 
@@ -143,6 +151,19 @@ void ChildFrm2::Form_Activate()
     shell_.showFileLength({});
     attempt([&] { shell_.showFileLength(text::thousands(fileLength(FILE_USE)) + u" Bytes"_s); });
     G.WORK_FILE = caption();
+}
+
+void ChildFrm2::mnuFindText_Click()
+{
+    findBar->open();
+}
+
+/// From the end of what is chosen on; at the end of the text nothing is found, and the choice stays.
+void ChildFrm2::mnuFindNextText_Click()
+{
+    if (findBar->text().isEmpty())
+        return findBar->open();
+    findBar->say(Text1->find(findBar->text()) ? QString() : tr("Not found"));
 }
 
 void ChildFrm2::applyOptions()

@@ -9,6 +9,8 @@ class QPlainTextEdit;
 
 namespace velnor {
 
+class FindBar;
+
 class ChildFrm2 : public DocumentChild {
     Q_OBJECT
 public:
@@ -16,12 +18,15 @@ public:
 
     QPlainTextEdit* Text1;  // the text
     QLabel* notice;         // what is not shown of it, and why
+    FindBar* findBar;
 
     void Form_Load() override;
     void Form_Activate() override;
     void enableTools() override;
     void mnuEditCopy_Click() override;
     void applyOptions() override;
+    void mnuFindText_Click() override;
+    void mnuFindNextText_Click() override;
 
 protected:
     void Form_Unload() override;

@@ -40,6 +40,8 @@ public:
     virtual void mnuFileSaveAs_Click();
     virtual void mnuFileOLE_Click();
     virtual void mnuEditCopy_Click() {}
+    virtual void mnuFindText_Click() {}
+    virtual void mnuFindNextText_Click() {}
     /// Goes from the grid to data entry, or back.
     virtual void ID_DataToggle_Click() {}
     /// Shows another table of the same file.

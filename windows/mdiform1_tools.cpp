@@ -236,8 +236,11 @@ void MDIForm1::buildMenus()
         *edit,
         {childTool(u"ID_mnuCopySelect"_s, u"&Copy"_s, {}, u"edit-copy"_s,
                    &DocumentChild::mnuEditCopy_Click),
-         notThereYet(u"ID_mnuFindText"_s, u"&Find..."_s, u"edit-find"_s, u"the document viewer"_s),
-         notThereYet(u"ID_mnuFindNextText"_s, u"Find &Next"_s, {}, u"the document viewer"_s)});
+         childTool(u"ID_mnuFindText"_s, u"&Find..."_s, u"Find a text"_s, u"edit-find"_s,
+                   &DocumentChild::mnuFindText_Click, QKeySequence::Find),
+         childTool(u"ID_mnuFindNextText"_s, u"Find &Next"_s, u"Find the text again"_s,
+                   u"go-down-search"_s, &DocumentChild::mnuFindNextText_Click,
+                   QKeySequence::FindNext)});
 
     QMenu* view = menuBar()->addMenu(tr("&View"));
     ToolBarComp1->adopt(u"ID_mnuView"_s, view->menuAction());

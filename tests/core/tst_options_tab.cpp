@@ -62,6 +62,20 @@ private slots:
         }
     }
 
+    void mnemonics_areDifferentOnEachForm_andFromTheMenus()
+    {
+        for (int form = 0; form < 4; ++form) {
+            tab_->showFrame(form);
+            QString seen = "FEVOCQUWH";
+            for (const QLabel* label : tab_->findChildren<QLabel*>())
+                if (label->buddy() && label->isVisible())
+                    checkMnemonic(label->text(), seen);
+            for (const QAbstractButton* button : tab_->findChildren<QAbstractButton*>())
+                if (button->isVisible())
+                    checkMnemonic(button->text(), seen);
+        }
+    }
+
     void captions_areThoseOfTheOptions_data()
     {
         QTest::addColumn<int>("index");
@@ -258,6 +272,15 @@ private slots:
     }
 
 private:
+    static void checkMnemonic(const QString& text, QString& seen)
+    {
+        const auto at = text.indexOf('&');
+        if (at < 0)
+            return;
+        const QChar letter = text[at + 1].toUpper();
+        QVERIFY2(!seen.contains(letter), qPrintable(text));
+        seen += letter;
+    }
     void chooseColor(size_t box, const QColor& color)
     {
         prompt_->expectDialog("ColorDialog", [color](QDialog& dialog) {

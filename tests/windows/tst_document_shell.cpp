@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMdiSubWindow>
 #include <QPlainTextEdit>
 #include <QSignalSpy>
@@ -12,6 +13,7 @@
 #include "core/window_list.h"
 #include "tests/windows/window_fixture.h"
 #include "windows/childfrm2.h"
+#include "windows/find_bar.h"
 #include "windows/mdiform1.h"
 
 using namespace velnor;
@@ -184,6 +186,20 @@ private slots:
         text->Form_Activate();
         QCOMPARE(text->Text1->palette().color(QPalette::Base), QColor(0x30, 0x20, 0x10));
         QCOMPARE(text->Text1->palette().color(QPalette::Text), QColor(0x80, 0x40, 0));
+    }
+
+    void findInAText_goesOnBehindWhatItFound_andStaysAtTheEnd()
+    {
+        fixture_->sandbox.write("C:\\data\\a.txt", "one two one");
+        auto* text = qobject_cast<ChildFrm2*>(openText("C:\\data\\a.txt"));
+        shell_->ToolBarComp1->click("ID_mnuFindText");
+        text->findBar->words->setText("ONE");
+        for (const int end : {3, 11, 11}) {
+            shell_->ToolBarComp1->click("ID_mnuFindNextText");
+            QCOMPARE(text->Text1->textCursor().position(), end);
+            QCOMPARE(text->Text1->textCursor().selectedText(), "one");
+        }
+        QCOMPARE(text->findBar->answer(), "Not found");
     }
 
     void arranging_keepsEveryChild()

@@ -1,5 +1,6 @@
 // The table browser in the document shell, on files made through the engine.
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
@@ -11,11 +12,37 @@
 #include "windows/child_geometry.h"
 #include "windows/childfrm1.h"
 #include "windows/data_strip.h"
+#include "windows/find_bar.h"
 #include "windows/mdiform1.h"
 #include "windows/record_grid.h"
 
 using namespace velnor;
 using namespace velnor::testing;
+
+namespace {
+
+/// A disk on which no file opens, for the reason given.
+class RefusingFiles final : public FileSystem {
+public:
+    RefusingFiles(FileSystem& files, EngineErrorNumber reason) : files_(files), reason_(reason) {}
+    std::unique_ptr<File> open(std::string_view, OpenMode) override
+    {
+        throw EngineError(reason_, "refused");
+    }
+    std::optional<FileInfo> info(std::string_view path) override { return files_.info(path); }
+    std::vector<FileInfo> list(std::string_view folder) override { return files_.list(folder); }
+    void remove(std::string_view) override {}
+    void rename(std::string_view, std::string_view) override {}
+    void makeFolder(std::string_view) override {}
+    void removeFolder(std::string_view) override {}
+    void syncFolder(std::string_view) override {}
+
+private:
+    FileSystem& files_;
+    EngineErrorNumber reason_;
+};
+
+}  // namespace
 
 class TstTableBrowser : public QObject {
     Q_OBJECT
@@ -170,6 +197,64 @@ private slots:
         open("C:\\data\\a.zip");
         QTRY_COMPARE(shell_->NUM_CHILDWINDOWS, short(0));
         QCOMPARE(handedOver, "C:\\data\\a.zip");
+    }
+
+    void find_goesFromCellToCell_andRoundOnce()
+    {
+        fixture_->makeCustomers();
+        ChildFrm1* child = open("C:\\data\\CUSTOMER.DBF");
+        auto* grid = child->MSFlexGrid1;
+        grid->setCurrentIndex(grid->model()->index(0, 0));
+        shell_->ToolBarComp1->click("ID_mnuFindText");
+        QVERIFY(!child->findBar->isHidden());
+        QTest::keyClicks(child->findBar->words, "SECOND");  // behind the memo's first line
+        QTest::keyClick(child->findBar->words, Qt::Key_Return);
+        QTRY_COMPARE(child->findBar->answer(), "Record 1");
+        QCOMPARE(grid->currentIndex(), grid->model()->index(0, 2));
+        child->findBar->words->setText("e");
+        for (const QModelIndex& place :
+             {grid->model()->index(1, 0), grid->model()->index(2, 0), grid->model()->index(0, 2)}) {
+            child->findBar->say({});
+            shell_->ToolBarComp1->click("ID_mnuFindNextText");
+            QTRY_VERIFY(child->findBar->answer().startsWith("Record"));
+            QCOMPARE(grid->currentIndex(), place);
+        }
+        child->findBar->words->setText("nowhere");
+        shell_->ToolBarComp1->click("ID_mnuFindNextText");
+        QTRY_COMPARE(child->findBar->answer(), "Not found");
+        QCOMPARE(grid->currentIndex(), grid->model()->index(0, 2));
+        QTest::keyClick(child->findBar->words, Qt::Key_Escape);
+        QVERIFY(child->findBar->isHidden());
+    }
+
+    void openingErrors_areToldInTheirWords_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::addColumn<QString>("words");
+        QTest::addColumn<bool>("handsOver");
+        QTest::newRow("read-only at the control")
+            << 3027 << "File Viewer could not open this Database Table" << true;
+        QTest::newRow("no memory")
+            << 523 << "Not Enough Memory to Load the File - Close some Windows or Rerun the Program"
+            << false;
+        QTest::newRow("anything else") << 3051 << "Error - 3051 - refused" << false;
+    }
+    void openingErrors_areToldInTheirWords()
+    {
+        QFETCH(int, number);
+        QFETCH(QString, words);
+        QFETCH(bool, handsOver);
+        fixture_->makeCustomers();
+        QStringList handedOver;
+        upcalls().OpenwithOLE = [&](const QString& path) { handedOver << path; };
+        RefusingFiles refusing(fixture_->sandbox.files(), static_cast<EngineErrorNumber>(number));
+        fixture_->sandbox.useFiles(&refusing);
+        open("C:\\data\\CUSTOMER.DBF");
+        fixture_->sandbox.useFiles(nullptr);
+        QCOMPARE(fixture_->prompt.told, QStringList{words});
+        QCOMPARE(!handedOver.isEmpty(), handsOver);
+        QTRY_COMPARE(shell_->NUM_CHILDWINDOWS, short(0));
+        QVERIFY(!shell_->CLOSE_WINDOW_FLG);
     }
 
     void closedWindow_letsTheFileGo_andStepsTheCascadeBack()
