@@ -54,6 +54,7 @@ private:
 
 void IndexCheck::run(std::int64_t records)
 {
+    index_.tree->settle();
     visit(def_.root, 0, {});
     if (expectedLeaf_ != 0)
         problem("Its last leaf names page " + std::to_string(expectedLeaf_) + " as the next.");

@@ -17,7 +17,6 @@ namespace velnor::jet {
 namespace {
 
 constexpr PageNumber kMapsPage = 1, kFirstDefinition = 2, kFirstMapRecords = 6;
-constexpr std::uint32_t kObjectsWithRights = 8;
 constexpr SortOrder kGeneral{};
 constexpr std::uint16_t kCodePage = 1252;
 constexpr std::uint16_t kBuildJet3 = 623, kBuildJet4 = 9756;
@@ -214,9 +213,6 @@ void fillCatalog(FileSystem& files, const OpenRequest& skeleton)
     Catalog catalog(file);
     addMissingObjects(catalog);
     addMissingRights(catalog);
-    const auto rights = catalog.systemTable("MSysACEs");
-    rights->def().realIndexes[0].distinct = kObjectsWithRights;
-    rights->countsChanged();
     catalog.saveCounts();
     file.commit();
 }

@@ -108,7 +108,7 @@ void IndexBuilder::finish()
         child = top ? tree_.root_ : level.page;
         write(level, number, child, 0);
     }
-    ++tree_.version_;
+    tree_.nodesChanged();
     finished_ = true;
 }
 

@@ -76,6 +76,7 @@ void IndexPageView::readMask(std::uint32_t number)
     const auto area = static_cast<std::uint32_t>(layout_->entryBytes);
     const std::size_t least = kPlaceBytes + 1 + (leaf() ? 0 : kChildBytes);
     std::uint32_t start = 0;
+    std::uint32_t shortest = area;  // of the stored entries but the first
     std::size_t n = 0;
     for (std::size_t byte = 0; byte < bytes; byte += 8) {
         std::uint64_t word64 = 0;
@@ -83,13 +84,13 @@ void IndexPageView::readMask(std::uint32_t number)
         for (; word64 != 0; word64 &= word64 - 1) {
             const auto end = static_cast<std::uint32_t>(byte * 8) +
                              static_cast<std::uint32_t>(std::countr_zero(word64));
-            const std::size_t whole = end - start + (n > 0 ? prefix_ : 0u);
-            if (end > area || end == start || whole < least)
-                damagedPage(number);
             ends_[n++] = static_cast<std::uint16_t>(end);
+            shortest = std::min(shortest, n > 1 ? end - start : area);
             start = end;
         }
     }
+    if (n > 0 && (start > area || ends_[0] < least || shortest + prefix_ < least))
+        damagedPage(number);
     count_ = static_cast<int>(n);
     if (n > 1 && (prefix_ > ends_[0] || (!leaf() && prefix_ != 0)))
         damagedPage(number);
@@ -115,6 +116,17 @@ bool IndexPageView::equals(int index, Bytes entry) const
     const std::size_t lead = index > 0 ? prefix_ : 0;
     return entry.size() == lead + own.size() && std::memcmp(entry.data(), entries_, lead) == 0 &&
            std::memcmp(entry.data() + lead, own.data(), own.size()) == 0;
+}
+
+bool IndexPageView::hasKey(int index, Bytes key) const
+{
+    const Bytes own = stored(index);
+    const std::size_t lead = index > 0 ? prefix_ : 0;
+    if (lead + own.size() != key.size() + kPlaceBytes)
+        return false;
+    const std::size_t shared = std::min(lead, key.size());
+    return std::memcmp(entries_, key.data(), shared) == 0 &&
+           std::memcmp(own.data(), key.data() + shared, key.size() - shared) == 0;
 }
 
 std::uint32_t IndexPageView::child(int index) const
@@ -192,6 +204,20 @@ void IndexPageContent::append(Bytes entry)
     ends_.push_back(static_cast<std::uint32_t>(bytes_.size()));
 }
 
+int IndexPageContent::lowerBound(int from, Bytes wanted) const
+{
+    int low = from;
+    int high = count();
+    while (low < high) {
+        const int middle = (low + high) / 2;
+        if (compareEntries(entry(middle), wanted) < 0)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
+}
+
 void IndexPageContent::insert(int index, Bytes entry)
 {
     const std::uint32_t start = startOf(index);
@@ -261,8 +287,19 @@ std::size_t IndexPageContent::longest() const
 
 std::uint32_t sharedBytes(Bytes a, Bytes b)
 {
-    const auto differ = std::ranges::mismatch(a, b);
-    return static_cast<std::uint32_t>(differ.in1 - a.begin());
+    const std::size_t both = std::min(a.size(), b.size());
+    std::size_t same = 0;
+    while (same + 8 <= both) {
+        const std::uint64_t differ =
+            loadLE<std::uint64_t>(a.data() + same) ^ loadLE<std::uint64_t>(b.data() + same);
+        if (differ != 0)
+            return static_cast<std::uint32_t>(same) +
+                   static_cast<std::uint32_t>(std::countr_zero(differ)) / 8;
+        same += 8;
+    }
+    while (same < both && a[same] == b[same])
+        ++same;
+    return static_cast<std::uint32_t>(same);
 }
 
 int compareEntries(Bytes a, Bytes b)

@@ -23,6 +23,13 @@ public:
     void open(const JetFormat& format, const std::uint8_t* page, std::uint32_t number,
               std::uint32_t owner);
 
+    /// The same page, unchanged since it was opened, at another place in memory.
+    void moveTo(const std::uint8_t* page)
+    {
+        page_ = page;
+        entries_ = page + layout_->entries;
+    }
+
     bool leaf() const { return page_[0] == page_type::kIndexLeaf; }
     std::uint8_t level() const { return page_[layout_->level]; }
     std::uint32_t previous() const { return word(layout_->previous); }
@@ -48,6 +55,8 @@ public:
     /// Replaces what `out` held by the whole entry.
     void entry(int index, std::vector<std::uint8_t>& out) const;
     bool equals(int index, std::span<const std::uint8_t> entry) const;
+    /// Of a leaf: whether an entry stands under exactly this key.
+    bool hasKey(int index, std::span<const std::uint8_t> key) const;
     /// Child page of an entry of a node; index == count() is the tail.
     std::uint32_t child(int index) const;
 
@@ -68,7 +77,7 @@ private:
     }
     void readMask(std::uint32_t number);
 
-    static constexpr std::size_t kMostEntries = 3616;  // of one byte each
+    static constexpr std::size_t kMostEntries = 3648;  // bits of a mask, in whole words
     const IndexPageLayout* layout_ = nullptr;
     const std::uint8_t* page_ = nullptr;
     const std::uint8_t* entries_ = nullptr;
@@ -89,6 +98,8 @@ public:
         const std::uint32_t start = startOf(index);
         return std::span(bytes_).subspan(start, ends_[static_cast<std::size_t>(index)] - start);
     }
+    /// The first entry from `from` on that is not before a whole entry; count() when there is none.
+    int lowerBound(int from, std::span<const std::uint8_t> entry) const;
     void insert(int index, std::span<const std::uint8_t> entry);
     void append(std::span<const std::uint8_t> entry);
     /// Of a node: a separator with its child page behind it.

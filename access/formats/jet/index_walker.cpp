@@ -30,6 +30,7 @@ bool IndexWalker::standOn(int index)
 
 bool IndexWalker::first()
 {
+    tree_.settle();
     version_ = tree_.version_;
     valid_ = false;
     passed_ = 0;
@@ -39,6 +40,7 @@ bool IndexWalker::first()
 
 bool IndexWalker::last()
 {
+    tree_.settle();
     version_ = tree_.version_;
     valid_ = false;
     passed_ = 0;
@@ -108,12 +110,35 @@ bool IndexWalker::stepLeaf(bool forward)
 
 bool IndexWalker::lowerBound(KeyView wanted)
 {
+    tree_.settle();
     version_ = tree_.version_;
     valid_ = false;
     passed_ = 0;
     page_ = tree_.descend(wanted, leaf_);
     const int index = leaf_.lowerBound(wanted);
     return index < leaf_.count() ? standOn(index) : stepLeaf(true);
+}
+
+bool IndexWalker::standAt(std::uint32_t leaf, int index)
+{
+    version_ = tree_.version_;
+    valid_ = false;
+    passed_ = 0;
+    page_ = tree_.load(leaf, leaf_);
+    return leaf_.leaf() && index >= 0 && index < leaf_.count() && standOn(index);
+}
+
+std::optional<std::pair<std::uint32_t, int>> IndexWalker::standing()
+{
+    if (!valid_)
+        return std::nullopt;
+    tree_.settle();
+    if (version_ != tree_.version_ || !page_) {
+        scratch_ = entry_;
+        if (!lowerBound(scratch_) || !std::ranges::equal(entry_, scratch_))
+            return std::nullopt;
+    }
+    return std::pair(page_.number(), index_);
 }
 
 bool IndexWalker::seek(KeyView key)

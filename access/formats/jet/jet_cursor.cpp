@@ -87,6 +87,20 @@ ValueView JetCursor::longValue(int n)
     return ValueView::text(text);
 }
 
+bool JetCursor::next()
+{
+    if (at_ == At::Before)
+        return first();
+    return at_ == At::Row && stepForward();
+}
+
+bool JetCursor::previous()
+{
+    if (at_ == At::After)
+        return last();
+    return at_ == At::Row && stepBackward();
+}
+
 // ---- physical order
 
 bool PhysicalCursor::holdPage(std::size_t place)
@@ -169,12 +183,8 @@ bool PhysicalCursor::last()
     return backward(count - 1, kMaxRowsPerPage);
 }
 
-bool PhysicalCursor::next()
+bool PhysicalCursor::stepForward()
 {
-    if (at_ == At::Before)
-        return first();
-    if (at_ == At::After)
-        return false;
     findPlace();
     const auto& pages = table().pages();
     // When the page itself went away, its place is that of the page behind it.
@@ -182,12 +192,8 @@ bool PhysicalCursor::next()
     return forward(place_, there ? home_.slot + 1 : 0);
 }
 
-bool PhysicalCursor::previous()
+bool PhysicalCursor::stepBackward()
 {
-    if (at_ == At::After)
-        return last();
-    if (at_ == At::Before)
-        return false;
     findPlace();
     const auto& pages = table().pages();
     const bool there = place_ < pages.size() && pages[place_] == home_.page;
@@ -298,23 +304,10 @@ bool IndexCursor::last()
     return backward(walker_.last());
 }
 
-bool IndexCursor::next()
-{
-    if (at_ == At::Before)
-        return first();
-    return at_ == At::Row && forward(walker_.next());
-}
-
-bool IndexCursor::previous()
-{
-    if (at_ == At::After)
-        return last();
-    return at_ == At::Row && backward(walker_.previous());
-}
-
 bool IndexCursor::moveTo(RowId row)
 {
-    // Also for the record where this cursor stands: its key may have changed, and with it its place.
+    // Also for the record where this cursor stands: its key may have changed, and with it its
+    // place.
     const RowPointer home = pointerOf(row);
     if (!openRow(home))
         return false;
@@ -328,6 +321,17 @@ bool IndexCursor::moveTo(RowId row)
             found = walker_.row() == home;
     at_ = found ? At::Row : At::After;
     return found && openRow(home);
+}
+
+/// A record that is gone although an entry names it is stepped over, as by next().
+bool IndexCursor::moveToOrdinal(std::int64_t n)
+{
+    return forward(index_.ordinals->moveTo(walker_, n));
+}
+
+std::int64_t IndexCursor::ordinal()
+{
+    return at_ == At::Row ? index_.ordinals->of(walker_) : -1;
 }
 
 bool IndexCursor::placeByKey(Comparison comparison, KeyView key)

@@ -29,10 +29,16 @@ constexpr RowPointer pointerOf(RowId row)
 class JetCursor : public RowCursor {
 public:
     explicit JetCursor(std::shared_ptr<JetTable> table);
+    bool next() override;
+    bool previous() override;
     RowId row() const override { return rowIdOf(home_); }
     ValueView field(int n) override;
 
 protected:
+    enum class At { Before, Row, After };
+    /// The next record and the one before, from a record.
+    virtual bool stepForward() = 0;
+    virtual bool stepBackward() = 0;
     /// Opens the record at a home place; false when it is gone or damaged.
     bool openRow(RowPointer home);
     /// The same on the page in hand.
@@ -42,6 +48,7 @@ protected:
 
     PageRef page_;  // of the home place
     RowPointer home_;
+    At at_ = At::Before;
 
 private:
     bool take(std::optional<HeldRow> held);
@@ -62,20 +69,18 @@ public:
     explicit PhysicalCursor(std::shared_ptr<JetTable> table) : JetCursor(std::move(table)) {}
     bool first() override;
     bool last() override;
-    bool next() override;
-    bool previous() override;
     bool moveTo(RowId row) override;
     bool moveToOrdinal(std::int64_t n) override;
     std::int64_t ordinal() override;
 
 private:
-    enum class At { Before, Row, After };
+    bool stepForward() override;
+    bool stepBackward() override;
     bool holdPage(std::size_t place);
     void findPlace();
     bool forward(std::size_t place, int slot);
     bool backward(std::size_t place, int slot);
 
-    At at_ = At::Before;
     std::size_t place_ = 0;  // of the page in the table's list
     int slots_ = 0;          // rows of the page in hand
     std::uint64_t pagesVersion_ = 0;
@@ -86,13 +91,14 @@ public:
     IndexCursor(std::shared_ptr<JetTable> table, int realIndex);
     bool first() override;
     bool last() override;
-    bool next() override;
-    bool previous() override;
     bool moveTo(RowId row) override;
+    bool moveToOrdinal(std::int64_t n) override;
+    std::int64_t ordinal() override;
     bool seek(Comparison comparison, std::span<const ValueView> key) override;
 
 private:
-    enum class At { Before, Row, After };
+    bool stepForward() override { return forward(walker_.next()); }
+    bool stepBackward() override { return backward(walker_.previous()); }
     bool forward(bool standing);
     bool backward(bool standing);
     bool placeByKey(Comparison comparison, KeyView key);
@@ -102,7 +108,6 @@ private:
     OpenIndex& index_;
     KeyBuilder keys_;
     IndexWalker walker_;
-    At at_ = At::Before;
     std::vector<ValueView> values_;
     std::vector<std::uint8_t> wanted_;
 };

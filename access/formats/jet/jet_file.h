@@ -58,6 +58,11 @@ public:
     bool readOnly() const { return set_->readOnly(); }
     const std::string& path() const { return set_->path(); }
     UsageMap& freePages() { return *free_; }
+    /// Bytes by which the file may still grow.
+    std::uint64_t roomLeft() const
+    {
+        return format_->maxFileBytes - std::uint64_t{pageCount()} * format_->pageSize;
+    }
     /// Whether the free map calls a page free; false when the map is damaged.
     bool isFree(PageNumber page);
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "access/engine_error.h"
+#include "access/formats/jet/entry_run.h"
 #include "access/formats/jet/index_builder.h"
 #include "access/formats/jet/index_keys.h"
 #include "access/storage/byte_reader.h"
@@ -34,7 +35,7 @@ void IndexTree::clearRoot()
 {
     PageRef page = space_.page(root_);
     initIndexPage(format_, page.edit(), page_type::kIndexLeaf, 0, owner_);
-    ++version_;
+    nodesChanged();
 }
 
 PageRef IndexTree::load(std::uint32_t number, IndexPageView& view)
@@ -51,19 +52,42 @@ PageRef IndexTree::descend(KeyView entry, IndexPageView& leaf)
     path_.clear();
     std::uint32_t number = root_;
     for (;;) {
-        PageRef page = load(number, leaf);
-        if (leaf.leaf())
+        if (number == 0)
+            damagedTree(root_, "a pointer to a page is missing.");
+        PageRef page = space_.page(number);
+        if (page.data()[0] != page_type::kIndexNode) {
+            leaf.open(format_, page.data(), number, owner_);
             return page;
+        }
         if (path_.size() == kMaxDepth)
             damagedTree(root_, "it is too deep.");
-        const int child = leaf.lowerBound(entry);
+        const IndexPageView& view = node(number, page);
+        const int child = view.lowerBound(entry);
         path_.push_back({number, child});
-        number = leaf.child(child);
+        number = view.child(child);
     }
+}
+
+const IndexPageView& IndexTree::node(std::uint32_t number, const PageRef& page)
+{
+    constexpr std::size_t kKnown = 16;
+    if (nodes_.empty())
+        nodes_.resize(kKnown);
+    KnownNode& known = nodes_[number % kKnown];
+    if (known.page == number && known.version == nodeVersion_) {
+        known.view.moveTo(page.data());
+    } else {
+        known.version = 0;
+        known.view.open(format_, page.data(), number, owner_);
+        known.page = number;
+        known.version = nodeVersion_;
+    }
+    return known.view;
 }
 
 PageRef IndexTree::descendEdge(bool toLast, IndexPageView& leaf)
 {
+    settle();
     std::uint32_t number = root_;
     for (std::size_t depth = 0; depth <= kMaxDepth; ++depth) {
         PageRef page = load(number, leaf);
@@ -112,15 +136,19 @@ std::optional<RowPointer> IndexTree::otherWithKey(KeyView key, RowPointer self)
 
 bool IndexTree::insert(KeyView key, RowPointer row)
 {
+    settle();
     const KeyView entry = makeEntry(key, row);
     IndexPageView leaf;
     PageRef page = descend(entry, leaf);
     const int index = leaf.lowerBound(entry);
     if (index < leaf.count() && leaf.equals(index, entry))
         return false;
+    newKeys_ += !((index > 0 && leaf.hasKey(index - 1, key)) ||
+                  (index < leaf.count() && leaf.hasKey(index, key)));
     if (leaf.room() < entry.size() - std::min<std::size_t>(entry.size(), leaf.prefix()) ||
         !insertInPlace(format_, page.edit(), leaf, index, entry))
         insertRebuilding(page, leaf, index);
+    raiseTop(key);
     ++version_;
     return true;
 }
@@ -164,6 +192,7 @@ int IndexTree::cutAt(const IndexPageContent& content, bool leaf, bool rightmost,
 /// Cuts the page at `depth` of the path, whose content no longer fits, in two.
 void IndexTree::split(std::size_t depth, std::uint32_t number, IndexPageContent& content, int added)
 {
+    nodesChanged();
     const bool leaf = depth == path_.size();
     PageRef page = space_.page(number);
     const std::uint32_t next =
@@ -329,6 +358,7 @@ void IndexTree::freePage(std::uint32_t page)
 
 bool IndexTree::erase(KeyView key, RowPointer row)
 {
+    settle();
     const KeyView entry = makeEntry(key, row);
     IndexPageView leaf;
     PageRef page = descend(entry, leaf);
@@ -351,6 +381,7 @@ void IndexTree::removePage(std::size_t depth, std::uint32_t number)
 {
     if (depth == 0)
         return clearRoot();
+    nodesChanged();
     const Step step = path_[depth - 1];
     IndexPageContent content;
     IndexPageView view;
@@ -384,6 +415,7 @@ std::uint64_t IndexTree::build(const EntrySource& entries)
 {
     std::vector<std::uint32_t> old = pages();
     old.erase(old.begin());  // the root is kept
+    top_.reset();
     IndexBuilder builder(*this);
     while (const auto entry = entries())
         builder.add(entry->key, entry->row);
@@ -408,53 +440,10 @@ std::uint64_t IndexTree::roughCount()
     return count;
 }
 
-std::uint64_t IndexTree::merge(std::uint64_t count, const EntrySource& entries)
-{
-    constexpr std::uint64_t kInsertCost = 8;  // reading and writing an entry again costs 1
-    std::uint64_t added = 0;
-    if (roughCount() > count * kInsertCost) {
-        while (const auto entry = entries())
-            added += insert(entry->key, entry->row);
-        return added;
-    }
-    IndexWalker standing(*this);
-    bool more = standing.first();
-    auto fresh = entries();
-    bool stepStanding = false;
-    bool stepFresh = false;
-    const auto both = [&]() -> std::optional<IndexEntry> {
-        if (stepStanding)
-            more = standing.next();
-        if (stepFresh)
-            fresh = entries();
-        stepStanding = stepFresh = false;
-        if (!more && !fresh) {
-            standing.park();
-            return std::nullopt;
-        }
-        int order = !more ? 1 : !fresh ? -1 : 0;
-        if (order == 0) {
-            const KeyView a = standing.key();
-            const auto ordered = std::lexicographical_compare_three_way(
-                a.begin(), a.end(), fresh->key.begin(), fresh->key.end());
-            order = ordered < 0 ? -1 : ordered > 0;
-            if (order == 0)
-                order = standing.row().word() < fresh->row.word()   ? -1
-                        : standing.row().word() > fresh->row.word() ? 1
-                                                                    : 0;
-        }
-        stepStanding = order <= 0;
-        stepFresh = order >= 0;
-        added += order > 0;
-        return order <= 0 ? standing.entry() : *fresh;
-    };
-    build(both);
-    return added;
-}
-
 void IndexTree::clear()
 {
     const std::vector<std::uint32_t> all = pages();
+    top_.reset();
     clearRoot();
     for (std::size_t i = 1; i < all.size(); ++i)
         freePage(all[i]);
@@ -463,13 +452,29 @@ void IndexTree::clear()
 void IndexTree::release()
 {
     const std::vector<std::uint32_t> all = pages();
-    ++version_;
+    nodesChanged();
     for (const std::uint32_t page : all)
         freePage(page);
 }
 
+void IndexTree::eachLeaf(const std::function<void(std::uint32_t page, int entries)>& visit)
+{
+    IndexPageView leaf;
+    PageRef page = descendEdge(false, leaf);
+    for (std::uint32_t seen = 0; seen <= space_.pageCount(); ++seen) {
+        visit(page.number(), leaf.count());
+        if (leaf.next() == 0)
+            return;
+        page = load(leaf.next(), leaf);
+        if (!leaf.leaf())
+            break;
+    }
+    damagedTree(root_, "its leaves do not follow each other.");
+}
+
 std::vector<std::uint32_t> IndexTree::pages()
 {
+    settle();
     std::vector<std::uint32_t> found{root_};
     std::vector<std::size_t> depths{0};
     const std::uint32_t most = space_.pageCount();

@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "access/formats/jet/index_page.h"
@@ -32,6 +33,7 @@ struct IndexEntry {
 /// Gives entries in ascending order, one a call; nothing at the end.
 using EntrySource = std::function<std::optional<IndexEntry>()>;
 
+class EntryRun;
 class IndexWalker;
 
 class IndexTree {
@@ -59,12 +61,28 @@ public:
     bool insert(KeyView key, RowPointer row);
     /// Removes an entry; false when it is not there.
     bool erase(KeyView key, RowPointer row);
+    /// Adds an entry when somebody looks at the tree, or at settle(): for long appends. The same
+    /// entry must not stand or wait already.
+    void insertLater(KeyView key, RowPointer row);
+    /// Whether a key is greater than every other that stands or waits. False is no answer: it may
+    /// have been compared with one that is gone.
+    bool beyondAll(KeyView key);
+    /// Adds the entries that wait, to be called before a commit. What fails can be tried again:
+    /// they go on waiting.
+    void settle()
+    {
+        if (waiting_)
+            addWaiting();
+    }
+    /// How many keys that were not there before came with the entries added since this was asked
+    /// last. A key that goes on over several leaves may be counted again.
+    std::uint32_t takeNewKeys() { return std::exchange(newKeys_, 0); }
 
     /// Replaces the whole tree by these entries, filling its pages left to right. Returns how many
     /// entries there were. 3001 when they do not ascend.
     std::uint64_t build(const EntrySource& entries);
-    /// Adds many sorted entries: one by one, or when they are many beside those that stand, by a
-    /// build of both together. Returns how many were new.
+    /// Adds many sorted entries: by a build of all when they are more than those that stand, else
+    /// leaf by leaf. Returns how many were new.
     std::uint64_t merge(std::uint64_t count, const EntrySource& entries);
 
     /// Gives all pages but the root back and makes the root an empty leaf.
@@ -74,11 +92,14 @@ public:
 
     /// Counts changes: a walker that saw another number looks its place up again.
     std::uint64_t version() const { return version_; }
-    /// To be called when pages were changed behind the tree's back (rollback).
-    void invalidate() { ++version_; }
+    /// To be called when pages were changed behind the tree's back (rollback). Entries that wait
+    /// are dropped.
+    void invalidate();
 
     /// Every page of the tree, parents before children. 3197 when it is damaged.
     std::vector<std::uint32_t> pages();
+    /// Every leaf in the order of the index, with its number of entries. 3197 when it is damaged.
+    void eachLeaf(const std::function<void(std::uint32_t page, int entries)>& visit);
 
 private:
     friend class IndexWalker;
@@ -89,7 +110,20 @@ private:
         int child;
     };
 
+    /// A node whose entries were found before, for as long as no node changes.
+    struct KnownNode {
+        std::uint32_t page = 0;
+        std::uint64_t version = 0;
+        IndexPageView view;
+    };
+
     PageRef load(std::uint32_t number, IndexPageView& view);
+    const IndexPageView& node(std::uint32_t number, const PageRef& page);
+    void nodesChanged()
+    {
+        ++version_;
+        ++nodeVersion_;
+    }
     /// Goes down to the leaf where an entry stands or would stand; fills path_.
     PageRef descend(KeyView entry, IndexPageView& leaf);
     /// Goes down to the first or the last leaf.
@@ -111,6 +145,11 @@ private:
     std::uint32_t takePage();
     void freePage(std::uint32_t page);
     std::uint64_t roughCount();
+    void addWaiting();
+    void raiseTop(KeyView key);
+    std::uint64_t mergeBuilding(const EntrySource& entries);
+    std::uint64_t mergeByLeaf(const EntrySource& entries);
+    void leafBound(std::vector<std::uint8_t>& bound);
 
     PageSpace& space_;
     PageMap* map_;
@@ -118,11 +157,17 @@ private:
     std::uint32_t owner_;
     const JetFormat& format_;
     std::uint64_t version_ = 0;
+    std::uint64_t nodeVersion_ = 1;
+    std::vector<KnownNode> nodes_;  // by page number, a few
     std::vector<Step> path_;
     std::vector<std::uint32_t> reserve_;
     std::vector<std::uint8_t> entry_;  // key and place of the entry in hand
     IndexPageContent content_;         // the leaf being rebuilt
     std::unique_ptr<IndexWalker> probe_;
+    std::unique_ptr<EntryRun> aside_;
+    bool waiting_ = false;                          // there are entries aside
+    std::optional<std::vector<std::uint8_t>> top_;  // no key is greater; nothing when not known
+    std::uint32_t newKeys_ = 0;
 };
 
 /// A place in an index. Stays right when the tree changes: the next step looks its place up again.
@@ -150,10 +195,16 @@ public:
     bool valid() const { return valid_; }
     /// The whole key and the place of the current entry; good until the walker moves.
     KeyView key() const { return KeyView(entry_).first(entry_.size() - 4); }
+    /// Key and place, as they stand in the tree.
+    KeyView whole() const { return entry_; }
     RowPointer row() const;
     IndexEntry entry() const { return {key(), row()}; }
     /// Lets go of the page in hand; the walker stays where it is.
     void park();
+    /// Stands on an entry by its leaf and its place there, as the tree is now.
+    bool standAt(std::uint32_t leaf, int index);
+    /// Leaf and place of the current entry, as the tree is now; nothing when the entry is gone.
+    std::optional<std::pair<std::uint32_t, int>> standing();
 
 private:
     bool lowerBound(KeyView wanted);

@@ -200,6 +200,7 @@ OpenIndex& JetTable::index(int real)
     auto open = std::make_unique<OpenIndex>(IndexPlan(def_, plan_, def));
     open->map = std::make_unique<UsageMap>(file_, def.map);
     open->tree = std::make_unique<IndexTree>(file_, open->map.get(), def.root, def_.page());
+    open->ordinals = std::make_unique<IndexOrdinals>(*open->tree);
     slot = std::move(open);
     return *slot;
 }
@@ -263,8 +264,14 @@ void JetTable::recordsChanged(PageNumber page, int delta)
 
 void JetTable::saveCounts()
 {
+    for (const auto& open : indexes_)
+        if (open)
+            open->tree->settle();
     if (!countsDirty_)
         return;
+    for (std::size_t i = 0; i < indexes_.size(); ++i)
+        if (indexes_[i])
+            def_.realIndexes[i].distinct += indexes_[i]->tree->takeNewKeys();
     const TableDefLayout& o = file_.format().table;
     PageRef page = file_.page(def_.page());
     std::uint8_t* p = page.edit();

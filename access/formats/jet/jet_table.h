@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "access/formats/jet/data_page.h"
+#include "access/formats/jet/index_ordinals.h"
 #include "access/formats/jet/index_rules.h"
 #include "access/formats/jet/jet_file.h"
 #include "access/formats/jet/jet_index.h"
@@ -26,6 +27,7 @@ struct OpenIndex : IndexPlan {
     explicit OpenIndex(IndexPlan plan) : IndexPlan(std::move(plan)) {}
     std::unique_ptr<UsageMap> map;
     std::unique_ptr<IndexTree> tree;
+    std::unique_ptr<IndexOrdinals> ordinals;
 };
 
 /// A record's bytes, with its page held.
@@ -87,7 +89,7 @@ public:
     void pageAdded(PageNumber page);
     void pageRemoved(PageNumber page);
     void recordsChanged(PageNumber page, int delta);
-    /// Writes the counts of the definition that were changed in memory.
+    /// Writes what was kept in memory: entries of indexes that wait, counts of the definition.
     void saveCounts();
     void countsChanged() { countsDirty_ = true; }
     /// Another program, or a failed commit, changed the file: everything is read anew when asked

@@ -166,14 +166,16 @@ void JetWriter::prepareNewKeys(RowPointer self)
         if (!index.changes)
             continue;
         requireKey(definition(index), *index.keys, table_->name());
+        index.canWait = !definition(index).unique();
         if (index.hasNew && definition(index).unique() && !index.keys->allNull())
             refuseDuplicate(index, self);
     }
 }
 
-void JetWriter::refuseDuplicate(const IndexPart& index, RowPointer self)
+void JetWriter::refuseDuplicate(IndexPart& index, RowPointer self)
 {
-    if (index.open->tree->otherWithKey(index.newKey, self))
+    index.canWait = index.open->tree->beyondAll(index.newKey);
+    if (!index.canWait && index.open->tree->otherWithKey(index.newKey, self))
         refuseDuplicateKey(table_->name());
 }
 
@@ -188,12 +190,17 @@ void JetWriter::prepareOldKeys()
     }
 }
 
-void JetWriter::insertEntries(RowPointer home)
+void JetWriter::insertEntries(RowPointer home, bool later)
 {
     for (IndexPart& index : indexes_) {
         if (!index.changes || !index.hasNew)
             continue;
-        index.inserted = index.open->tree->insert(index.newKey, home);
+        if (later && index.canWait) {
+            index.open->tree->insertLater(index.newKey, home);
+            index.inserted = true;
+        } else {
+            index.inserted = index.open->tree->insert(index.newKey, home);
+        }
     }
 }
 
@@ -340,6 +347,19 @@ JetWriter::Bytes JetWriter::buildRow()
     return buffer_.build();
 }
 
+/// Entries of a long append may wait, unless the file is so full that there may be no room for them
+/// when their time comes: the record must be refused, then, and not the commit.
+bool JetWriter::appendsMany()
+{
+    constexpr int kMany = 64;
+    constexpr std::uint64_t kRoomAnIndex = 32u << 20;
+    if (appended_ < kMany) {
+        ++appended_;
+        return false;
+    }
+    return table_->file().roomLeft() > kRoomAnIndex * indexes_.size();
+}
+
 RowId JetWriter::insert(std::span<const ValueView> values)
 {
     requireCurrent();
@@ -362,7 +382,7 @@ RowId JetWriter::insert(std::span<const ValueView> values)
     RowPointer home;
     try {
         home = placer_.add(buildRow());
-        insertEntries(home);
+        insertEntries(home, appendsMany());
     } catch (...) {
         undoEntries(home);
         if (!home.isNull())
@@ -379,9 +399,6 @@ RowId JetWriter::insert(std::span<const ValueView> values)
             values_[i].kind() == ValueKind::Integer && values_[i].asInteger() > def.lastAutonumber)
             def.lastAutonumber = static_cast<std::int32_t>(values_[i].asInteger());
     }
-    for (std::size_t i = 0; i < indexes_.size(); ++i)
-        if (indexes_[i].hasNew && definition(indexes_[i]).unique())
-            ++def.realIndexes[i].distinct;
     table_->countsChanged();
     return rowIdOf(home);
 }
@@ -389,6 +406,7 @@ RowId JetWriter::insert(std::span<const ValueView> values)
 void JetWriter::update(RowId row, std::span<const FieldChange> changes)
 {
     requireCurrent();
+    appended_ = 0;
     const RowPointer home = pointerOf(row);
     openOld(home);
     const int count = static_cast<int>(values_.size());
@@ -420,7 +438,7 @@ void JetWriter::update(RowId row, std::span<const FieldChange> changes)
 
     try {
         const Bytes bytes = buildRow();
-        insertEntries(home);
+        insertEntries(home, false);
         placer_.replace(home, old_.stored, bytes);
     } catch (...) {
         undoEntries(home);
@@ -435,6 +453,7 @@ void JetWriter::update(RowId row, std::span<const FieldChange> changes)
 void JetWriter::remove(RowId row)
 {
     requireCurrent();
+    appended_ = 0;
     const RowPointer home = pointerOf(row);
     openOld(home);
     std::fill(values_.begin(), values_.end(), ValueView::null());

@@ -43,6 +43,7 @@ private:
         std::vector<std::uint8_t> oldKey, newKey;
         bool hadOld = false, hasNew = false;  // an entry stands, will stand
         bool changes = false;
+        bool canWait = false;  // no other record's key can be the same, or it may be
         bool inserted = false;
     };
     struct LongPart {
@@ -74,8 +75,9 @@ private:
     void buildKey(IndexPart& index, std::vector<std::uint8_t>& key, bool& has);
     void prepareNewKeys(RowPointer self);
     void prepareOldKeys();
-    void refuseDuplicate(const IndexPart& index, RowPointer self);
-    void insertEntries(RowPointer home);
+    void refuseDuplicate(IndexPart& index, RowPointer self);
+    bool appendsMany();
+    void insertEntries(RowPointer home, bool later);
     void undoEntries(RowPointer home);
     void eraseOldEntries(RowPointer home);
 
@@ -90,6 +92,7 @@ private:
     std::shared_ptr<JetTable> table_;
     Relations relations_;
     bool randomAutonumber_;
+    int appended_ = 0;  // records in a row, up to a bound
     RowPlacer placer_;
     RowWriterBuffer buffer_;
     RowReader reader_;

@@ -1,9 +1,12 @@
 // Index trees of both page sizes against a plain sorted set.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
+#include "access/formats/jet/entry_run.h"
 #include "access/formats/jet/index_builder.h"
+#include "access/formats/jet/index_ordinals.h"
 #include "tests/access/jet/index_testing.h"
 
 namespace velnor::jet {
@@ -93,6 +96,57 @@ TEST_P(RandomWork, treeHoldsWhatASetHolds)
     }
     t.verify();
     EXPECT_EQ(t.map.pages, std::set<std::uint32_t>{t.root}) << "an empty tree is its root alone";
+}
+
+/// Entries of appends wait in groups of any size, between looks of all kinds.
+TEST_P(RandomWork, entriesThatWait_areThereForEveryLook)
+{
+    TestTree t(*GetParam().format);
+    Keys keys{std::mt19937(17), GetParam().shape};
+    const auto later = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            const Key key = keys.next();
+            const RowPointer row{100 + static_cast<PageNumber>(keys.random() % 100000), 0};
+            if (t.expected.insert(TestTree::entry(key, row)).second)
+                t.tree->insertLater(key, row);
+        }
+    };
+    IndexWalker walker(*t.tree);
+    IndexOrdinals ordinals(*t.tree);
+    for (const int group : {1, 30, 700, 5, 60, 2000, 3, 400, 20, 1500}) {
+        later(group);
+        const Key key = keys.next();
+        const auto from = t.expected.lower_bound(TestTree::entry(key, {}));
+        ASSERT_EQ(walker.seek(key), from != t.expected.end());
+        if (from != t.expected.end()) {
+            ASSERT_EQ(TestTree::entry(walker.key(), walker.row()), *from);
+            ASSERT_EQ(ordinals.of(walker), std::distance(t.expected.begin(), from));
+        }
+        later(2);
+        t.insert(keys.next(), keys.row());
+        later(1);
+        const Entry e = *std::next(t.expected.begin(), keys.random() % t.expected.size());
+        t.erase(KeyView(e).first(e.size() - 4),
+                RowPointer::fromWord(loadBE<std::uint32_t>(&e[e.size() - 4])));
+        later(group / 2);
+        t.tree->settle();
+        t.verify();
+        if (HasFatalFailure())
+            return;
+        for (int i = 0; i < 20; ++i) {
+            const auto n = static_cast<std::int64_t>(keys.random() % t.expected.size());
+            ASSERT_TRUE(ordinals.moveTo(walker, n));
+            ASSERT_EQ(TestTree::entry(walker.key(), walker.row()),
+                      *std::next(t.expected.begin(), n));
+            ASSERT_EQ(ordinals.of(walker), n);
+        }
+        ASSERT_FALSE(ordinals.moveTo(walker, static_cast<std::int64_t>(t.expected.size())));
+        ASSERT_FALSE(ordinals.moveTo(walker, -1));
+    }
+    later(10);
+    t.tree->clear();
+    t.expected.clear();
+    t.verify();
 }
 
 INSTANTIATE_TEST_SUITE_P(Shapes, RandomWork,
@@ -210,6 +264,98 @@ TEST_P(BothVersions, fullFile_leavesTheTreeAsItWas)
         }
         EXPECT_TRUE(refused);
         t.verify();
+    }
+}
+
+TEST_P(BothVersions, entriesThatFindNoRoom_waitOn)
+{
+    for (const int group : {20, 600}) {
+        TestTree t(*GetParam());
+        Keys keys{std::mt19937(13), Shape::Large};
+        for (int i = 0; i < 200; ++i)
+            t.insert(keys.next(), keys.row());
+        for (int i = 0; i < group; ++i) {
+            const Key key = keys.next();
+            const RowPointer row{1000 + static_cast<std::uint32_t>(i), 1};
+            t.tree->insertLater(key, row);
+            t.expected.insert(TestTree::entry(key, row));
+        }
+        t.space.allocationsLeft = 2;
+        EXPECT_THROW(t.tree->settle(), EngineError);
+        EXPECT_THROW(IndexWalker(*t.tree).first(), EngineError);
+        t.space.allocationsLeft = 1 << 20;
+        t.tree->settle();
+        t.verify();
+    }
+}
+
+TEST_P(BothVersions, keysBeyondAllOthers_areKnown)
+{
+    TestTree t(*GetParam());
+    EXPECT_TRUE(t.tree->beyondAll(Keys::number(1)));
+    for (std::uint32_t n = 0; n < 1000; n += 2) {
+        EXPECT_TRUE(t.tree->beyondAll(Keys::number(n)));
+        t.insert(Keys::number(n), {1, 1});
+        EXPECT_FALSE(t.tree->beyondAll(Keys::number(n)));
+        t.tree->insertLater(Keys::number(n + 1), {1, 1});
+        t.expected.insert(TestTree::entry(Keys::number(n + 1), {1, 1}));
+        EXPECT_FALSE(t.tree->beyondAll(Keys::number(n + 1)));
+    }
+    t.tree->settle();
+    t.verify();
+    t.tree->clear();
+    EXPECT_TRUE(t.tree->beyondAll(Keys::number(1)));
+    t.tree->insertLater(Keys::number(7), {1, 1});
+    t.tree->invalidate();
+    EXPECT_TRUE(t.tree->beyondAll(Keys::number(5))) << "what waited is forgotten";
+    t.tree->insert(Keys::number(3), {1, 1});
+    IndexTree again(t.space, &t.map, t.root, TestTree::kOwner);
+    EXPECT_FALSE(again.beyondAll(Keys::number(3)));
+    EXPECT_TRUE(again.beyondAll(Keys::number(4)));
+}
+
+TEST_P(BothVersions, newKeys_areCounted)
+{
+    TestTree t(*GetParam());
+    for (std::uint32_t n = 0; n < 100; ++n)
+        t.insert(Keys::number(n % 10), {1 + n, 1});
+    EXPECT_EQ(t.tree->takeNewKeys(), 10u);
+    for (std::uint32_t n = 0; n < 60; ++n)
+        t.tree->insertLater(Keys::number(n % 20), {500 + n, 1});
+    t.tree->settle();
+    EXPECT_EQ(t.tree->takeNewKeys(), 10u);
+    for (std::uint32_t n = 0; n < 300; ++n)
+        t.tree->insertLater(Keys::number(n % 30), {1000 + n, 1});
+    t.tree->settle();
+    EXPECT_EQ(t.tree->takeNewKeys(), 10u);
+}
+
+TEST(EntryRun, sortsEntriesOfSeveralBlocks)
+{
+    for (const Shape shape : {Shape::Number, Shape::Mixed, Shape::Tiny}) {
+        Keys keys{std::mt19937(5), shape};
+        EntryRun run;
+        std::vector<Entry> expected;
+        const int count = shape == Shape::Mixed ? 60000 : 500000;
+        for (int i = 0; i < count; ++i) {
+            const Key key = keys.next();
+            const RowPointer row{1 + static_cast<PageNumber>(keys.random() % 0xFFFFFE), 7};
+            run.add(key, row);
+            expected.push_back(TestTree::entry(key, row));
+        }
+        EXPECT_EQ(run.count(), expected.size());
+        std::sort(expected.begin(), expected.end(), EntryLess());
+        for (int round = 0; round < 2; ++round) {  // it can be read again
+            const auto sorted = run.sorted();
+            for (const Entry& wanted : expected) {
+                const auto entry = sorted();
+                ASSERT_TRUE(entry && TestTree::entry(entry->key, entry->row) == wanted);
+            }
+            EXPECT_FALSE(sorted());
+        }
+        run.clear();
+        EXPECT_TRUE(run.empty());
+        EXPECT_FALSE(run.sorted()());
     }
 }
 
