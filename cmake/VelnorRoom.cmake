@@ -70,5 +70,5 @@ function(velnor_test name)
     target_include_directories(${name} PRIVATE ${all})
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES LABELS "${TEST_LABEL}" TIMEOUT 300
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;VELNOR_CORPUS=${VELNOR_CORPUS};VELNOR_TOOLS=${VELNOR_TOOLS}")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;VELNOR_CORPUS=${VELNOR_CORPUS};VELNOR_TOOLS=${VELNOR_TOOLS};VELNOR_PYTHON=${VELNOR_PYTHON}")
 endfunction()

@@ -162,9 +162,10 @@ Verdict outsideCheck(const std::vector<std::uint8_t>& content, const std::string
     if (!std::filesystem::exists(tool))
         return verdict;
     verdict.available = true;
+    const std::string python = environment("VELNOR_PYTHON");
     int status = 0;
     verdict.output = runOn(content,
-                           "python3 " + tool + " check FILE" +
+                           (python.empty() ? "python3" : python) + " " + tool + " check FILE" +
                                (password.empty() ? "" : " --password '" + password + "'"),
                            status);
     verdict.sound = status == 0;

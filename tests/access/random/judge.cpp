@@ -54,7 +54,8 @@ outsideJudge(const std::string& kind, const std::string& folder, const std::stri
     const char* script = std::getenv("VELNOR_JUDGE");
     if (!tools || !script || !std::filesystem::exists(tools))
         return {};
-    const std::string command = "python3 " + quoted(script) + " " + kind + " ";
+    const char* python = std::getenv("VELNOR_PYTHON");
+    const std::string command = std::string(python ? python : "python3") + " " + quoted(script) + " " + kind + " ";
     return [=](MemoryFileSystem& files, const std::string& expected) -> std::string {
         const std::string made = copyOut(files, folder);
         const std::string list = made + "/expected.csv";
