@@ -131,7 +131,12 @@ void Velnor1::buildTabs()
     organizer.setTitle = [this](const QString& title) { setWindowTitle(title); };
     organizer.open = [this](const QString& path) { DisplayFile(path); };
     organizer.ViewCopyLog = [](KeyedTree& tree) { ViewCopyLog(tree); };
-    databases_->pressTool = [this](const QString& id) { ToolBarComp1->press(id); };
+    databases_->pressTool = [this](const QString& id) {
+        ToolBarComp1->press(id);
+        for (const ListFilter& filter : kListFilters)  // the same filter in the menu
+            if (id == QLatin1String(filter.tool))
+                ToolBarComp1->press(QString::fromLatin1(filter.menuTool));
+    };
     connect(TabStrip1, &QTabBar::currentChanged, this, [this](int index) {
         const Outcome done = attempt([&] { TabStrip1_Click(index); });
         if (!done)

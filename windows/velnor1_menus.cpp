@@ -9,6 +9,7 @@
 #include <QToolBar>
 
 #include "core/attempt.h"
+#include "core/file_types.h"
 #include "core/globals.h"
 #include "core/options_tab.h"
 #include "organizer/organizer_pane.h"
@@ -175,10 +176,16 @@ void Velnor1::buildMenus()
     for (const char* id : {"ID_LargeIcons", "ID_SmallIcons", "ID_ListIcons", "ID_DetailIcons"})
         list->addAction(tools.find(QString::fromLatin1(id)));
     QMenu* filter = view->addMenu(tr("&Filter"));
-    for (const char* id :
-         {"ID_DBaseBtn", "ID_ParadoxBtn", "ID_AccessBtn", "ID_ExcelBtn", "ID_LotusBtn",
-          "ID_AllDataFilter", "ID_TextFilterBtn", "ID_AllFilesFilter"})
-        filter->addAction(tools.find(QString::fromLatin1(id)));
+    for (int i = 0; i < 8; ++i) {
+        const ListFilter& row = kListFilters[static_cast<std::size_t>(i)];
+        const QAction* onBar = tools.find(QString::fromLatin1(row.tool));
+        ToolRow twin{QString::fromLatin1(row.menuTool), onBar->text(), onBar->toolTip(),
+                     [this, i] { databases_->SetFilterButton(i); }};
+        twin.group = u"filter in the menu"_s;
+        QAction* inMenu = tools.add(twin);
+        inMenu->setIcon(onBar->icon());
+        filter->addAction(inMenu);
+    }
     view->addAction(tools.find(u"ID_UpFolderBtn"_s));
     view->addAction(tools.find(u"ID_RefreshBtn"_s));
 

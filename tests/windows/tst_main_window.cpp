@@ -424,6 +424,11 @@ private slots:
         QCOMPARE(tab.filterCombo->currentIndex(), 2);
         tab.filterCombo->setCurrentIndex(6);
         QVERIFY(window_->ToolBarComp1->pressed("ID_TextFilterBtn"));
+        QVERIFY(window_->ToolBarComp1->pressed("ID_TextFilter"));  // its twin in the menu
+        window_->ToolBarComp1->click("ID_Lotus");
+        QCOMPARE(tab.files().pattern(), "*.WK4");
+        QVERIFY(window_->ToolBarComp1->pressed("ID_LotusBtn"));
+        window_->ToolBarComp1->click("ID_TextFilter");
         tab.SetFilterButton(8);  // no tool stands for it: the pressed one stays
         QVERIFY(window_->ToolBarComp1->pressed("ID_TextFilterBtn"));
         QVERIFY_THROWS_EXCEPTION(RunError, tab.SetFilterButton(11));
