@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "access/engine_error.h"
 #include "access/formats/paradox/cipher.h"
@@ -87,7 +88,7 @@ void DbTable::close()
 {
     indexes_.clear();
     troubles_.clear();
-    indexesOpen_ = writing_ = changed_ = false;
+    indexesOpen_ = writing_ = changed_ = makesCompanions_ = false;
     tree_.reset();
     treeBlocks_.reset();
     chain_.reset();
@@ -162,6 +163,7 @@ FileSet& DbTable::set() const
 
 PageFile& DbTable::companion(const std::string& path, bool create)
 {
+    makesCompanions_ = makesCompanions_ || create;
     return set().companion(path, indexFileOptions(), create);
 }
 
@@ -345,6 +347,8 @@ void DbTable::commit()
         throw;
     }
     changed_ = false;
+    if (std::exchange(makesCompanions_, false))
+        companions_ = companionsOf(*opening_.files, opening_.path);
 }
 
 /// 4.

@@ -148,6 +148,7 @@ private:
 
     bool writing_ = false;  // prepareWriting() is done
     bool changed_ = false;
+    bool makesCompanions_ = false;  // the next commit makes files
     std::uint64_t generation_ = 1;
     std::vector<std::uint8_t> entry_, oldEntry_;
 };

@@ -51,19 +51,35 @@ struct Slot {
     }
 };
 
-/// Chunks in use, if the block is sound: its values lie behind one another from the first chunk.
-std::size_t endOfSmall(const std::uint8_t* unit, bool& sound)
+/// Moves the values of a block together, from the first chunk on; gives the end of the last one.
+/// Other programs leave gaps where values were freed, and count them as free. 0 for a block that is
+/// not sound.
+std::size_t closeGaps(std::uint8_t* unit)
 {
-    std::size_t used = 0, end = kFirstChunk;
+    std::array<std::size_t, kSlots> used;
+    std::size_t count = 0;
     for (std::size_t n = 0; n < kSlots; ++n) {
         const Slot slot = Slot::read(unit, n);
         if (slot.start == 0)
             continue;
-        sound = sound && slot.fits();
-        used += slot.chunks;
-        end = std::max(end, std::size_t{slot.start} + slot.chunks);
+        if (!slot.fits())
+            return 0;
+        used[count++] = n;
     }
-    sound = sound && end <= kChunks && used + kFirstChunk <= kChunks;
+    std::sort(used.begin(), used.begin() + static_cast<std::ptrdiff_t>(count),
+              [&](std::size_t a, std::size_t b) {
+                  return Slot::read(unit, a).start < Slot::read(unit, b).start;
+              });
+    std::size_t end = kFirstChunk;
+    for (std::size_t i = 0; i < count; ++i) {
+        Slot slot = Slot::read(unit, used[i]);
+        if (slot.start < end)
+            return 0;  // it overlaps the one before
+        std::memmove(unit + end * kChunk, unit + slot.start * kChunk, slot.chunks * kChunk);
+        slot.start = static_cast<std::uint8_t>(end);
+        slot.write(unit, used[i]);
+        end += slot.chunks;
+    }
     return end;
 }
 
@@ -285,13 +301,12 @@ bool MbFile::storeInBlock(std::uint64_t offset, std::span<const std::uint8_t> by
 {
     Unit unit{};
     const bool whole = file_.readAt(offset, unit) == unit.size();
-    bool sound = whole && unit[0] == kSmallBlock;
-    const std::size_t start = sound ? endOfSmall(unit.data(), sound) : 0;
+    const std::size_t start = whole && unit[0] == kSmallBlock ? closeGaps(unit.data()) : 0;
     const std::size_t chunks = (bytes.size() + kChunk - 1) / kChunk;
     std::size_t n = kSlots;
-    while (sound && n > 0 && Slot::read(unit.data(), n - 1).start != 0)
+    while (n > 0 && Slot::read(unit.data(), n - 1).start != 0)
         --n;
-    if (!sound || n == 0 || start + chunks > kChunks)
+    if (start == 0 || n == 0 || start + chunks > kChunks)
         return false;
     const Slot slot{static_cast<std::uint8_t>(start), static_cast<std::uint8_t>(chunks), kMark,
                     static_cast<std::uint8_t>(bytes.size() - (chunks - 1) * kChunk)};
@@ -319,37 +334,22 @@ void MbFile::release(const LongPointer& pointer)
         releaseUnits(pointer.offset, loadLE<std::uint16_t>(&head[1]));
 }
 
-/// The space is closed up: the values behind it move forward.
 void MbFile::releaseSmall(const LongPointer& pointer)
 {
     Unit unit{};
-    bool sound = file_.readAt(pointer.offset, unit) == unit.size() && pointer.slot < kSlots;
-    const std::size_t end = sound ? endOfSmall(unit.data(), sound) : 0;
-    if (!sound)
+    if (file_.readAt(pointer.offset, unit) != unit.size() || pointer.slot >= kSlots)
         return;
     const Slot gone = Slot::read(unit.data(), pointer.slot);
     if (gone.start == 0 || gone.length() != pointer.length)
         return;
     Slot{0, gone.chunks, gone.mark, gone.inLast}.write(unit.data(), pointer.slot);
-    std::uint8_t* at = unit.data() + gone.start * kChunk;
-    const std::size_t behind = std::size_t{gone.start} + gone.chunks;
-    std::memmove(at, at + gone.chunks * kChunk, (end - behind) * kChunk);
-    bool empty = true;
-    for (std::size_t n = 0; n < kSlots; ++n) {
-        Slot slot = Slot::read(unit.data(), n);
-        if (slot.start == 0)
-            continue;
-        empty = false;
-        if (slot.start > gone.start) {
-            slot.start = static_cast<std::uint8_t>(slot.start - gone.chunks);
-            slot.write(unit.data(), n);
-        }
-    }
-    if (empty)
+    const std::size_t end = closeGaps(unit.data());
+    if (end == 0)
+        return;  // what is damaged stays as it is
+    if (end == kFirstChunk)
         return releaseUnits(pointer.offset, 1);
     file_.writeAt(pointer.offset, unit);
-    setEntry(pointer.offset, Free::Chunks,
-             static_cast<std::uint16_t>(kChunks - (end - gone.chunks)));
+    setEntry(pointer.offset, Free::Chunks, static_cast<std::uint16_t>(kChunks - end));
 }
 
 /// A block becomes free, together with free ones beside it.

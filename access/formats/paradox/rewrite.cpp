@@ -28,7 +28,36 @@ void clearFolder(FileSystem& files, const std::string& folder)
     files.removeFolder(folder);
 }
 
-/// 2. of structure.h: the DB file first. Companions that the new table has none of are removed.
+std::uint8_t byteOf(FileSystem& files, const std::string& path, std::uint64_t at)
+{
+    std::uint8_t byte = 0;
+    files.open(path, OpenMode::Read)->readAt(at, {&byte, 1});
+    return byte;
+}
+
+/// Index files that the table has no longer: those made for its fields as they were before, and the
+/// primary index of a table that has no key now.
+void removeOldIndexes(FileSystem& files, const std::string& path)
+{
+    constexpr std::uint64_t kKindAt = 0x04, kStructureStampAt = 0x2E;
+    const std::uint8_t stamp = byteOf(files, path, kStructureStampAt);
+    const bool keyed =
+        byteOf(files, path, kKindAt) == static_cast<std::uint8_t>(FileKind::KeyedTable);
+    const std::vector<Companion> all = companionsOf(files, path);
+    for (const Companion& companion : all) {
+        const bool oldTree = companion.kind == CompanionKind::PrimaryTree && !keyed;
+        const bool oldIndex = companion.kind == CompanionKind::Index &&
+                              byteOf(files, companion.path, kStructureStampAt) != stamp;
+        if (!oldTree && !oldIndex)
+            continue;
+        if (const Companion* tree = findCompanion(all, "Y" + companion.extension.substr(1));
+            oldIndex && tree)
+            files.remove(tree->path);
+        files.remove(companion.path);
+    }
+}
+
+/// 2. of structure.h: the DB file first. After a crash it goes on where it was.
 void moveInto(FileSystem& files, const std::string& path)
 {
     const std::string folder = newFolderOf(path), home(paths::folder(path));
@@ -37,21 +66,14 @@ void moveInto(FileSystem& files, const std::string& path)
         files.rename(made, path);
         files.syncFolder(home);
     }
-    const std::vector<Companion> fresh = companionsOf(files, made);
-    for (const Companion& old : companionsOf(files, path)) {
-        const bool index = old.kind == CompanionKind::Index ||
-                           old.kind == CompanionKind::IndexTree ||
-                           old.kind == CompanionKind::PrimaryTree;
-        if (index && !findCompanion(fresh, old.extension))
-            files.remove(old.path);
-    }
-    for (const Companion& companion : fresh) {
+    for (const Companion& companion : companionsOf(files, made)) {
         const std::string to = paths::join(home, paths::fileName(companion.path));
         if (companion.kind == CompanionKind::LongValues && files.fileExists(to))
             files.remove(companion.path);  // 4.: made only so that the new table could be opened
         else
             files.rename(companion.path, to);
     }
+    removeOldIndexes(files, path);
     files.syncFolder(home);
     clearFolder(files, folder);
 }

@@ -1,0 +1,224 @@
+// Changes of fields and indexes: what stays, what is refused, what a crash leaves.
+#include "access/storage/byte_reader.h"
+#include "tests/access/paradox/paradox_testing.h"
+#include "tests/support/faulty_disk.h"
+
+using namespace velnor;
+using namespace velnor::testing;
+using namespace velnor::paradox_testing;
+
+namespace {
+
+void makeTable(FileSystem& files, bool keyed = true, std::string_view word = "Paradox 5.x;")
+{
+    const auto store = openStore(files, word);
+    TableLayout layout =
+        layoutOf({fieldDef("ID", FieldType::Long), fieldDef("A", FieldType::Text, 10),
+                  fieldDef("M", FieldType::Memo), fieldDef("N", FieldType::Memo)});
+    if (keyed)
+        layout.indexes = {primaryDef({"ID"}), indexDef("A", {"A"})};
+    store->createTable(layout);
+    const auto writer = store->writer("T");
+    for (int i = 1; i <= 50; ++i) {
+        const std::string name = "n" + std::to_string(i),
+                          note(static_cast<std::size_t>(i * 60), 'm');
+        writer->insert(std::array{whole(i * 7 % 51), text(name), text(note),
+                                  i % 2 ? text(std::string(300, 'n')) : ValueView()});
+    }
+    store->commit();
+}
+
+std::uint16_t wordAt(const Bytes& bytes, std::size_t at)
+{
+    return loadLE<std::uint16_t>(&bytes.at(at));
+}
+
+/// The permanent ids of a table's fields.
+std::vector<int> idsOf(MemoryFileSystem& files)
+{
+    const Bytes bytes = files.content("C:\\T.DB");
+    std::vector<int> ids;
+    for (int i = 0; i < wordAt(bytes, 0x21); ++i)
+        ids.push_back(wordAt(bytes, 0x58u + wordAt(bytes, 0x66) + 2u * static_cast<unsigned>(i)));
+    return ids;
+}
+
+}  // namespace
+
+TEST(ParadoxStructure, aNewFieldIsNullInEveryRecordAndKeepsTheOthers)
+{
+    MemoryFileSystem files;
+    makeTable(files);
+    const auto store = openStore(files);
+    const Rows before = rowsOf(*store);
+    const Bytes mb = files.content("C:\\T.MB");
+    store->addField("T", fieldDef("B", FieldType::Double));
+    const Rows after = rowsOf(*store);
+    ASSERT_EQ(after.size(), before.size());
+    for (std::size_t i = 0; i < after.size(); ++i)
+        EXPECT_EQ(after[i], before[i] + " -");
+    EXPECT_EQ(files.content("C:\\T.MB"), mb);  // long values keep their places
+    EXPECT_EQ(idsOf(files), (std::vector<int>{1, 2, 3, 4, 5}));
+    EXPECT_EQ(rowsOf(*store, "A").size(), 50u);
+    EXPECT_EQ(faultsOf(*store), Rows{});
+    EXPECT_FALSE(files.info("C:\\T.DB-new"));
+}
+
+TEST(ParadoxStructure, fieldIdsStayAndAreNeverUsedAgain)
+{
+    MemoryFileSystem files;
+    makeTable(files);
+    const auto store = openStore(files);
+    store->dropField("T", "N");
+    store->addField("T", fieldDef("X", FieldType::Long));
+    EXPECT_EQ(idsOf(files), (std::vector<int>{1, 2, 3, 5}));
+    const int stamp = files.content("C:\\T.DB")[0x2E];
+    EXPECT_EQ(files.content("C:\\T.X02")[0x2E], stamp);
+    EXPECT_EQ(faultsOf(*store), Rows{});
+}
+
+TEST(ParadoxStructure, theValuesOfAFieldThatGoesAreFreed)
+{
+    MemoryFileSystem files;
+    makeTable(files);
+    const auto store = openStore(files);
+    store->dropField("T", "M");
+    EXPECT_EQ(faultsOf(*store), Rows{});  // no value without a record
+    const auto cursor = store->cursor("T", std::nullopt);
+    int long_ = 0;
+    for (bool on = cursor->first(); on; on = cursor->next())
+        long_ += !cursor->field(2).isNull() && cursor->field(2).asText() == std::string(300, 'n');
+    EXPECT_EQ(long_, 25);
+}
+
+TEST(ParadoxStructure, fieldsOfAnIndexStay)
+{
+    MemoryFileSystem files;
+    makeTable(files);
+    const auto store = openStore(files);
+    EXPECT_EQ(errorOf([&] { store->dropField("T", "ID"); }), 3018);
+    EXPECT_EQ(errorOf([&] { store->dropField("T", "A"); }), 3018);
+    EXPECT_EQ(errorOf([&] { store->dropField("T", "Z"); }), 3265);
+    store->dropIndex("T", "A");
+    store->dropField("T", "A");
+    EXPECT_EQ(store->layout("T").fields.size(), 3u);
+    EXPECT_EQ(faultsOf(*store), Rows{});
+}
+
+TEST(ParadoxStructure, aPrimaryKeySortsTheTable)
+{
+    MemoryFileSystem files;
+    makeTable(files, false);
+    const auto store = openStore(files);
+    EXPECT_EQ(errorOf([&] { store->addIndex("T", indexDef("A", {"A"})); }), 3018);
+    EXPECT_EQ(errorOf([&] { store->addIndex("T", primaryDef({"A"})); }), 3018);  // not the first
+    store->addIndex("T", primaryDef({"ID"}));
+    Rows rows = rowsOf(*store);
+    ASSERT_EQ(rows.size(), 50u);
+    EXPECT_EQ(rows[0].substr(0, 2), "1 ");
+    EXPECT_EQ(rows[49].substr(0, 3), "50 ");
+    EXPECT_EQ(faultsOf(*store), Rows{});
+    store->addIndex("T", indexDef("A", {"A"}));
+    EXPECT_EQ(errorOf([&] { store->dropIndex("T", "T#PX"); }), 3018);  // the other one needs it
+    store->dropIndex("T", "A");
+    store->dropIndex("T", "T#PX");
+    EXPECT_FALSE(files.fileExists("C:\\T.PX"));
+    EXPECT_EQ(rowsOf(*store), rows);
+    EXPECT_EQ(faultsOf(*store), Rows{});
+}
+
+TEST(ParadoxStructure, aPrimaryKeyOverEqualValuesIsRefusedAndChangesNothing)
+{
+    MemoryFileSystem files;
+    const auto store = openStore(files);
+    store->createTable(layoutOf({fieldDef("A", FieldType::Text, 5)}));
+    {
+        const auto writer = store->writer("T");
+        for (const char* name : {"b", "a", "b"})
+            writer->insert(std::array{text(name)});
+        store->commit();
+    }
+    const Bytes before = files.content("C:\\T.DB");
+    EXPECT_EQ(errorOf([&] { store->addIndex("T", primaryDef({"A"})); }), 3022);
+    EXPECT_EQ(files.content("C:\\T.DB"), before);
+    EXPECT_EQ(rowsOf(*store), (Rows{"'b'", "'a'", "'b'"}));
+    EXPECT_FALSE(files.info("C:\\T.DB-new"));
+}
+
+TEST(ParadoxStructure, indexesThatTheLevelLacksAreRefused)
+{
+    MemoryFileSystem files;
+    makeTable(files);
+    const auto store = openStore(files);
+    EXPECT_EQ(errorOf([&] { store->addIndex("T", indexDef("ONE", {"A"}, true)); }), 3018);
+    IndexDef down = indexDef("DOWN", {"A"});
+    down.fields[0].descending = true;
+    EXPECT_EQ(errorOf([&] { store->addIndex("T", down); }), 3018);
+    EXPECT_EQ(errorOf([&] { store->addIndex("T", indexDef("M", {"M"})); }), 3018);
+    EXPECT_EQ(errorOf([&] { store->addIndex("T", indexDef("a", {"A"})); }), 3367);
+    EXPECT_EQ(store->layout("T").indexes.size(), 2u);
+    EXPECT_EQ(faultsOf(*store), Rows{});
+}
+
+TEST(ParadoxStructure, aUniqueIndexOverEqualValuesLeavesNoFiles)
+{
+    MemoryFileSystem files;
+    const auto store = openStore(files, "Paradox 7.x;");
+    store->createTable(
+        layoutOf({fieldDef("ID", FieldType::Long), fieldDef("A", FieldType::Text, 5)},
+                 {primaryDef({"ID"})}));
+    {
+        const auto writer = store->writer("T");
+        writer->insert(std::array{whole(1), text("x")});
+        writer->insert(std::array{whole(2), text("X")});
+        store->commit();
+    }
+    EXPECT_EQ(errorOf([&] { store->addIndex("T", indexDef("ONE", {"A"}, true)); }), 3022);
+    EXPECT_FALSE(files.fileExists("C:\\T.XG0"));
+    EXPECT_FALSE(files.fileExists("C:\\T.YG0"));
+    EXPECT_EQ(rowsOf(*store).size(), 2u);
+}
+
+TEST(ParadoxStructure, requiredFieldsAndDefaultsAreReadAndKept)
+{
+    const auto folder = corpusFolder();
+    if (folder.empty())
+        GTEST_SKIP() << "the corpus is not here";
+    MemoryFileSystem files;
+    putFamily(files, folder / "fields" / "logical.db");
+    const auto store = openStore(files);
+    EXPECT_EQ(store->layout("T").fields[0].defaultValue, "True");
+    store->addField("T", fieldDef("B", FieldType::Long));
+    EXPECT_EQ(store->layout("T").fields[0].defaultValue, "True");
+    EXPECT_EQ(faultsOf(*store), Rows{});  // the VAL file names the new field, too
+}
+
+TEST(ParadoxStructure, aNewFieldIsThereOrNotAfterAPowerCut)
+{
+    int old = 0, made = 0;
+    for (long n = 1;; n += 2) {
+        FaultyDisk disk(static_cast<unsigned>(n));
+        makeTable(disk);
+        disk.cutAt(n);
+        try {
+            openStore(disk)->addField("T", fieldDef("B", FieldType::Double));
+        } catch (const std::exception&) {
+        }
+        if (!disk.wasCut())
+            break;
+        disk.restart();
+        const auto store = openStore(disk);
+        const std::size_t fields = store->layout("T").fields.size();
+        ASSERT_TRUE(fields == 4 || fields == 5);
+        (fields == 5 ? made : old) += 1;
+        ASSERT_EQ(rowsOf(*store).size(), 50u) << "at change " << n;
+        std::vector<ValueView> values(fields);
+        values[0] = whole(900);
+        store->writer("T")->insert(values);
+        store->commit();
+        ASSERT_EQ(faultsOf(*store), Rows{}) << "at change " << n;
+        ASSERT_EQ(rowsOf(*store, "A").size(), 51u);
+    }
+    EXPECT_GT(old, 5);
+    EXPECT_GT(made, 1);
+}
