@@ -20,3 +20,13 @@ gather fuzz_cdx xbase cdx 128
 gather fuzz_mdx xbase mdx 128
 gather fuzz_ndx xbase ndx 128
 gather fuzz_mdb jet mdb 260  # a new Jet 4 file has 64 KiB already
+for kind in wk4 wk3 wk1 wks wkb 123; do gather fuzz_wk wk4 $kind 64; done
+
+mkdir -p "$out/fuzz_text"
+printf 'NAME,AGE,DAY\r\n"Ann, B.",30,2004-02-29\r\nBob,,\r\n' >"$out/fuzz_text/csv"
+printf 'A;B\n1,5;"x""y"\n\n2;3;4\n' >"$out/fuzz_text/semicolons"
+printf '\377\376A\0,\0B\0\n\0001\0,\0002\0\n\0' >"$out/fuzz_text/utf16"
+printf '[T.TXT]\nFormat=FixedLength\nColNameHeader=No\nCol1=A Long Width 4\nCol2="B c" Text Width 5\n--\n   1abcde\n' \
+    >"$out/fuzz_text/fixed"
+printf '[T.TXT]\nFormat=Delimited(;)\nCharacterSet=850\nDateTimeFormat=dd.mm.yyyy\nDecimalSymbol=,\nCol1=A DateTime\nCol2=B Double\n--\nA;B\n29.02.2004;1,5\n' \
+    >"$out/fuzz_text/told"
