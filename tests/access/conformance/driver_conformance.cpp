@@ -85,7 +85,7 @@ void DriverConformance::makeNotes(const std::vector<velnor::Index>& more)
 {
     std::vector<velnor::Index> indexes;
     if (format().indexes) {
-        indexes.push_back(indexOn("PrimaryKey", {{"ID"}}, true));
+        indexes.push_back(indexOn(primaryKey(), {{"ID"}}, true));
         indexes.back().Primary(true);
         indexes.insert(indexes.end(), more.begin(), more.end());
     }

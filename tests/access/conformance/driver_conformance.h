@@ -37,6 +37,8 @@ struct FormatUnderTest {
     bool changesIndexes = false;  ///< Indexes().Append and Delete on a stored table
     bool changesFields = false;   ///< Fields().Append and Delete on a stored table
     bool edits = true;            ///< records can be changed
+    bool needsKey = false;        ///< ... only in tables with a primary key, named TABLE#PX
+    bool cutsNames = true;        ///< folder kinds: longer names of fields are cut
     bool deletes = true;          ///< and deleted
     bool blankRecords = true;     ///< a record of Nulls alone is kept
     std::size_t longestMemo = 200'000;
@@ -72,6 +74,11 @@ protected:
     void TearDown() override;
 
     const FormatUnderTest& format() const { return GetParam(); }
+    /// What the primary key of table T is called.
+    std::string primaryKey() const
+    {
+        return format().needsKey ? std::string(kTable) + "#PX" : "PrimaryKey";
+    }
     Database open(bool readOnly = false);
     /// Closes and opens again, so that what follows is read from the file.
     void reopen();

@@ -48,6 +48,8 @@ TEST_P(DriverConformance, everyTypeKeepsItsLimitsAndNull)
 
 TEST_P(DriverConformance, editsReachEveryType)
 {
+    if (format().needsKey)
+        GTEST_SKIP() << "tables without a key are not edited";
     if (!format().edits)
         GTEST_SKIP() << "this format changes no records";
     std::vector<FieldDef> defs;
@@ -97,7 +99,7 @@ TEST_P(DriverConformance, theLongestNamesAreKept)
     reopen();
     EXPECT_EQ(db.TableDefs()[listed(tableName)].Fields()[fieldName].Name(), fieldName);
     TableDef table = db.CreateTableDef("X");
-    if (format().folder) {  // longer names are cut
+    if (format().folder && format().cutsNames) {
         EXPECT_EQ(table.CreateField(fieldName + "G", 10, 5).Name(), fieldName);
     } else {
         EXPECT_EQ(errorOf([&] { table.CreateField(fieldName + "G", 10, 5); }), 3008);
@@ -121,7 +123,7 @@ TEST_P(DriverConformance, tablesComeAndGo)
 TEST_P(DriverConformance, memosOfEveryLengthAreKept)
 {
     makeNotes();
-    std::vector<int> lengths{1, 64, 500, 512, 5000, 200'000, 0};
+    std::vector<int> lengths{0, 1, 64, 500, 512, 5000, 200'000};  // keyed tables sort them
     std::erase_if(lengths,
                   [&](int n) { return static_cast<std::size_t>(n) > format().longestMemo; });
     {

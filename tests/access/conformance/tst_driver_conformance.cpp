@@ -156,6 +156,64 @@ FormatUnderTest access4()
     return format;
 }
 
+FormatUnderTest paradox(std::string name, std::string connect)
+{
+    FormatUnderTest format;
+    format.name = std::move(name);
+    format.connect = std::move(connect);
+    format.indexes = format.changesFields = format.needsKey = true;
+    format.cutsNames = false;
+    format.longestField = 25;
+    format.fields = {
+        {fieldDef("Text field", FieldType::Text, 255), texts({"a", std::string(255, 'x'), " b "})},
+        {fieldDef("Integer", FieldType::Integer), integers({-32767, 32767, 0})},
+        {fieldDef("Long", FieldType::Long), integers({-2147483647, 2147483647, 0})},
+        {fieldDef("Currency", FieldType::Currency), money({-123456789, 1, 90000000000})},
+        {fieldDef("Double", FieldType::Double), reals({-1.0 / 3, 1.7e308, 5e-324, 0})},
+        {fieldDef("Memo", FieldType::Memo), texts({"short", std::string(70'000, 'm')})},
+        {fieldDef("Ole", FieldType::LongBinary), blocks({1, 64, 5000, 200'000})},
+    };
+    format.texts = {"plain", "two words", "tab\there", "äöüÄÖÜß", "éèêçñ", "€ „quoted“ …"};
+    return format;
+}
+
+FormatUnderTest paradox5(std::string name, std::string connect)
+{
+    FormatUnderTest format = paradox(std::move(name), std::move(connect));
+    FieldDef decimal = fieldDef("Decimal", FieldType::Decimal);
+    decimal.precision = 18;
+    decimal.scale = 4;
+    std::vector<Value> decimals;
+    for (const char* digits : {"-12345678901.5678", "0.0001", "99999"})
+        decimals.emplace_back(parseDecimal(digits).value());
+    format.fields.insert(
+        format.fields.end(),
+        {{fieldDef("Boolean", FieldType::Boolean), booleans()},
+         {fieldDef("Byte", FieldType::Byte), integers({0, 255})},
+         {fieldDef("Single", FieldType::Single), reals({-0.5, 1.5e38, 0})},
+         {fieldDef("Date", FieldType::Date),
+          dates({"0100-01-01", "9999-12-31 23:59:59", "1899-12-29 06:00:00", "2004-02-29"})},
+         {fieldDef("Time", FieldType::Time), dates({"00:00:01", "23:59:59"})},
+         {fieldDef("Binary", FieldType::Binary, 200), blocks({200})},
+         {decimal, decimals}});
+    return format;
+}
+
+FormatUnderTest paradox7()
+{
+    FormatUnderTest format = paradox5("Paradox7", "Paradox 7.x;");
+    format.changesIndexes = true;
+    return format;
+}
+
+FormatUnderTest paradox4()
+{
+    FormatUnderTest format = paradox("Paradox4", "Paradox 4.x;");
+    format.fields.push_back(
+        {fieldDef("Day", FieldType::Date), dates({"0100-01-01", "9999-12-31", "2004-02-29"})});
+    return format;
+}
+
 FormatUnderTest text()
 {
     FormatUnderTest format;
@@ -231,6 +289,11 @@ INSTANTIATE_TEST_SUITE_P(Xbase, DriverConformance,
                          nameOf);
 INSTANTIATE_TEST_SUITE_P(Access, DriverConformance,
                          ::testing::Values(access4(), access("Access3", 32)), nameOf);
+
+INSTANTIATE_TEST_SUITE_P(Paradox, DriverConformance,
+                         ::testing::Values(paradox5("Paradox5", "Paradox 5.x;"), paradox7(),
+                                           paradox4()),
+                         nameOf);
 
 INSTANTIATE_TEST_SUITE_P(Text, DriverConformance, ::testing::Values(text()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Lotus, DriverConformance, ::testing::Values(lotus()), nameOf);
