@@ -237,6 +237,7 @@ void ExcelStore::dropTable(std::string_view table)
             if (const sheet::Cell* cell = cells.find(row, c); cell && !cell->formula)
                 cells.change(row, sheet::Cell::blank(c));
     workbook_.save();
+    workbook_.forget(found->sheet);
     if (found->named)
         workbook_.hideName(found->name);
 }

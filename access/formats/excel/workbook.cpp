@@ -245,16 +245,22 @@ std::vector<std::string_view> Workbook::numberNewTexts()
 void Workbook::writeFile(WorkbookWriter& writer)
 {
     const std::uint64_t size = writer.plan();
-    FileReplacement replacement(files_, request_.name);
-    const auto writeStream = [&](StreamSink& sink) { writer.write(sink); };
-    if (container_) {
-        writeCompound(replacement.file(), *container_, entry_, size, writeStream);
-    } else {
-        StreamSink sink(replacement.file(), 0);
-        writeStream(sink);
-        sink.flush();
+    try {
+        FileReplacement replacement(files_, request_.name);
+        const auto writeStream = [&](StreamSink& sink) { writer.write(sink); };
+        if (container_) {
+            writeCompound(replacement.file(), *container_, entry_, size, writeStream);
+        } else {
+            StreamSink sink(replacement.file(), 0);
+            writeStream(sink);
+            sink.flush();
+        }
+        replacement.commit();
+    } catch (const RunError& error) {
+        const bool full = error.code() == RunErrorNumber::DiskFull;
+        throw EngineError(full ? EngineErrorNumber::DiskFull : EngineErrorNumber::CannotOpen,
+                          error.what());
     }
-    replacement.commit();
 }
 
 void Workbook::save(const std::function<void(WorkbookWriter&)>& change)

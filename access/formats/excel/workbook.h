@@ -46,6 +46,8 @@ public:
     const sheet::TextPool& texts() const { return texts_; }
     /// The cells of a sheet, read at the first call.
     OpenSheet& sheet(int number);
+    /// Its cells are read again when they are next asked for.
+    void forget(int sheet) { sheets_.erase(sheet); }
     bool isEmpty(int sheet) { return !this->sheet(sheet).sheet->cells.usedArea(); }
 
     /// Why it cannot be written; empty when it can.
@@ -54,7 +56,8 @@ public:
     /// 3421 for a text that version 5 cannot hold.
     void checkText(std::string_view utf8) const;
 
-    /// Writes every change, and what `change` does to the structure.
+    /// Writes every change, and what `change` does to the structure. 3026 when the disk is full;
+    /// then, and after any other failure, the changes wait for the next save().
     void save(const std::function<void(WorkbookWriter&)>& change = {});
     /// The area of a name ends in this row from the next save() on.
     void nameEnds(const std::string& name, std::uint32_t row) { nameEnds_[name] = row; }

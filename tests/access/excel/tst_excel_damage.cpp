@@ -1,0 +1,148 @@
+// Real workbooks with bits turned and ends cut off: an answer or an error, never a crash or a hang;
+// and real workbooks written, with their old records as they were.
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+#include "tests/access/excel/excel_testing.h"
+
+using namespace velnor;
+using namespace velnor::excel_testing;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Sample {
+    std::string name;
+    Bytes bytes;
+};
+
+std::vector<Sample> samples(std::size_t most)
+{
+    std::vector<Sample> found;
+    const char* corpus = std::getenv("VELNOR_CORPUS");
+    if (!corpus || !fs::is_directory(fs::path(corpus) / "xls"))
+        return found;
+    for (const auto& entry : fs::recursive_directory_iterator(fs::path(corpus) / "xls")) {
+        std::string extension = entry.path().extension();
+        if (!entry.is_regular_file() || (extension != ".xls" && extension != ".XLS") ||
+            entry.file_size() > most)
+            continue;
+        std::ifstream in(entry.path(), std::ios::binary);
+        found.push_back({entry.path(), Bytes{std::istreambuf_iterator<char>(in), {}}});
+    }
+    return found;
+}
+
+/// Opens, reads, checks, writes. Only EngineError and RunError may come.
+void useFile(const Bytes& bytes)
+{
+    MemoryFileSystem files(64u << 20);
+    files.put(kFile, bytes);
+    try {
+        const auto store = openStore(files);
+        faultsOf(*store);
+        for (const std::string& table : tablesOf(*store)) {
+            const std::size_t fields = store->layout(table).fields.size();
+            const auto cursor = store->cursor(table, std::nullopt);
+            int rows = 0;
+            for (bool on = cursor->first(); on && rows < 300; on = cursor->next(), ++rows)
+                for (std::size_t i = 0; i < fields; ++i)
+                    shown(cursor->field(static_cast<int>(i)));
+            try {
+                const auto writer = store->writer(table);
+                if (fields > 0)
+                    writer->insert(Row(fields));
+                if (cursor->first() && fields > 0)
+                    writer->update(cursor->row(), std::array{FieldChange{0, ValueView()}});
+            } catch (const EngineError&) {
+            }
+        }
+        store->commit();
+    } catch (const EngineError&) {
+    } catch (const RunError&) {
+    }
+}
+
+class ExcelDamage : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        samples_ = samples(60'000);
+        if (samples_.empty())
+            GTEST_SKIP() << "no corpus here";
+        ASSERT_GT(samples_.size(), 50u);
+    }
+    std::vector<Sample> samples_;
+};
+
+}  // namespace
+
+TEST_F(ExcelDamage, turnedBits)
+{
+    std::mt19937 random(3);
+    for (const Sample& sample : samples_)
+        for (int i = 0; i < 24; ++i) {
+            Bytes bytes = sample.bytes;
+            for (int bits = 1 + i % 8; bits > 0; --bits) {
+                const std::size_t reach = bits % 2 ? bytes.size() : std::size_t{1536};
+                bytes[random() % std::min(reach, bytes.size())] ^=
+                    static_cast<std::uint8_t>(1u << random() % 8);
+            }
+            useFile(bytes);
+        }
+}
+
+TEST_F(ExcelDamage, endsCutOff)
+{
+    std::mt19937 random(7);
+    for (const Sample& sample : samples_)
+        for (int i = 0; i < 10; ++i) {
+            Bytes bytes = sample.bytes;
+            bytes.resize(random() % bytes.size());
+            useFile(bytes);
+        }
+}
+
+TEST_F(ExcelDamage, anAddedRecordLeavesTheOldOnesAsTheyWere)
+{
+    int written = 0;
+    for (const Sample& sample : samples_) {
+        MemoryFileSystem old, files;
+        old.put(kFile, sample.bytes);
+        files.put(kFile, sample.bytes);
+        std::string changed;
+        try {
+            const auto store = openStore(files);
+            for (const std::string& table : tablesOf(*store))
+                if (const auto fields = store->layout(table).fields; !fields.empty()) {
+                    Row values;
+                    for (const FieldDef& field : fields)
+                        values.push_back(valueKindOf(field.type) == ValueKind::Text ? text("added")
+                                         : field.type == FieldType::Double ? ValueView::real(1)
+                                                                           : ValueView());
+                    store->writer(table)->insert(values);
+                    changed = table;
+                    break;
+                }
+            store->commit();
+        } catch (const EngineError&) {
+            continue;  // only read
+        }
+        ++written;
+        const auto was = openStore(old, true), is = openStore(files, true);
+        ASSERT_EQ(tablesOf(*was), tablesOf(*is)) << sample.name;
+        EXPECT_LE(faultsOf(*is).size(), faultsOf(*was).size()) << sample.name;
+        for (const std::string& table : tablesOf(*was)) {
+            const Lines before = rowsOf(*was, table);
+            Lines after = rowsOf(*is, table);
+            if (table == changed && after.size() > before.size())
+                after.resize(before.size());
+            EXPECT_EQ(after, before) << sample.name << " " << table;
+        }
+    }
+    EXPECT_GT(written, 40);
+}
