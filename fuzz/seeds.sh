@@ -21,6 +21,12 @@ gather fuzz_mdx xbase mdx 128
 gather fuzz_ndx xbase ndx 128
 gather fuzz_mdb jet mdb 260  # a new Jet 4 file has 64 KiB already
 for kind in wk4 wk3 wk1 wks wkb 123; do gather fuzz_wk wk4 $kind 64; done
+gather fuzz_cfb xls xls 64
+mkdir -p "$out/fuzz_biff"
+for kind in good odd generated; do  # the bare streams of the smallest ones, where the tools are here
+    [ -d "${VELNOR_TOOLS:-}" ] && [ -d "$corpus/xls/$kind" ] &&
+        python3 "$(dirname "$0")/bare_workbooks.py" "$VELNOR_TOOLS" "$out/fuzz_biff" "$corpus/xls/$kind"/*.[xX][lL][sS]
+done || true
 
 mkdir -p "$out/fuzz_text"
 printf 'NAME,AGE,DAY\r\n"Ann, B.",30,2004-02-29\r\nBob,,\r\n' >"$out/fuzz_text/csv"

@@ -275,6 +275,38 @@ FormatUnderTest lotus()
     return format;
 }
 
+FormatUnderTest excel(std::string name, std::string connect, int longestText)
+{
+    FormatUnderTest format;
+    format.name = std::move(name);
+    format.connect = std::move(connect);
+    format.folder = false;
+    format.deletes = format.blankRecords = false;
+    format.longestMemo = static_cast<std::size_t>(longestText);
+    format.tableMark = "$";
+    format.longestTable = 31;
+    format.longestField = 64;
+    format.fields = {
+        {fieldDef("Text field", FieldType::Text, 255), texts({"a", std::string(255, 'x'), " b "})},
+        {fieldDef("Long", FieldType::Long), integers({-2147483647 - 1, 2147483647, 0, -536870912})},
+        {fieldDef("Currency", FieldType::Currency), money({-123456789, 1, 90000000000})},
+        {fieldDef("Double", FieldType::Double), reals({-1.0 / 3, 1.7e308, 5e-324, -0.5})},
+        {fieldDef("Boolean", FieldType::Boolean), booleans()},
+        {fieldDef("Date", FieldType::Date),
+         dates({"1900-01-01", "9999-12-31 23:59:59", "2004-02-29", "1899-12-30 06:00:00"})},
+        {fieldDef("Memo", FieldType::Memo), texts({"short", std::string(format.longestMemo, 'm')})},
+    };
+    format.texts = {"plain", "two words", "tab\there", "äöüÄÖÜß", "€ „quoted“ …", "l1\r\nl2"};
+    return format;
+}
+
+FormatUnderTest excel8()
+{
+    FormatUnderTest format = excel("Excel8", "Excel 8.0;", 32767);
+    format.texts.insert(format.texts.end(), {"Русский", "Ελληνικά", "漢字かな", "😀 pair"});
+    return format;
+}
+
 std::string nameOf(const ::testing::TestParamInfo<FormatUnderTest>& info)
 {
     return info.param.name;
@@ -296,6 +328,8 @@ INSTANTIATE_TEST_SUITE_P(Paradox, DriverConformance,
                          nameOf);
 
 INSTANTIATE_TEST_SUITE_P(Text, DriverConformance, ::testing::Values(text()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Excel, DriverConformance,
+                         ::testing::Values(excel8(), excel("Excel5", "Excel 5.0;", 255)), nameOf);
 INSTANTIATE_TEST_SUITE_P(Lotus, DriverConformance, ::testing::Values(lotus()), nameOf);
 
 }  // namespace velnor::test
