@@ -147,6 +147,12 @@ QGroupBox* OptionsTab::buildGeneral()
         "CMBFONTTYPE", tr("&Label type"),
         {u"None"_s, u"Raised Light"_s, u"Raised Heavy"_s, u"Lowered Light"_s, u"Lowered Heavy"_s});
 
+    auto* note = new QLabel(
+        tr("These three are kept in the settings. Menus and labels follow your desktop's style."),
+        frame);
+    note->setForegroundRole(QPalette::PlaceholderText);
+    form->addRow(QString(), note);
+
     auto* height = new QWidget(frame);
     auto* line = new QHBoxLayout(height);
     line->setContentsMargins(0, 0, 0, 0);

@@ -4,7 +4,8 @@
 # VELNOR is the program, MAKE_SHOP the maker of an Access file (tests/screen/make_shop.cpp), OUT the folder for
 # the pictures: OUT/<screen>-<palette>-<window>.png. Needs xvfb,
 # openbox, xdotool, wmctrl and imagemagick; VELNOR_TOOLS names the folder of make_dbf.py.
-# SCREENS limits the screens ("small large"), PALETTES the palettes ("light dark").
+# SCREENS limits the screens ("small large"), PALETTES the palettes ("light dark"). MANUAL names a folder that gets
+# the pictures of the manual as well, each of one window; run that with SCREENS=small PALETTES=light.
 set -eu
 program=$(realpath "$1")
 make_shop=$(realpath "$2")
@@ -97,6 +98,12 @@ shot() {
     import -window root "$out/$prefix-$1.png"
     echo "$prefix-$1.png"
 }
+# page NAME WINDOW: a picture of the manual.
+page() {
+    [ -n "${MANUAL:-}" ] || return 0
+    settle
+    import -window "$2" +dither -colors 200 "PNG8:$MANUAL/$1.png"
+}
 front() { wmctrl -i -a "$1"; settle; }
 # choose_file PATH: types a path into the open dialog.
 choose_file() {
@@ -107,7 +114,7 @@ choose_file() {
 }
 
 tour() {
-    local data="$home/Data" main shell
+    local data="$home/Data" main shell login
     cd "$data"
     start_program
     cd /
@@ -117,6 +124,7 @@ tour() {
     key Escape
     settle 2
     shot main
+    page main "$main"
     key alt+v
     shot menu
     key Escape
@@ -136,6 +144,7 @@ tour() {
     fi
     key alt+a
     shot copy-filled
+    page copy-filled "$main"
     if [ -f "$data/shop.mdb" ]; then
         key alt+b
         wait_window 'Database File Copier' >/dev/null
@@ -147,6 +156,7 @@ tour() {
         choose_file 'Enter New File Name' "$data/backup.mdb"
         settle 3
         shot copy-done
+        page copy-done "$main"
     fi
 
     key ctrl+o
@@ -163,6 +173,7 @@ tour() {
     for _ in 1 2 3 4 5 6; do key Right; done
     key Down
     shot browser-memo
+    page table-browser "$shell"
     front "$main"
     key ctrl+o
     choose_file 'Select File to Open' "$data/README.TXT"
@@ -179,6 +190,7 @@ tour() {
         key ctrl+e
         settle 1
         shot data-entry
+        page data-entry "$shell"
         key ctrl+Insert
         shot data-entry-new
         key Escape
@@ -192,8 +204,9 @@ tour() {
         front "$main"
         key ctrl+o
         choose_file 'Select File to Open' "$data/locked.mdb"
-        wait_window 'Login to Database File' >/dev/null
+        login=$(wait_window 'Login to Database File')
         shot login
+        page login "$login"
         key Escape
         settle 1
     fi
@@ -203,6 +216,7 @@ tour() {
     shot coming
     key ctrl+7
     shot options-colors
+    page options "$main"
     key alt+u
     key o
     shot options-general

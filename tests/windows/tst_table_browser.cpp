@@ -227,6 +227,21 @@ private slots:
         QVERIFY(child->findBar->isHidden());
     }
 
+    void theTextStyle_isSeenInTheGrid()
+    {
+        fixture_->makeCustomers();
+        ChildFrm1* child = open("C:\\data\\CUSTOMER.DBF");
+        QList<QImage> pictures;
+        for (const char* style : {"F", "R", "I"}) {
+            globals().GRID_TEXT_STYLE = style;
+            child->applyOptions();
+            pictures << child->MSFlexGrid1->grab().toImage();
+        }
+        QVERIFY(pictures[0] != pictures[1]);
+        QVERIFY(pictures[1] != pictures[2]);
+        QVERIFY(pictures[0] != pictures[2]);
+    }
+
     void openingErrors_areToldInTheirWords_data()
     {
         QTest::addColumn<int>("number");
