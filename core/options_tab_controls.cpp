@@ -223,6 +223,7 @@ void OptionsTab::buildControls()
         auto* area = new QScrollArea(forms_);
         area->setWidgetResizable(true);
         area->setFrameShape(QFrame::NoFrame);
+        area->setFocusPolicy(Qt::NoFocus);
         area->setWidget(SSFrame7[i]);
         forms_->addWidget(area);
     }

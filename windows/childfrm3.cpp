@@ -182,6 +182,10 @@ void ChildFrm3::Form_Activate()
         unloadSoon();
         return;
     }
+    if (auto* first = Text1.isEmpty() || firstActivated_ ? nullptr
+                                                         : qobject_cast<QLineEdit*>(Text1.first()))
+        first->selectAll();  // ready to be typed over
+    firstActivated_ = true;
     shell_.setWindowTitle(caption() + u" - "_s + QString::fromLatin1(kProgramTitle));
     globals().SELECTED_FILE = FILE_USE;
     attempt([&] { shell_.showFileLength(text::thousands(fileLength(FILE_USE)) + u" Bytes"_s); });

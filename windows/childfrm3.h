@@ -101,6 +101,7 @@ private:
     bool editing_ = false;  // the record in hand is
     bool loading_ = false;  // the window opens: nobody has moved yet
     bool writable_ = true;
+    bool firstActivated_ = false;
 };
 
 }  // namespace velnor

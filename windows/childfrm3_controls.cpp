@@ -117,6 +117,8 @@ void ChildFrm3::BuildEntryFields()
                 if (fromUtf8(fields.Item(at).Name()) == G.FIELD_NAMES[i])
                     addEntryRow(i, at, fields.Item(at).def());
         grid->setRowStretch(grid->rowCount(), 1);
+        if (!bound_.isEmpty())
+            setFocusProxy(bound_.first()->box());
         showRecord();
     });
     for (BoundField* field : bound_)

@@ -175,6 +175,8 @@ void MDIForm1::NewWindowFile(const QString& title)
         const int left = CHILD_LEFT, top = CHILD_TOP;
         child->Form_Load();
         window->setWindowTitle(child->windowTitle());
+        for (QAction* action : window->systemMenu()->actions())
+            action->setShortcut({});  // the shell's own keys would be ambiguous
         area_->addSubWindow(window);
         window->setGeometry(toPixels(left), toPixels(top), toPixels(kChildWidth),
                             toPixels(kChildHeight));

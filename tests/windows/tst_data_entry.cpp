@@ -119,6 +119,17 @@ private slots:
         QVERIFY(!shell_->ToolBarComp1->enabled("ID_DataToggle"));
     }
 
+    void theFirstBox_hasTheFocus_readyToBeTypedOver()
+    {
+        makeStaff();
+        QVERIFY(QTest::qWaitForWindowActive(shell_));
+        ChildFrm3* child = open("C:\\data\\staff.mdb");
+        QCOMPARE(QApplication::focusWidget(), child->Text1[0]);
+        QTest::keyClicks(QApplication::focusWidget(), "Eve");
+        QTest::keySequence(child->Text1[0], QKeySequence(QKeySequence::Save));
+        QCOMPARE(staff()[0][0], "Eve");
+    }
+
     void tools_haveTheirNamesAndTips_data()
     {
         QTest::addColumn<QString>("id");

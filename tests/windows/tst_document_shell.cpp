@@ -120,6 +120,23 @@ private slots:
         QCOMPARE(shell_->NUM_CHILDWINDOWS, short(0));
     }
 
+    void keysOfTheShell_areNobodyElses()
+    {
+        fixture_->makeCustomers();
+        open("C:\\data\\CUSTOMER.DBF");
+        QSet<QKeySequence> seen;
+        for (const QAction* action : shell_->findChildren<QAction*>()) {
+            if (action->shortcut().isEmpty())
+                continue;
+            QVERIFY2(!seen.contains(action->shortcut()), qPrintable(action->text()));
+            seen.insert(action->shortcut());
+        }
+        QVERIFY(seen.contains(QKeySequence(QKeySequence::Close)));
+        QVERIFY(QTest::qWaitForWindowActive(shell_));
+        QTest::keySequence(shell_, QKeySequence(QKeySequence::Close));
+        QCOMPARE(shell_->NUM_CHILDWINDOWS, short(0));
+    }
+
     void clicksOff_runNothing()
     {
         fixture_->makeCustomers();
