@@ -4,6 +4,7 @@
 #include <cstring>
 #include <random>
 
+#include "access/formats/jet/cascade.h"
 #include "access/formats/jet/jet_cursor.h"
 #include "access/formats/jet/text_compression.h"
 
@@ -25,8 +26,9 @@ bool isText(const FieldPlan& plan)
 
 JetWriter::JetWriter(std::shared_ptr<JetTable> table, const TableByPage& tables,
                      bool randomAutonumber)
-    : table_(std::move(table)), relations_(*table_, tables), randomAutonumber_(randomAutonumber),
-      placer_(*table_), buffer_(table_->plan()), reader_(table_->plan())
+    : table_(std::move(table)), tables_(tables), relations_(*table_, tables),
+      randomAutonumber_(randomAutonumber), placer_(*table_), buffer_(table_->plan()),
+      reader_(table_->plan())
 {
     if (!table_->whyReadOnly().empty())
         throw EngineError(EngineErrorNumber::NotSupported, table_->whyReadOnly());
@@ -403,22 +405,35 @@ RowId JetWriter::insert(std::span<const ValueView> values)
     return rowIdOf(home);
 }
 
-void JetWriter::update(RowId row, std::span<const FieldChange> changes)
+/// Of the record that is open: only what keys and relationships look at needs to be decoded.
+void JetWriter::takeKeyValues()
 {
-    requireCurrent();
-    appended_ = 0;
-    const RowPointer home = pointerOf(row);
-    openOld(home);
-    const int count = static_cast<int>(values_.size());
-    for (int i = 0; i < count; ++i)
-        values_[i] = ValueView::null();
-    // Only what keys and relationships look at needs to be decoded.
+    std::fill(values_.begin(), values_.end(), ValueView::null());
     for (const IndexPart& index : indexes_)
         for (const int field : index.open->fields)
             if (field >= 0)
                 values_[field] = oldValue(field);
+}
+
+void JetWriter::update(RowId row, std::span<const FieldChange> changes)
+{
+    change(pointerOf(row), changes, true);
+}
+
+void JetWriter::updateLinked(RowPointer home, std::span<const FieldChange> changes)
+{
+    change(home, changes, false);
+}
+
+void JetWriter::change(RowPointer home, std::span<const FieldChange> changes, bool related)
+{
+    requireCurrent();
+    appended_ = 0;
+    openOld(home);
+    takeKeyValues();
     prepareOldKeys();
-    const std::vector<ValueView> before = relations_.any() ? values_ : std::vector<ValueView>();
+    related = related && relations_.any();
+    const std::vector<ValueView> before = related ? values_ : std::vector<ValueView>();
 
     std::fill(changed_.begin(), changed_.end(), false);
     for (const FieldChange& change : changes) {
@@ -432,9 +447,15 @@ void JetWriter::update(RowId row, std::span<const FieldChange> changes)
     }
     writeRowFields(false);
     prepareNewKeys(home);
-    if (relations_.any())
-        relations_.checkUpdate([&before](int field) { return before[field]; },
-                               [this](int field) { return newValue(field); });
+    Cascade cascade(tables_);
+    if (related) {
+        std::vector<LinkedChange> linked;
+        relations_.followUpdate(
+            home, [&before](int field) { return before[field]; },
+            [this](int field) { return newValue(field); }, -1, linked);
+        cascade.plan(table_->page(), home, std::move(linked));
+        cascade.run();
+    }
 
     try {
         const Bytes bytes = buildRow();
@@ -443,6 +464,7 @@ void JetWriter::update(RowId row, std::span<const FieldChange> changes)
     } catch (...) {
         undoEntries(home);
         undoLongValues();
+        cascade.undo();
         throw;
     }
     eraseOldEntries(home);
@@ -452,17 +474,28 @@ void JetWriter::update(RowId row, std::span<const FieldChange> changes)
 
 void JetWriter::remove(RowId row)
 {
+    take(pointerOf(row), true);
+}
+
+void JetWriter::removeLinked(RowPointer home)
+{
+    take(home, false);
+}
+
+void JetWriter::take(RowPointer home, bool related)
+{
     requireCurrent();
     appended_ = 0;
-    const RowPointer home = pointerOf(row);
     openOld(home);
-    std::fill(values_.begin(), values_.end(), ValueView::null());
-    for (const IndexPart& index : indexes_)
-        for (const int field : index.open->fields)
-            if (field >= 0)
-                values_[field] = oldValue(field);
-    if (relations_.any())
-        relations_.checkRemove([this](int field) { return newValue(field); });
+    takeKeyValues();
+    if (related && relations_.any()) {
+        std::vector<LinkedChange> linked;
+        relations_.followRemove(
+            home, [this](int field) { return newValue(field); }, linked);
+        Cascade cascade(tables_);
+        cascade.plan(table_->page(), home, std::move(linked));
+        cascade.run();
+    }
     prepareOldKeys();
     eraseOldEntries(home);
     for (LongPart& part : longs_) {
@@ -471,6 +504,25 @@ void JetWriter::remove(RowId row)
     }
     placer_.remove(home, old_.stored);
     eraseOldLongValues();
+}
+
+void JetWriter::follow(const LinkedChange& change, std::vector<std::pair<int, Value>>& before,
+                       std::vector<LinkedChange>& out)
+{
+    requireCurrent();
+    openOld(change.row);
+    takeKeyValues();
+    if (change.remove)
+        return relations_.followRemove(
+            change.row, [this](int field) { return newValue(field); }, out);
+    for (const auto& [field, value] : change.fields)
+        before.emplace_back(field, Value(values_[field]));  // an index has it
+    const std::vector<ValueView> old = values_;
+    for (const auto& [field, value] : change.fields)
+        values_[field] = value.view();
+    relations_.followUpdate(
+        change.row, [&old](int field) { return old[field]; },
+        [this](int field) { return newValue(field); }, change.end, out);
 }
 
 }  // namespace velnor::jet

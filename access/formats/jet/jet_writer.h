@@ -33,6 +33,14 @@ public:
     void update(RowId row, std::span<const FieldChange> changes) override;
     void remove(RowId row) override;
 
+    // For changes that follow from one of a related record (cascade.h).
+    /// What follows from such a change in turn, and the old values of its fields; 3200, 3201.
+    void follow(const LinkedChange& change, std::vector<std::pair<int, Value>>& before,
+                std::vector<LinkedChange>& out);
+    /// Make it, asking no relationship.
+    void updateLinked(RowPointer home, std::span<const FieldChange> changes);
+    void removeLinked(RowPointer home);
+
 private:
     using Bytes = std::span<const std::uint8_t>;
     struct IndexPart {
@@ -67,6 +75,9 @@ private:
     }
     void requireCurrent() const;
     void openOld(RowPointer home);
+    void takeKeyValues();
+    void change(RowPointer home, std::span<const FieldChange> changes, bool related);
+    void take(RowPointer home, bool related);
     ValueView oldValue(int field);
     ValueView newValue(int field) const { return values_[field]; }
     void giveAutonumbers();
@@ -90,6 +101,7 @@ private:
     std::size_t inlineBytes(const LongPart& part);
 
     std::shared_ptr<JetTable> table_;
+    TableByPage tables_;
     Relations relations_;
     bool randomAutonumber_;
     int appended_ = 0;  // records in a row, up to a bound

@@ -3,9 +3,23 @@
 #include <algorithm>
 
 namespace velnor::jet {
+namespace {
+
+const LogicalIndex* endNumbered(const JetTable& table, std::int32_t number)
+{
+    for (const LogicalIndex& index : table.def().logicalIndexes)
+        if (static_cast<std::int32_t>(index.number) == number &&
+            index.realIndex < table.def().realIndexes.size())
+            return &index;
+    return nullptr;
+}
+
+}  // namespace
 
 Relations::Relations(JetTable& table, const TableByPage& tables) : table_(table)
 {
+    const bool jet3 = !table.file().format().wideText;
+    const CodePage* page = &table.file().codePage();
     for (const LogicalIndex& logical : table.def().logicalIndexes) {
         if (logical.relation == RelationKind::None ||
             logical.realIndex >= table.def().realIndexes.size())
@@ -13,22 +27,24 @@ Relations::Relations(JetTable& table, const TableByPage& tables) : table_(table)
         End end;
         end.parent = logical.relation == RelationKind::Parent;
         end.name = logical.name;
+        end.number = static_cast<std::int32_t>(logical.number);
+        end.otherNumber = logical.otherIndex;
+        end.updateRule = logical.updateRule;
+        end.deleteRule = logical.deleteRule;
         const OpenIndex& mine = table.index(static_cast<int>(logical.realIndex));
         end.fields = mine.fields;
-        end.other = logical.otherTable == table.page() ? nullptr : tables(logical.otherTable);
-        // A table may be related to itself; it must not hold itself open.
-        JetTable* other = logical.otherTable == table.page() ? &table : end.other.get();
-        if (other)
-            for (const LogicalIndex& theirs : other->def().logicalIndexes)
-                if (static_cast<std::int32_t>(theirs.number) == logical.otherIndex &&
-                    theirs.realIndex < other->def().realIndexes.size())
-                    end.otherIndex = static_cast<int>(theirs.realIndex);
-        const bool jet3 = !table.file().format().wideText;
-        const CodePage* page = &table.file().codePage();
         end.here = std::make_unique<KeyBuilder>(jet3, page, mine.keyColumns);
-        if (other && end.otherIndex >= 0)
-            end.there =
-                std::make_unique<KeyBuilder>(jet3, page, other->index(end.otherIndex).keyColumns);
+        end.otherPage = logical.otherTable;
+        // A table may be related to itself; it must not hold itself open.
+        const bool itself = logical.otherTable == table.page();
+        end.other = itself ? nullptr : tables(logical.otherTable);
+        if (JetTable* other = itself ? &table : end.other.get())
+            if (const LogicalIndex* theirs = endNumbered(*other, logical.otherIndex)) {
+                end.otherIndex = static_cast<int>(theirs->realIndex);
+                const OpenIndex& index = other->index(end.otherIndex);
+                end.otherFields = index.fields;
+                end.there = std::make_unique<KeyBuilder>(jet3, page, index.keyColumns);
+            }
         ends_.push_back(std::move(end));
     }
 }
@@ -40,7 +56,21 @@ void Relations::refuse(const End& end, const char* why) const
                                                            end.name + "\": " + why);
 }
 
-bool Relations::otherHas(End& end, const std::function<ValueView(int)>& value)
+void Relations::refuseParent(const End& end)
+{
+    throw EngineError(EngineErrorNumber::RelatedRecords,
+                      "The record cannot be deleted or changed: table \"" + otherOf(end).name() +
+                          "\" has records that belong to it.");
+}
+
+void Relations::refuseChild(const End& end)
+{
+    throw EngineError(EngineErrorNumber::NoRelatedRecord,
+                      "The record cannot be added or changed: table \"" + otherOf(end).name() +
+                          "\" has no record that it belongs to.");
+}
+
+std::optional<KeyView> Relations::keyThere(End& end, const FieldValue& value)
 {
     values_.clear();
     for (const int field : end.fields)
@@ -48,22 +78,58 @@ bool Relations::otherHas(End& end, const std::function<ValueView(int)>& value)
     // A record without a value refers to nothing.
     for (const ValueView& v : values_)
         if (v.isNull())
-            return !end.parent;
+            return std::nullopt;
     if (!end.there)
         refuse(end, "its other table cannot be found, so the change is not possible.");
     const KeyView key = end.there->build(values_);
     if (!end.there->sure())
         refuse(end, "the sort order of its key is not supported, so the change is not possible.");
-    JetTable& other = end.other ? *end.other : table_;
-    IndexWalker walker(*other.index(end.otherIndex).tree);
-    return walker.seek(key) && walker.key().size() >= key.size() &&
-           std::equal(key.begin(), key.end(), walker.key().begin());
+    return key;
 }
 
-bool Relations::changes(End& end, const std::function<ValueView(int)>& before,
-                        const std::function<ValueView(int)>& after)
+bool Relations::parentIsThere(End& end, const FieldValue& value)
 {
-    const auto key = [&](const std::function<ValueView(int)>& value) {
+    const auto key = keyThere(end, value);
+    if (!key)
+        return true;
+    IndexWalker walker(*otherOf(end).index(end.otherIndex).tree);
+    const bool found = walker.seek(*key) && walker.key().size() >= key->size() &&
+                       std::equal(key->begin(), key->end(), walker.key().begin());
+    return found || isOwnParent(end, value, *key);
+}
+
+/// In a table that is related to itself, a record may belong to itself.
+bool Relations::isOwnParent(End& end, const FieldValue& value, KeyView key)
+{
+    if (end.other)
+        return false;
+    before_.assign(key.begin(), key.end());
+    values_.clear();
+    for (const int field : end.otherFields)
+        values_.push_back(field < 0 ? ValueView::null() : value(field));
+    const KeyView own = end.there->build(values_);
+    return std::ranges::equal(own, before_);
+}
+
+/// The records of the other table under this record's key, but the record itself.
+std::vector<RowPointer> Relations::children(End& end, RowPointer self, const FieldValue& value)
+{
+    std::vector<RowPointer> rows;
+    const auto key = keyThere(end, value);
+    if (!key)
+        return rows;
+    IndexWalker walker(*otherOf(end).index(end.otherIndex).tree);
+    for (bool on = walker.seek(*key); on && walker.key().size() >= key->size() &&
+                                      std::equal(key->begin(), key->end(), walker.key().begin());
+         on = walker.next())
+        if (end.other || walker.row() != self)
+            rows.push_back(walker.row());
+    return rows;
+}
+
+bool Relations::changes(End& end, const FieldValue& before, const FieldValue& after)
+{
+    const auto key = [&](const FieldValue& value) {
         values_.clear();
         for (const int field : end.fields)
             values_.push_back(field < 0 ? ValueView::null() : value(field));
@@ -75,30 +141,51 @@ bool Relations::changes(End& end, const std::function<ValueView(int)>& before,
     return !std::equal(now.begin(), now.end(), before_.begin(), before_.end());
 }
 
-void Relations::checkInsert(const std::function<ValueView(int)>& value)
+void Relations::checkInsert(const FieldValue& value)
 {
     for (End& end : ends_)
-        if (!end.parent && !otherHas(end, value))
-            refuse(end, "there is no record in the other table for this one.");
+        if (!end.parent && !parentIsThere(end, value))
+            refuseChild(end);
 }
 
-void Relations::checkRemove(const std::function<ValueView(int)>& value)
+void Relations::followRemove(RowPointer self, const FieldValue& value,
+                             std::vector<LinkedChange>& out)
 {
-    for (End& end : ends_)
-        if (end.parent && otherHas(end, value))
-            refuse(end, "records of the other table belong to this one; delete them first.");
+    for (End& end : ends_) {
+        if (!end.parent)
+            continue;
+        for (const RowPointer child : children(end, self, value)) {
+            LinkedChange change{
+                end.otherPage, end.otherNumber, child, end.deleteRule == kCascade, {}};
+            if (end.deleteRule == kSetNull)
+                for (const int field : end.otherFields)
+                    change.fields.emplace_back(field, Value());
+            else if (end.deleteRule != kCascade)
+                refuseParent(end);
+            out.push_back(std::move(change));
+        }
+    }
 }
 
-void Relations::checkUpdate(const std::function<ValueView(int)>& before,
-                            const std::function<ValueView(int)>& after)
+void Relations::followUpdate(RowPointer self, const FieldValue& before, const FieldValue& after,
+                             std::int32_t asked, std::vector<LinkedChange>& out)
 {
     for (End& end : ends_) {
         if (!changes(end, before, after))
             continue;
-        if (end.parent && otherHas(end, before))
-            refuse(end, "records of the other table belong to this one; its key cannot change.");
-        if (!end.parent && !otherHas(end, after))
-            refuse(end, "there is no record in the other table for this one.");
+        if (!end.parent) {
+            if (end.number != asked && !parentIsThere(end, after))
+                refuseChild(end);
+            continue;
+        }
+        for (const RowPointer child : children(end, self, before)) {
+            if (end.updateRule != kCascade)
+                refuseParent(end);
+            LinkedChange change{end.otherPage, end.otherNumber, child, false, {}};
+            for (std::size_t i = 0; i < end.otherFields.size() && i < end.fields.size(); ++i)
+                change.fields.emplace_back(end.otherFields[i], Value(after(end.fields[i])));
+            out.push_back(std::move(change));
+        }
     }
 }
 
