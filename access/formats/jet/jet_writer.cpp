@@ -447,14 +447,15 @@ void JetWriter::change(RowPointer home, std::span<const FieldChange> changes, bo
     }
     writeRowFields(false);
     prepareNewKeys(home);
-    Cascade cascade(tables_);
+    std::optional<Cascade> cascade;
     if (related) {
         std::vector<LinkedChange> linked;
         relations_.followUpdate(
             home, [&before](int field) { return before[field]; },
             [this](int field) { return newValue(field); }, -1, linked);
-        cascade.plan(table_->page(), home, std::move(linked));
-        cascade.run();
+        cascade.emplace(tables_);
+        cascade->plan(table_->page(), home, std::move(linked));
+        cascade->run();
     }
 
     try {
@@ -464,7 +465,8 @@ void JetWriter::change(RowPointer home, std::span<const FieldChange> changes, bo
     } catch (...) {
         undoEntries(home);
         undoLongValues();
-        cascade.undo();
+        if (cascade)
+            cascade->undo();
         throw;
     }
     eraseOldEntries(home);

@@ -86,6 +86,7 @@ private:
     void copyIndex(int real);
     bool translate(int real);
     bool makeIndex(int real);
+    bool makeFromKeys(int real);
     void buildFrom(EntryRun& run, int real, KeyView nothing);
     void loosen(int real, std::uint8_t flag, std::uint32_t records, const char* why);
     std::string indexName(int real) const;

@@ -97,8 +97,19 @@ bool TableCopy::translate(int real)
     return true;
 }
 
-/// From the keys of the records. False when the order of one is not known for sure.
+/// Of a damaged definition an index may be on what has no keys.
 bool TableCopy::makeIndex(int real)
+try {
+    return makeFromKeys(real);
+} catch (const EngineError& error) {
+    if (!options_.salvage || (error.code() != EngineErrorNumber::TypeMismatch &&
+                              error.code() != EngineErrorNumber::TypeConversion))
+        throw;
+    return false;
+}
+
+/// From the keys of the records. False when the order of one is not known for sure.
+bool TableCopy::makeFromKeys(int real)
 {
     OpenIndex& open = to_->index(real);
     RealIndex& def = to_->def().realIndexes[static_cast<std::size_t>(real)];
