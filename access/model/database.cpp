@@ -2,6 +2,7 @@
 
 #include "access/model/collection.h"
 #include "access/model/database_state.h"
+#include "access/model/edit_buffer.h"
 #include "access/model/recordset_state.h"
 #include "access/model/table_state.h"
 
@@ -67,7 +68,11 @@ void Database::check(std::string_view table, const std::function<void(const Find
 
 std::vector<std::pair<std::string, std::string>> Database::info(std::string_view table)
 {
-    return state_->store().info(table);
+    auto facts = state_->store().info(table);
+    if (!table.empty())
+        for (std::string& rule : model::rulesNotEnforced(state_->store().layout(table)))
+            facts.emplace_back("Rule not enforced", std::move(rule));
+    return facts;
 }
 
 }  // namespace velnor

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "access/formats/driver.h"
+#include "access/model/expression.h"
 
 namespace velnor::model {
 
@@ -33,8 +34,9 @@ public:
     void assign(std::size_t n, ValueView v);
 
     /// 3314 Null in a required field, 3058 in a key that needs a value, 3315 an empty text where
-    /// none may be. When editing, only assigned fields are looked at.
-    void check() const;
+    /// none may be, 3316 or 3317 what a validation rule refuses. When editing, only assigned fields
+    /// are looked at, and the rule of the table; `record` gives the fields that are not here.
+    void check(const FieldReader& record) const;
     std::span<const ValueView> values();     ///< of all fields
     std::span<const FieldChange> changes();  ///< of the assigned ones
 
@@ -43,17 +45,31 @@ private:
         std::size_t field;
         EngineErrorNumber error;
     };
+    /// A validation rule that is understood.
+    struct Validation {
+        int field;  // -1: of the table
+        Expression rule;
+    };
+    void addValidation(int field, const std::string& rule);
+    void addDefault(std::size_t field);
     bool breaks(const Rule& rule) const;
+    void validate(const FieldReader& record) const;
+    [[noreturn]] void refuse(const Validation& validation) const;
 
     const TableLayout& layout_;
     Mode mode_ = Mode::None;
     std::vector<Value> values_;
     std::vector<std::uint8_t> touched_;
     std::vector<Rule> rules_;
+    std::vector<Validation> validations_;
     std::vector<std::pair<std::size_t, Value>> defaults_;
+    std::vector<std::pair<std::size_t, Expression>> computedDefaults_;  // of today, and the like
     std::vector<ValueView> views_;
     std::vector<FieldChange> changes_;
     std::string scratch_;
 };
+
+/// The validation rules of a table that are not understood, and so not enforced: "field: rule".
+std::vector<std::string> rulesNotEnforced(const TableLayout& layout);
 
 }  // namespace velnor::model

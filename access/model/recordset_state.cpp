@@ -402,7 +402,7 @@ void RecordsetState::update()
         throw EngineError(EngineErrorNumber::UpdateWithoutEdit,
                           "Update or CancelUpdate without AddNew or Edit.");
     }
-    buffer_.check();
+    buffer_.check([this](int n) { return cursor().field(n); });
     if (mode == EditBuffer::Mode::Adding) {
         insertRecord();
     } else {
