@@ -1,5 +1,5 @@
-"""Whole Access files through the real program: compacted, with passwords, shared by two processes."""
-import os, re, subprocess, time
+"""Whole Access files through the real program: compacted, repaired, with passwords, shared by processes."""
+import fcntl, os, re, subprocess, time
 
 from cli_support import CLI, PEOPLE, TOOLS, cli, make_dbf, people, records, run_cases, tool
 
@@ -97,6 +97,59 @@ def test_repair_keeps_the_damaged_file_and_says_what_was_lost(folder):
     open(mdb, "wb").write(b"no database" * 1000)
     _, err = cli("repair", mdb, ok=False)
     assert err.startswith("Error - 3343 - "), err
+
+
+def start_copy(source, target):
+    return subprocess.Popen([CLI, "copy", source, target, "People", "--auto", "--yes"],
+                            stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+
+def test_two_processes_that_append_lose_nothing(folder):
+    mdb, source = made(folder, 100), os.path.join(folder, "source.dbf")
+    written, refused = 100, 0
+    for _ in range(6):
+        both = [start_copy(source, mdb), start_copy(source, mdb), start_copy(source, mdb)]
+        for copy in both:
+            out, err = copy.communicate(timeout=60)
+            if copy.returncode == 0:
+                written += 100
+            else:
+                assert b"3045" in err, err
+                refused += 1
+    assert len(records(cli("export", mdb, "People")[0])[1]) == written
+    assert written > 100 and refused > 0, (written, refused)
+    expect_sound(mdb)
+
+
+def test_a_file_being_written_is_in_use(folder):
+    mdb, source = made(folder, 10), os.path.join(folder, "source.dbf")
+    with open(mdb, "r+b") as held:
+        fcntl.lockf(held, fcntl.LOCK_EX)
+        for words in (["export", mdb], ["copy", source, mdb, "People", "--auto", "--yes"], ["check", mdb]):
+            _, err = cli(*words, ok=False)
+            assert err.startswith("Error - 3045 - "), err
+        for words in (["compact", mdb, os.path.join(folder, "c.mdb")], ["repair", mdb]):
+            _, err = cli(*words, ok=False)
+            assert err.startswith("Error - 3356 - "), err
+    cli("export", mdb)
+
+
+def test_what_another_program_holds_open_is_only_read(folder):
+    mdb, source = made(folder, 10), os.path.join(folder, "source.dbf")
+    before = open(mdb, "rb").read()
+    with open(os.path.join(folder, "shop.ldb"), "w+b") as ldb:
+        ldb.write(b"OTHER".ljust(32, b"\0") + b"Admin".ljust(32, b"\0"))
+        ldb.flush()
+        fcntl.lockf(ldb, fcntl.LOCK_EX, 1, 0x10000001)  # how such programs mark their place
+        assert len(records(cli("export", mdb, "People")[0])[1]) == 10
+        _, err = cli("copy", source, mdb, "People", "--auto", "--yes", ok=False)
+        assert "Error - 3027 - " in err, err
+        for words in (["compact", mdb, os.path.join(folder, "c.mdb")], ["repair", mdb]):
+            _, err = cli(*words, ok=False)
+            assert err.startswith("Error - 3356 - "), err
+        assert open(mdb, "rb").read() == before
+    cli("copy", source, mdb, "People", "--auto", "--yes")  # the file that is left means nothing
+    assert os.path.getsize(os.path.join(folder, "shop.ldb")) == 64
 
 
 if __name__ == "__main__":

@@ -5,7 +5,8 @@
 // with encoded pages. Refuses with 3343 what is no such file, ACCDB files included, and with 3031 a
 // wrong password.
 // Writing is refused with clear words (3251) where the file would not stay right: an index whose
-// sort order is not known for sure, a change that a relationship forbids or would have to carry on.
+// sort order is not known for sure. Relationships are kept (3200, 3201), and carry changes on.
+// A file that another program has open, by its LDB file, is only read (3027).
 // Bytes:  docs/formats/jet.md. No other header of this folder is included from outside it.
 #pragma once
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 
+#include "access/formats/jet/lock_file.h"
 #include "access/storage/byte_reader.h"
 
 namespace velnor::jet {
@@ -70,8 +71,14 @@ private:
 };
 
 JetFile::JetFile(FileSystem& files, const OpenRequest& request)
-    : format_(&recognise(files, request.name))
+    : files_(files), format_(&recognise(files, request.name))
 {
+    if (!request.readOnly && openElsewhere(files, request.name))
+        throw EngineError(request.exclusive ? EngineErrorNumber::FileInUse
+                                            : EngineErrorNumber::ReadOnly,
+                          "\"" + request.name +
+                              "\" is open in another program, which has locked its LDB file; it "
+                              "can only be read now.");
     PageFileOptions options;
     options.pageSize = format_->pageSize;
     options.cacheBytes = kCacheBytes;
@@ -138,6 +145,16 @@ void JetFile::readHeader(const OpenRequest& request)
     codePage_ = CodePage::find(number);
     if (!codePage_)
         codePage_ = CodePage::find(1252);
+}
+
+/// Another program may have opened the file since: what it works on is not changed under it.
+void JetFile::commit()
+{
+    if (set_->pendingBytes() > 0 && openElsewhere(files_, set_->path()))
+        throw EngineError(EngineErrorNumber::FileInUse,
+                          "\"" + set_->path() +
+                              "\" was opened by another program; the changes are not written.");
+    set_->commit();
 }
 
 std::uint32_t JetFile::allocate()

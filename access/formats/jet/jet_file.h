@@ -66,7 +66,8 @@ public:
     /// Whether the free map calls a page free; false when the map is damaged.
     bool isFree(PageNumber page);
 
-    void commit() { set_->commit(); }
+    /// 3045 when another program has opened the file meanwhile; the caller rolls back.
+    void commit();
     void rollback();
     /// To be called when pages went back to an earlier state.
     void forgetFreePages() { firstFree_ = kFirstOwnPage; }
@@ -80,6 +81,7 @@ private:
     void readHeader(const OpenRequest& request);
     PageNumber appendTo(PageNumber number);
 
+    FileSystem& files_;
     const JetFormat* format_;
     const CodePage* codePage_ = nullptr;
     JetHeader header_;
