@@ -78,8 +78,19 @@ void placeColumns(TableDef& def)
 
 }  // namespace
 
+bool allowedName(std::string_view name)
+{
+    return !name.empty() && name.front() != ' ' &&
+           name.find_first_of(".![]`") == std::string_view::npos;
+}
+
 Column newColumn(const ColumnDefaults& defaults, const FieldDef& field)
 {
+    if (!allowedName(field.name))
+        throw EngineError(EngineErrorNumber::InvalidFieldName,
+                          "\"" + field.name +
+                              "\" is not a valid field name: it must not begin with a blank or "
+                              "have . ! [ ] ` in it.");
     Column c;
     c.name = field.name;
     c.type = columnTypeOf(field.type);

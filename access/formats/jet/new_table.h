@@ -21,7 +21,12 @@ struct ColumnDefaults {
 /// many fields, 3251 a type that the version does not have.
 TableDef newTableDef(const ColumnDefaults& defaults, const TableLayout& layout);
 
-/// A column of a field; ids, slots and offsets are still to be given.
+/// Whether Access takes a name for a table, a field or an index: none of . ! [ ] ` and no blank in
+/// front.
+bool allowedName(std::string_view name);
+
+/// A column of a field; 3008 for a name that is not allowed; ids, slots and offsets are still to be
+/// given.
 Column newColumn(const ColumnDefaults& defaults, const FieldDef& field);
 
 /// The real index of a definition: columns and flags; map and root are still to be given. 3018 when

@@ -79,6 +79,11 @@ void layIndex(JetFile& file, MapRecords& maps, PageNumber owner, RealIndex& inde
 
 void Structure::createTable(const TableLayout& layout)
 {
+    if (!allowedName(layout.name))
+        throw EngineError(EngineErrorNumber::InvalidTableName,
+                          "\"" + layout.name +
+                              "\" is not a valid table name: it must not begin with a blank or "
+                              "have . ! [ ] ` in it.");
     for (const CatalogEntry& object : catalog_.objects())
         if ((object.table() || object.link() || object.type == object_type::kQuery) &&
             paths::sameName(object.name, layout.name))

@@ -169,6 +169,33 @@ TEST_P(Versions, aTableOfTheSameNameIsRefused)
     }
 }
 
+TEST_P(Versions, namesThatAccessDoesNotTakeAreRefused)
+{
+    create();
+    const auto store = driver_.open(files_, writing());
+    for (const char* name : {"A.B", "A!B", "[A", "A]", "A`B", " A"}) {
+        const auto errorOf = [&](const TableLayout& layout) {
+            try {
+                store->createTable(layout);
+            } catch (const EngineError& error) {
+                return error.number();
+            }
+            return 0;
+        };
+        TableLayout layout = everyType(GetParam());
+        layout.name = name;
+        EXPECT_EQ(errorOf(layout), 3125) << name;
+        layout.name = "Good";
+        layout.fields[1].name = name;
+        EXPECT_EQ(errorOf(layout), 3008) << name;
+    }
+    store->check({}, [](const Problem& problem) { ADD_FAILURE() << problem.text; });
+    TableLayout layout = everyType(GetParam());
+    layout.name = "Any (other) name, even #1 & 'so on'";
+    store->createTable(layout);
+    expectSound();
+}
+
 TEST_P(Versions, theWidestTableCanBeMade)
 {
     create();
