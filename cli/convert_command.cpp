@@ -76,20 +76,35 @@ std::optional<IndexDef> accessIndex(const IndexDef& index, const TableLayout& fr
     return made;
 }
 
-/// A name that a sheet takes; that of a sheet loses the "$" that its table has.
-std::string sheetName(std::string name)
+std::size_t longestSheetName(FileKind kind)
 {
-    constexpr std::size_t kLongest = 31;
-    if (name.ends_with('$'))
+    return kind == FileKind::Lotus ? 15 : 31;
+}
+
+/// "A" to "IV", perhaps with a row: in a worksheet these name places.
+bool namesPlace(std::string_view name)
+{
+    const std::size_t letters =
+        std::min(name.size(),
+                 name.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"));
+    return letters < 3 && name.find_first_not_of("0123456789", letters) == name.npos;
+}
+
+/// A name that a sheet takes; that of a sheet loses the "$" or ":" that its table has.
+std::string sheetName(std::string name, FileKind kind)
+{
+    if (name.ends_with('$') || name.ends_with(':'))
         name.pop_back();
     for (char& c : name)
         if (std::string_view(":\\/?*[]").find(c) != std::string_view::npos)
             c = '_';
     while (!name.empty() && (name.front() == '\'' || name.front() == ' '))
         name.erase(name.begin());
-    name = textPrefix(name, kLongest);
-    while (!name.empty() && name.back() == '\'')
+    name = textPrefix(name, longestSheetName(kind));
+    while (!name.empty() && (name.back() == '\'' || name.back() == ' '))
         name.pop_back();
+    if (kind == FileKind::Lotus && namesPlace(name))
+        name += '_';
     return name.empty() ? "Sheet" : name;
 }
 
@@ -166,7 +181,9 @@ private:
         const std::string full = target_.source.table;
         for (int n = 2; hasTable(context_, to_, target_); ++n)
             target_.source.table =
-                std::string(textPrefix(first_, 31 - kRoomForNumber)) + "_" + std::to_string(n);
+                std::string(
+                    textPrefix(first_, longestSheetName(target_.source.kind) - kRoomForNumber)) +
+                "_" + std::to_string(n);
         layout_.name = target_.source.table;
         makeTable(to_, target_, layout_);
         added_ = open();
@@ -183,7 +200,7 @@ private:
     std::vector<int> fields_;
 };
 
-/// A sheet cannot hold bytes: such fields are left out, and the person is told.
+/// Sheets and text files cannot hold bytes: such fields are left out, and the person is told.
 std::vector<int> leaveOutBytes(TableLayout& layout)
 {
     std::vector<int> kept;
@@ -192,7 +209,7 @@ std::vector<int> leaveOutBytes(TableLayout& layout)
         const FieldType type = layout.fields[i].type;
         if (type == FieldType::Binary || type == FieldType::VarBinary ||
             type == FieldType::LongBinary) {
-            std::fprintf(stderr, "Field %s is left out: a sheet cannot hold its bytes.\n",
+            std::fprintf(stderr, "Field %s is left out: this kind of file cannot hold its bytes.\n",
                          layout.fields[i].name.c_str());
             continue;
         }
@@ -217,16 +234,17 @@ int run(Context& context, const Arguments& arguments)
     Database from = openSource(context, source, true);
     const std::string table = chosenTable(from, source);
     if (target.source.table.empty())
-        target.source.table = arguments.value("--table", table);
+        target.source.table = arguments.value(
+            "--table", source.kind == FileKind::Text ? std::string(paths::baseName(table)) : table);
     if (isSheetFile(target.source.kind) && !arguments.has("--table"))
-        target.source.table = sheetName(target.source.table);
+        target.source.table = sheetName(target.source.table, target.source.kind);
     Recordset rows = from.OpenRecordset(table, RecordsetType::Table);
     Database to = openTarget(context, target);
     TableLayout layout =
         targetLayout(from.TableDefs().Item(table).layout(), source.kind == FileKind::Xbase, target);
     std::vector<int> fields(layout.fields.size());
     std::iota(fields.begin(), fields.end(), 0);
-    if (isSheetFile(target.source.kind))
+    if (isSheetFile(target.source.kind) || target.source.kind == FileKind::Text)
         fields = leaveOutBytes(layout);
     if (!hasTable(context, to, target))
         makeTable(to, target, layout);

@@ -29,6 +29,8 @@ std::optional<FieldType> typeOfEntry(const FormatEntry& entry)
     case CellKind::Currency:
         return FieldType::Currency;
     default:
+        if (entry == kMemoEntry)
+            return FieldType::Memo;
         return entry == kNumberEntry ? std::optional(FieldType::Double) : std::nullopt;
     }
 }
@@ -45,7 +47,10 @@ std::optional<FormatEntry> entryOfType(FieldType type)
         entry.format = kMoney;
         return entry;
     case FieldType::Double:
+    case FieldType::Boolean:
         return kNumberEntry;
+    case FieldType::Memo:
+        return kMemoEntry;
     default:
         return std::nullopt;
     }
@@ -274,7 +279,7 @@ void LotusStore::createTable(const TableLayout& wanted)
             changes.emptyCells.push_back({{number, 1, static_cast<std::uint8_t>(i)},
                                           kindOfFormat(entry->format),
                                           *entry,
-                                          fields[i].type == FieldType::Double});
+                                          entry == kNumberEntry || entry == kMemoEntry});
     putHeader(number, fields);
     open_.erase(paths::foldName(unnamed));
     write(changes);

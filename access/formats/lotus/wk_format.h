@@ -20,7 +20,7 @@
 namespace velnor::lotus {
 
 inline constexpr std::uint8_t kGeneral = 0xF1, kShortDate = 0xF9, kTimeOfDay = 0xF7, kMoney = 0xA2,
-                              kSheetDefault = 0xFF;
+                              kLabelFormat = 0xFD, kSheetDefault = 0xFF;
 
 /// Number, Currency or Date.
 sheet::CellKind kindOfFormat(std::uint8_t format);
@@ -31,9 +31,9 @@ struct FormatEntry {
     std::uint8_t flags = 0x40;     ///< without bit 7, which tells a repeat
     bool operator==(const FormatEntry&) const = default;
 };
-/// What this program writes for numbers in a new table, so that a column without values keeps its
-/// type.
-inline constexpr FormatEntry kNumberEntry{kGeneral, 0, 0x40};
+/// What this program writes for numbers and for long texts in a new table, so that a column without
+/// values keeps its type: general, and "label".
+inline constexpr FormatEntry kNumberEntry{kGeneral, 0, 0x40}, kMemoEntry{kLabelFormat, 0, 0x40};
 
 /// The entries of a row from column 0 on, each for one or more columns; they may end before the
 /// last column.

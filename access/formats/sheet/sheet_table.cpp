@@ -172,7 +172,8 @@ SheetTable::SheetTable(std::string name, std::shared_ptr<Sheet> sheet, std::opti
 }
 
 SheetTable::SheetTable(TableLayout layout, std::shared_ptr<Sheet> sheet)
-    : sheet_(std::move(sheet)), layout_(std::move(layout)), firstRecord_(1)
+    : sheet_(std::move(sheet)), layout_(std::move(layout)), firstRecord_(1),
+      numbersAsBooleans_(true)
 {
     area_.lastColumn = static_cast<std::uint16_t>(layout_.fields.size() - 1);
 }
@@ -316,8 +317,9 @@ ValueView SheetTable::valueOf(const Cell* cell, int field, std::string& scratch)
                 return ValueView::date(*date);
         return {};
     case FieldType::Boolean:
-        return cell->kind == CellKind::Boolean ? ValueView::boolean(cell->number != 0)
-                                               : ValueView{};
+        return cell->kind == CellKind::Boolean || (numbersAsBooleans_ && cell->isNumber())
+                   ? ValueView::boolean(cell->number != 0)
+                   : ValueView{};
     default:
         if (!numbersAsText_)
             return {};

@@ -85,6 +85,8 @@ private:
     bool header_ = true;
     bool empty_ = false;          // a sheet without cells: no fields, no records
     bool numbersAsText_ = false;  // Text fields show every kind of cell
+    // Its Boolean fields were asked for; where the format has no Booleans their cells are 1 and 0.
+    bool numbersAsBooleans_ = false;
 };
 
 /// A cell as people see it: "True", a number, a date "YYYY-MM-DD[ HH:MM:SS]", a text. Nothing for

@@ -259,7 +259,7 @@ TEST_F(LotusWrite, aNewFileTakesTables)
     });
     // Types are known before there are values.
     EXPECT_EQ(fieldsOf(*openStore(files, true), "Orders:"),
-              (Lines{"NAME 10", "DAY 8", "PRICE 5", "QTY 7", "NOTE 10"}));
+              (Lines{"NAME 10", "DAY 8", "PRICE 5", "QTY 7", "NOTE 12"}));
     change([](Store& store) {
         for (int i = 0; i < 100; ++i)
             insert(store, "Orders",
@@ -277,6 +277,18 @@ TEST_F(LotusWrite, aNewFileTakesTables)
     EXPECT_EQ(rows("Orders")[99], "'name' 2004-06-07 1.2345 99 -");
     EXPECT_EQ(rows("Second"), (Lines{"1899-12-30 06:00:00", "2000-01-01 12:00:00"}));
     EXPECT_THAT(findingsOf(*openStore(files, true)), IsEmpty());
+}
+
+TEST_F(LotusWrite, booleansAreOneAndZero)
+{
+    createFile(files);
+    change([](Store& store) {
+        store.createTable(layoutOf("Flags", {fieldDef("F", FieldType::Boolean)}));
+        insert(store, "Flags", {ValueView::boolean(true)});
+        insert(store, "Flags", {ValueView::boolean(false)});
+        EXPECT_EQ(rowsOf(store, "Flags"), (Lines{"True", "False"}));
+    });
+    EXPECT_EQ(rows("Flags"), (Lines{"1", "0"}));
 }
 
 TEST_F(LotusWrite, tablesComeAndGo)

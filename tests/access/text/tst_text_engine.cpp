@@ -1,0 +1,49 @@
+// Text files through the engine's face, as windows use them.
+#include <gtest/gtest.h>
+
+#include "access/engine.h"
+#include "platform/memory_file_system.h"
+
+using namespace velnor;
+
+namespace {
+
+void put(MemoryFileSystem& files, std::string_view path, std::string_view content)
+{
+    files.put(path, {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()});
+}
+
+}  // namespace
+
+TEST(TextEngine, theDummySourceOpensByItsFileName)
+{
+    MemoryFileSystem files;
+    put(files, "C:\\App\\Close.Txt",
+        "This file is opened in place of a closed one.\r\nIt is never written.\r\n");
+    put(files, "C:\\App\\Velnor.Txt", "Velnor\r\n");
+    Workspace workspace(files);
+    for (const char* connect : {"Text", "Text;"}) {
+        Database database = workspace.OpenDatabase("C:\\App", false, false, connect);
+        Recordset close = database.OpenRecordset("Close.Txt", RecordsetType::Dynaset);
+        EXPECT_FALSE(close.Eof());
+        EXPECT_EQ(close.value(0).asText(), "It is never written.");
+        Recordset other = database.OpenRecordset("Velnor.Txt");
+        EXPECT_TRUE(other.Eof());
+    }
+}
+
+TEST(TextEngine, aTextFileIsATable)
+{
+    MemoryFileSystem files;
+    put(files, "C:\\App\\orders.csv", "NAME,QTY\r\nAnn,3\r\nBob,5\r\n");
+    Workspace workspace(files);
+    Database database = workspace.OpenDatabase("C:\\App", false, true, "Text;");
+    EXPECT_EQ(database.TableDefs().Count(), 1);
+    EXPECT_EQ(database.TableDefs()["ORDERS.CSV"].Attributes(), 0u);
+    Recordset rows = database.OpenRecordset("orders.csv");
+    rows.MoveLast();
+    EXPECT_EQ(rows.RecordCount(), 2);
+    EXPECT_EQ(rows.value(1).asInteger(), 5);
+    rows.MovePrevious();
+    EXPECT_EQ(rows.value(0).asText(), "Ann");
+}
