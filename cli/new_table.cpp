@@ -73,8 +73,7 @@ bool hasTable(Context&, Database& database, const Target& target)
     if (isTableFile(target.source.kind))
         return target.fileExists;
     Collection<TableDef>& tables = database.TableDefs();
-    const char* mark = target.source.kind == FileKind::Lotus ? ":" : "$";
-    const std::string sheet = target.source.table + mark;
+    const std::string sheet = target.source.table + sheetMark(target.source.kind);
     if (isSheetFile(target.source.kind) && tables.contains(sheet))
         return tables.Item(sheet).Fields().Count() > 0;  // an empty sheet is taken over
     return tables.contains(target.source.table);

@@ -120,8 +120,13 @@ std::vector<std::string> userTables(Database& database)
 
 std::string chosenTable(Database& database, const Source& source)
 {
-    if (!source.table.empty())
-        return source.table;
+    if (!source.table.empty()) {
+        const std::string sheet = source.table + sheetMark(source.kind);
+        Collection<TableDef>& tables = database.TableDefs();
+        const bool marked =
+            isSheetFile(source.kind) && !tables.contains(source.table) && tables.contains(sheet);
+        return marked ? sheet : source.table;
+    }
     const std::vector<std::string> names = userTables(database);
     if (names.empty())
         throw EngineError(EngineErrorNumber::TableNotFound, "The file has no tables.");

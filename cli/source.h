@@ -24,6 +24,12 @@ constexpr bool isSheetFile(FileKind kind)
     return kind == FileKind::Excel || kind == FileKind::Lotus;
 }
 
+/// What stands behind the name of a sheet in the list of tables; people may leave it out.
+constexpr const char* sheetMark(FileKind kind)
+{
+    return kind == FileKind::Lotus ? ":" : "$";
+}
+
 struct Source {
     FileKind kind = FileKind::None;
     std::string path;      ///< "C:\..." form

@@ -5,7 +5,7 @@ import subprocess, sys, os
 
 from cli_support import CLI, CORPUS, TOOLS, cli, need_corpus, records
 
-KINDS = "xbase,jet,paradox,xls"
+KINDS = "xbase,jet,paradox,xls,wk4"
 UNDEFINED = "a byte that code page 1252 leaves undefined: we give the control character, the dump U+FFFD"
 EXCEPTIONS = {
     "jet/jahlborn-testIndexCodesV1997.mdb [Table1]": UNDEFINED,
