@@ -1,4 +1,5 @@
 // Compacting: a copy without what was deleted, under another name.
+#include "access/formats/jet/create_database.h"
 #include "access/formats/jet/fresh_file.h"
 #include "access/formats/jet/jet_driver.h"
 #include "access/formats/jet/rebuild.h"
@@ -7,7 +8,7 @@
 namespace velnor::jet {
 namespace {
 
-constexpr int kEncodeOption = 2, kPlainOption = 4, kJet3Option = 32, kJet4Option = 64;
+constexpr int kPlainOption = 4, kJet4Option = 64;
 
 /// Alone: nobody else may write while it is read. A file that may only be read cannot be written by
 /// anybody.
@@ -36,7 +37,7 @@ std::uint32_t keyFor(const JetFile& source, int options)
 
 void refuseConversion(const JetFile& source, int options)
 {
-    const int wanted = options & kJet3Option ? 3 : options & kJet4Option ? 4 : 0;
+    const int wanted = options & kOlderVersionOption ? 3 : options & kJet4Option ? 4 : 0;
     if (wanted != 0 && wanted != source.format().version)
         throw EngineError(EngineErrorNumber::NotSupported,
                           "A copy has the version of its source; \"" + source.path() +

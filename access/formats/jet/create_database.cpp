@@ -6,6 +6,7 @@
 
 #include "access/formats/jet/catalog_objects.h"
 #include "access/formats/jet/data_page.h"
+#include "access/formats/jet/fresh_file.h"
 #include "access/formats/jet/index_page.h"
 #include "access/formats/jet/jet_driver.h"
 #include "access/formats/jet/page_codec.h"
@@ -223,7 +224,10 @@ void JetDriver::create(FileSystem& files, const CreateRequest& request) const
         throw EngineError(EngineErrorNumber::DatabaseExists,
                           "Database \"" + request.name + "\" already exists.");
     const bool older = (request.options & kOlderVersionOption) != 0;
-    const auto bytes = databaseSkeleton(older ? kJet3 : kJet4, request.password);
+    const JetFormat& format = older ? kJet3 : kJet4;
+    auto bytes = databaseSkeleton(format, request.password);
+    if (request.options & kEncodeOption)
+        encodePages(format, bytes, newEncodingKey());
     makeWholeFile(files, request.name, bytes, [&](const std::string& sibling) {
         OpenRequest skeleton;
         skeleton.name = sibling;

@@ -14,6 +14,7 @@
 namespace velnor::jet {
 
 inline constexpr int kOlderVersionOption = 32;
+inline constexpr int kEncodeOption = 2;
 
 /// 3001 for a password that the header cannot hold.
 std::vector<std::uint8_t> databaseSkeleton(const JetFormat& format, std::string_view password);

@@ -23,7 +23,7 @@ std::vector<std::uint8_t> freshPages(JetFile& after, std::uint32_t key,
     std::vector<std::uint8_t> header = after.plainHeader();
     storeLE(header.data() + o.globalMap, RowPointer{kMapsPage, 0}.word());
     storeLE(header.data() + o.releasedMap, RowPointer{kMapsPage, 1}.word());
-    storeLE(header.data() + o.key, key);
+    storeLE(header.data() + o.key, std::uint32_t{0});
     if (password)
         setDatabasePassword(header, *password);
     maskHeader(header);
@@ -32,11 +32,20 @@ std::vector<std::uint8_t> freshPages(JetFile& after, std::uint32_t key,
     std::vector<std::uint8_t> pages(std::size_t{kPages} * format.pageSize);
     std::copy(header.begin(), header.end(), pages.begin());
     layGlobalMaps(format, pages.data() + format.pageSize, kPages);
-    const Rc4PageCodec codec(key);
-    for (PageNumber page = 1; key != 0 && page < kPages; ++page)
-        codec.encode(
-            page, std::span(pages).subspan(std::size_t{page} * format.pageSize, format.pageSize));
+    if (key != 0)
+        encodePages(format, pages, key);
     return pages;
+}
+
+void encodePages(const JetFormat& format, std::span<std::uint8_t> pages, std::uint32_t key)
+{
+    maskHeader(pages);
+    storeLE(pages.data() + format.header.key, key);
+    maskHeader(pages);
+    const Rc4PageCodec codec(key);
+    for (std::size_t at = format.pageSize; at < pages.size(); at += format.pageSize)
+        codec.encode(static_cast<std::uint32_t>(at / format.pageSize),
+                     pages.subspan(at, format.pageSize));
 }
 
 std::uint32_t newEncodingKey()

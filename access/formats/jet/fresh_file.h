@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -18,5 +19,7 @@ std::vector<std::uint8_t> freshPages(JetFile& after, std::uint32_t key,
 
 /// A new key for encoded pages.
 std::uint32_t newEncodingKey();
+/// Encodes the first pages of a file, plain so far, and puts the key into their header.
+void encodePages(const JetFormat& format, std::span<std::uint8_t> pages, std::uint32_t key);
 
 }  // namespace velnor::jet

@@ -19,7 +19,7 @@ public:
     std::span<const std::string_view> connectWords() const override;  // "Access 2000;" "" ";" ...
     const FormatTraits& traits(std::string_view connectWord) const override;
     std::unique_ptr<Store> open(FileSystem& files, const OpenRequest& request) const override;
-    /// Option 32 makes the older version, Jet 3.
+    /// Option 32 makes the older version, Jet 3; option 2 encodes the pages.
     void create(FileSystem& files, const CreateRequest& request) const override;
     /// All objects, in the same order and with the same password; 3197 when the file is damaged.
     void compact(FileSystem& files, const OpenRequest& from,

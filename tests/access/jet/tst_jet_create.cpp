@@ -1,4 +1,6 @@
 // New databases and new tables, judged by outside readers.
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "access/engine_error.h"
@@ -111,6 +113,26 @@ TEST_P(Versions, aPasswordIsAskedFor)
         }
     }
     EXPECT_EQ(driver_.open(files_, reading("Sesame"))->catalogue().size(), 4u);
+}
+
+TEST_P(Versions, aNewFileCanBeEncoded)
+{
+    CreateRequest request;
+    request.name = kTestFile;
+    request.options = (GetParam() == 3 ? 32 : 0) | 2;
+    request.password = "Sesame";
+    driver_.create(files_, request);
+    {
+        const auto store = driver_.open(files_, writing("Sesame"));
+        EXPECT_EQ(store->info({})[7].second, "yes");
+        store->createTable(everyType(GetParam()));
+        store->check({}, [](const Problem& problem) { ADD_FAILURE() << problem.text; });
+    }
+    EXPECT_THROW(driver_.open(files_, reading()), EngineError);
+    const auto bytes = content();
+    const std::string name = GetParam() == 3 ? "Every" : std::string("E\0v\0e\0r\0y", 9);
+    EXPECT_EQ(std::search(bytes.begin(), bytes.end(), name.begin(), name.end()), bytes.end());
+    expectSound("Sesame");
 }
 
 TEST_P(Versions, aNewTableIsThereAfterReopening)
