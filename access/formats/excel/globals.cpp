@@ -7,8 +7,10 @@
 namespace velnor::excel {
 namespace {
 
-constexpr std::uint16_t kWorksheet = 0x10, kChart = 0x20, kMacroSheet = 0x40, kWorkspace = 0x100;
-constexpr std::uint16_t kHidden = 1, kNotAnArea = 0x2F;  // hidden, function, macro, built-in
+// Kinds of substreams.
+constexpr std::uint16_t kGlobals = 5, kModule = 6, kChart = 0x20, kMacroSheet = 0x40,
+                        kWorkspace = 0x100;
+constexpr std::uint16_t kNotAnArea = 0x2F;  // flags of a name: hidden, function, macro, built-in
 constexpr std::size_t kMostFaults = 100;
 
 std::uint16_t u16(Bytes data, std::size_t at)
@@ -263,7 +265,7 @@ private:
         if (!reader.next(bof))
             return true;  // a sheet that was cut off: a table without fields
         const std::uint16_t kind = u16(bof.data, 2);
-        return kind != kChart && kind != kMacroSheet && kind != 6 && kind != 5;
+        return kind != kChart && kind != kMacroSheet && kind != kModule && kind != kGlobals;
     }
 
     // Names

@@ -12,7 +12,6 @@ namespace {
 
 constexpr std::uint64_t kLeastStream = 4096;  // below it would have to lie in the mini stream
 constexpr std::size_t kLongestSheetName = 31;
-constexpr std::uint16_t kNoSheet = 0xFFFF;
 constexpr std::uint8_t kHiddenName = 1;
 
 [[noreturn]] void damaged(const char* what)
@@ -49,6 +48,11 @@ WorkbookWriter::WorkbookWriter(Bytes stream, const Globals& globals)
     list_.read(stream, 0);
     if (list_.entries().empty() || list_.entries().back().type != rec::kEof)
         damaged("its globals have no end");
+    const auto listed = std::count_if(
+        list_.entries().begin(), list_.entries().end(),
+        [](const RecordList::Entry& entry) { return entry.type == rec::kBoundSheet; });
+    if (globals.sheets.empty() || listed != static_cast<std::ptrdiff_t>(globals.sheets.size()))
+        damaged("its list of sheets is not whole");
     Record record;
     RecordReader reader(stream, globals.end);
     int depth = 0;
