@@ -36,3 +36,9 @@ printf '[T.TXT]\nFormat=FixedLength\nColNameHeader=No\nCol1=A Long Width 4\nCol2
     >"$out/fuzz_text/fixed"
 printf '[T.TXT]\nFormat=Delimited(;)\nCharacterSet=850\nDateTimeFormat=dd.mm.yyyy\nDecimalSymbol=,\nCol1=A DateTime\nCol2=B Double\n--\nA;B\n29.02.2004;1,5\n' \
     >"$out/fuzz_text/told"
+gather fuzz_db paradox db 128
+gather fuzz_px paradox px 64
+for index in 'x??' 'y??'; do
+    gather fuzz_px paradox "$index" 64
+done
+gather fuzz_mb paradox mb 128

@@ -112,13 +112,13 @@ std::optional<Place> RecordChain::placeOf(std::int64_t ordinal) const
 
 std::optional<std::size_t> RecordChain::positionOf(std::uint32_t block) const
 {
-    if (block < counts_.size() && counts_[block] > 0 && ordered()) {  // by its first key
+    if (keyLength_ && block < counts_.size() && counts_[block] > 0 && ordered()) {  // by its first key
         const std::uint8_t* key = firstKeys_.data() + block * keyLength_;
         const auto found = std::lower_bound(
             chain_.begin(), chain_.end(), key, [&](std::uint16_t b, const std::uint8_t* wanted) {
                 return order_.compare(firstKeys_.data() + b * keyLength_, wanted, keyLength_) < 0;
             });
-        if (keyLength_ && found != chain_.end() && *found == block)
+        if (found != chain_.end() && *found == block)
             return static_cast<std::size_t>(found - chain_.begin());
     }
     const auto found = std::find(chain_.begin(), chain_.end(), block);

@@ -1,0 +1,15 @@
+// fuzz/paradox_exercise.h - what the Paradox fuzzers do with a folder that holds the table T.
+#pragma once
+
+#include "platform/memory_file_system.h"
+
+namespace velnor::fuzzing {
+
+/// Opens the table, reads it by every index, checks it; then adds, changes and removes records,
+/// fields and indexes.
+void exerciseParadox(MemoryFileSystem& files);
+
+/// A sound table T with a key, a memo, two secondary indexes and some records.
+void putParadoxFamily(MemoryFileSystem& files);
+
+}  // namespace velnor::fuzzing
