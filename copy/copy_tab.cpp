@@ -290,8 +290,12 @@ void CopyTab::CopyBtn_Click()
     }
     if (G.PROMPT_SAVE_COPYTO)
         backUpTarget();
-    CloseWindowOfFile(From.FilePath);
+    const bool closed = CloseWindowOfFile(From.FilePath);
     CopyRecords();
+    if (closed) {  // that window came to the front: the result is here
+        window()->raise();
+        window()->activateWindow();
+    }
     if (G.LOG_COPY)
         WriteCopyLog();
 }

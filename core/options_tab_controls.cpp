@@ -210,14 +210,14 @@ QGroupBox* OptionsTab::buildMail()
 
 void OptionsTab::buildControls()
 {
-    SSFrame7 = {buildColors(), buildGeneral(), buildSearch(), buildMail()};
-    choice_ = new QListWidget(this);
+    choice_ = new QListWidget(this);  // first: the Tab key goes in the order of making
     choice_->setObjectName(u"OptionForms"_s);
     choice_->setAccessibleName(tr("Options"));
     choice_->addItems({tr("Colors"), tr("General"), tr("Search and databases"), tr("EMail")});
     choice_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
     choice_->setFixedWidth(choice_->sizeHintForColumn(0) + fontMetrics().averageCharWidth() * 6);
     forms_ = new QStackedWidget(this);
+    SSFrame7 = {buildColors(), buildGeneral(), buildSearch(), buildMail()};
     for (std::size_t i = 0; i < SSFrame7.size(); ++i) {
         SSFrame7[i]->setObjectName(u"SSFrame7_%1"_s.arg(i));
         auto* area = new QScrollArea(forms_);

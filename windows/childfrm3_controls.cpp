@@ -55,11 +55,11 @@ void ChildFrm3::buildTools()
     bar->setIconSize({20, 20});
     ToolBarComp1->fill(
         *bar,
-        {tool("ID_AddRecord", tr("&Add"), u"Add New Record to Table"_s, u"list-add"_s, "Ctrl+Ins"),
+        {tool("ID_AddRecord", tr("&Add"), u"Add New Record to Table"_s, u"list-add"_s, "Ctrl+N"),
          tool("ID_SaveRecord", tr("&Save"), u"Save current Record in Table"_s, u"document-save"_s,
               "Ctrl+S"),
          tool("ID_DeleteRecord", tr("&Delete"), u"Delete current Record in Table"_s,
-              u"edit-delete"_s, "Ctrl+Del"),
+              u"edit-delete"_s, "Ctrl+D"),
          toolLine(),
          tool("ID_FirstRecord", tr("&First"), tr("First record"), u"go-first"_s, "Ctrl+Shift+PgUp"),
          tool("ID_PreviousRecord", tr("&Previous"), tr("Previous record"), u"go-previous"_s,

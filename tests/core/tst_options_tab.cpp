@@ -76,6 +76,20 @@ private slots:
         }
     }
 
+    void tab_goesFromTheListThroughTheForm_toApply()
+    {
+        tab_->showFrame(OptionsTab::kSearchFrame);
+        QVERIFY(QTest::qWaitForWindowActive(tab_.get()));
+        tab_->findChild<QWidget*>("OptionForms")->setFocus();
+        QStringList order;
+        for (int i = 0; i < 6; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            order << QApplication::focusWidget()->objectName();
+        }
+        QCOMPARE(order, (QStringList{"Text8_0", "Text8_1", "CHKOPTION_6", "CHKOPTION_7",
+                                     "CHKOPTION_8", "OptnApplyBtn"}));
+    }
+
     void captions_areThoseOfTheOptions_data()
     {
         QTest::addColumn<int>("index");

@@ -79,7 +79,7 @@ enter_data() {
     shot data-entry
     xdotool type --delay 15 'Edited Person'
     key ctrl+s
-    key ctrl+Insert
+    key ctrl+n
     xdotool type --delay 15 'Added Person'
     key Tab
     xdotool type --delay 15 'Lima'
@@ -87,7 +87,7 @@ enter_data() {
     shot data-entry-added
     key ctrl+shift+Prior
     key ctrl+Next
-    key ctrl+Delete
+    key ctrl+d
     wait_window 'Velnor 3.0' >/dev/null
     shot data-entry-delete
     key alt+y
@@ -135,6 +135,7 @@ copy_with_log() {
     key Return  # the window of the From file is closed first
     settle 3
     shot copied
+    front "$main"
     key ctrl+1
     key alt+v
     key l

@@ -113,7 +113,7 @@ tour() {
         settle 1
         shot data-entry
         page data-entry "$shell"
-        key ctrl+Insert
+        key ctrl+n
         shot data-entry-new
         key Escape
     fi

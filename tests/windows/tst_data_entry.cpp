@@ -128,6 +128,14 @@ private slots:
         QTest::keyClicks(QApplication::focusWidget(), "Eve");
         QTest::keySequence(child->Text1[0], QKeySequence(QKeySequence::Save));
         QCOMPARE(staff()[0][0], "Eve");
+        // Keys of the tools that the boxes don't take for themselves.
+        QTest::keySequence(child->Text1[0], QKeySequence("Ctrl+N"));
+        QCOMPARE(child->EntryMode, QChar('A'));
+        QTest::keyClick(child->Text1[0], Qt::Key_Escape);
+        QTest::keySequence(child->Text1[2], QKeySequence("Ctrl+PgDown"));
+        QCOMPARE(line(child, 0)->text(), "Ben");
+        fixture_->prompt.expectQuestion("Are you sure you want to Delete Record - Ben ?", false);
+        QTest::keySequence(child->Text1[2], QKeySequence("Ctrl+D"));
     }
 
     void tools_haveTheirNamesAndTips_data()
