@@ -1,4 +1,4 @@
-// repair: puts a damaged Access file right, as far as that goes, and says what it did.
+// repair: puts a damaged Access file or DBF right, as far as that goes, and says what it did.
 #include <array>
 
 #include "cli/command.h"
@@ -16,14 +16,14 @@ int run(Context& context, const Arguments& arguments)
 {
     arguments.expectPositional(1, 1);
     const Source source = sourceOf(context, arguments.positional()[0], arguments);
-    if (source.kind != FileKind::Access)
-        throw UsageError("repair takes an Access file");
+    if (source.kind != FileKind::Access && source.kind != FileKind::Xbase)
+        throw UsageError("repair takes an Access file or a DBF");
     const bool json = arguments.has("--json");
     Output output(context.files, "");
     std::string& out = output.buffer();
     int losses = 0, shown = 0;
     out += json ? "{\"done\":[" : "";
-    RepairDatabase(context.files, source.database, [&](const Database::Finding& finding) {
+    RepairDatabase(context.files, source.path, [&](const Database::Finding& finding) {
         losses += !finding.harmless;
         if (json) {
             out += shown ? ",\n{\"where\":" : "\n{\"where\":";
@@ -47,8 +47,8 @@ int run(Context& context, const Arguments& arguments)
 const Command kRepair{
     "repair",
     "FILE",
-    "puts a damaged Access file right and says what was done",
-    "Everything that can be read is kept, and indexes and page maps are made anew.\n"
+    "puts a damaged Access file or DBF right and says what was done",
+    "Everything that can be read is kept, and indexes (and page maps) are made anew.\n"
     "The damaged file stays beside it under the name that is told. A file without\n"
     "damage is left as it is.",
     kOptions,

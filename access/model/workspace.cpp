@@ -88,6 +88,12 @@ void requireNone(FileSystem& files, std::string_view name)
                           "The database exists already: " + std::string(name) + ".");
 }
 
+/// What opens a file that is to be repaired: by its extension.
+std::string wordOfFile(std::string_view name)
+{
+    return paths::sameName(paths::extension(name), "DBF") ? "FoxPro 3.0;" : "";
+}
+
 /// A step on a whole file: where another program holds it, the answer is 3356.
 template <class Step> void onWholeFile(Step step)
 {
@@ -164,11 +170,13 @@ void CompactDatabase(FileSystem& files, std::string_view source, std::string_vie
 void RepairDatabase(FileSystem& files, std::string_view name,
                     const std::function<void(const Database::Finding&)>& report)
 {
-    const Driver& driver = driverFor("");
-    requirePlace(files, std::string(name), driver.traits("").folder);
-    requireFree(files, name);
+    const std::string word = wordOfFile(name);
+    const Driver& driver = driverFor(word);
+    requirePlace(files, std::string(name), false);
+    requireFree(files, driver.traits(word).folder ? paths::folder(name) : name);
     OpenRequest request;
     request.name = name;
+    request.connectWord = word;
     request.readOnly = false;
     request.exclusive = true;
     const ProblemSink tell = [&report](const Problem& problem) {

@@ -83,6 +83,11 @@ std::size_t PageFile::readAt(std::uint64_t offset, std::span<std::uint8_t> out)
     return state_->readAt(offset, out);
 }
 
+std::size_t PageFile::peekAt(std::uint64_t offset, std::span<std::uint8_t> out)
+{
+    return state_->peekAt(offset, out);
+}
+
 void PageFile::writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes)
 {
     state_->writeAt(offset, bytes);

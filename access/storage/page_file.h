@@ -90,6 +90,8 @@ public:
     /// Bytes at any place, over page borders; returns how many there were. Large reads of unchanged
     /// pages go past the cache.
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> out);
+    /// As readAt, but pages that are not in the cache stay out of it: for small reads here and there.
+    std::size_t peekAt(std::uint64_t offset, std::span<std::uint8_t> out);
     /// Grows the file when it passes the end.
     void writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes);
     void resize(std::uint64_t bytes);

@@ -105,6 +105,16 @@ std::size_t StoredFile::readAt(std::uint64_t offset, std::span<std::uint8_t> out
     return out.size();
 }
 
+std::size_t StoredFile::peekAt(std::uint64_t offset, std::span<std::uint8_t> out)
+{
+    if (out.empty() || offset >= size_ || options_.codec ||
+        cache_.find(static_cast<std::uint32_t>(pageOf(offset))))
+        return readAt(offset, out);
+    out = out.first(static_cast<std::size_t>(std::min<std::uint64_t>(out.size(), size_ - offset)));
+    readPastCache(offset, out);
+    return out.size();
+}
+
 void StoredFile::readThroughCache(std::uint64_t offset, std::span<std::uint8_t> out)
 {
     while (!out.empty()) {

@@ -55,6 +55,7 @@ public:
     PageSlot& append();
     void edit(PageSlot& slot);
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> out);
+    std::size_t peekAt(std::uint64_t offset, std::span<std::uint8_t> out);
     void writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes);
     void resize(std::uint64_t bytes);
 

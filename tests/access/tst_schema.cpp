@@ -232,6 +232,65 @@ private slots:
         QVERIFY(!globals().FOXPRO_FLG);  // only indexes set it
     }
 
+    void indexesThatOnlyFoxProSees_areFoundByTheSecondLook()
+    {
+        makeTable("C:", "FoxPro 2.6;", "FOX", {{"NAME", FieldType::Text, 20}}, "NAME");
+        appendRows("C:", "FoxPro 2.6;", "FOX", {{"one"}, {"two"}});
+        QVERIFY(sandbox_->files().fileExists("C:\\FOX.CDX"));
+        QVERIFY(LoadTableStructure("C:", "dBASE 5.0;", "FOX.DBF"));
+        QVERIFY(globals().FOXPRO_FLG);
+        QCOMPARE(globals().INDEX_COUNT, short(1));
+        QCOMPARE(globals().INDEX_NAMES[0], "NAME");
+        QVERIFY(globals().INDEX_UNIQUE[0]);
+        QCOMPARE(globals().FIELD_COUNT, short(1));
+    }
+
+    void indexesOfDBase_areSeenAtOnce()
+    {
+        makeTable("C:", kDBase, "ORDERS", {{"NO", FieldType::Long}}, "NO");
+        QVERIFY(sandbox_->files().fileExists("C:\\ORDERS.MDX"));
+        QVERIFY(LoadTableStructure("C:", "dBASE 5.0;", "ORDERS.DBF"));
+        QVERIFY(!globals().FOXPRO_FLG);
+        QCOMPARE(globals().INDEX_COUNT, short(1));
+        QCOMPARE(globals().INDEX_NAMES[0], "NO");
+    }
+
+    void moreThan252Fields_areAFailure_withTheFieldsSoFar()
+    {
+        for (const int count : {252, 253}) {
+            QList<MadeField> fields;
+            for (int i = 0; i < count; ++i)
+                fields << MadeField{QString("F%1").arg(i), FieldType::Text, 3};
+            const QString table = QString("WIDE%1").arg(count);
+            makeTable("C:", kDBase, table, fields);
+            QCOMPARE(LoadTableStructure("C:", "dBASE 5.0;", table + ".DBF"), count == 252);
+            QCOMPARE(globals().FIELD_NAMES[251], "F251");
+            QCOMPARE(globals().FIELD_COUNT, short(count == 252 ? 252 : 0));
+        }
+        QVERIFY(prompt_->told.isEmpty());
+    }
+
+    void moreThan251Indexes_areAFailure()
+    {
+        makeTable("C:", "FoxPro 2.6;", "MANY", {{"NAME", FieldType::Text, 20}});
+        Workspace work(sandbox_->files());
+        Database database = work.OpenDatabase("C:", false, false, "FoxPro 2.6;");
+        Collection<Index>& indexes = database.TableDefs().Item("MANY").Indexes();
+        for (int i = 0; i < 251; ++i)
+            appendIndex(indexes, i);
+        database.Close();
+        QVERIFY(LoadTableStructure("C:", "dBASE 5.0;", "MANY.DBF"));
+        QCOMPARE(globals().INDEX_COUNT, short(251));
+        QVERIFY(globals().FOXPRO_FLG);
+
+        database = work.OpenDatabase("C:", false, false, "FoxPro 2.6;");
+        appendIndex(database.TableDefs().Item("MANY").Indexes(), 251);
+        database.Close();
+        QVERIFY(!LoadTableStructure("C:", "dBASE 5.0;", "MANY.DBF"));
+        QVERIFY(!globals().INDEX_NAMES[250].isEmpty());
+        QVERIFY(prompt_->told.isEmpty());
+    }
+
     void dBaseTable_withoutADot_isNotRead()
     {
         makeTable("C:", kDBase, "PEOPLE", {{"NAME", FieldType::Text, 20}});
@@ -249,6 +308,14 @@ private slots:
     }
 
 private:
+    static void appendIndex(Collection<Index>& indexes, int number)
+    {
+        IndexDef def;
+        def.name = "X" + std::to_string(number);
+        def.fields = {{"NAME", false}};
+        indexes.Append(Index(def));
+    }
+
     void makeShop()
     {
         makeAccessFile("C:\\shop.mdb");

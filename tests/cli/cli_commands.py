@@ -1,5 +1,5 @@
 """Each command of velnor-cli through the real program: output, errors, exit codes, help."""
-import json, os, re, signal, subprocess, time
+import fcntl, json, os, re, signal, subprocess, time
 
 from cli_support import CLI, PEOPLE, cli, make_dbf, people, records, run_cases, tool
 
@@ -217,6 +217,62 @@ def test_compact_packs_a_dbf_in_its_place(folder):
     assert records(cli("export", path)[0])[1] == before
     cli("check", path)
     assert sorted(os.listdir(folder)) == ["PEOPLE.DBF", "PEOPLE.MDX"]
+
+
+def test_repair_of_a_dbf_builds_its_indexes_anew(folder):
+    path = sample(folder, 100)
+    cli("index", path, "--add", "BYNAME", "--field", "NAME")
+    with open(path, "r+b") as f:
+        f.seek(32 * 7 + 1 + 1)
+        f.write(b"Z")
+    assert cli("check", path, ok=False)[0].strip()
+    out, _ = cli("repair", path)
+    assert "PEOPLE-damaged.DBF" in out, out
+    cli("check", path)
+    assert len(records(cli("export", path)[0])[1]) == 100
+
+
+def test_locks_of_other_programs_are_respected(folder):
+    path = sample(folder, 100)
+    cli("index", path, "--add", "BYNAME", "--field", "NAME")
+    more = os.path.join(folder, "more.dbf")
+    make_dbf(more, PEOPLE, people(5))
+    before = {name: open(os.path.join(folder, name), "rb").read() for name in os.listdir(folder)}
+    with open(path, "r+b") as f:
+        fcntl.lockf(f, fcntl.LOCK_EX | fcntl.LOCK_NB, 1, 1000000000)  # as programs of this kind lock a table
+        for words in (["copy", more, path, "--auto", "--yes"], ["index", path, "--drop", "BYNAME"], ["export", path]):
+            _, err = cli(*words, ok=False)
+            assert "Error - 3045 - " in err, (words, err)
+        _, err = cli("compact", path, ok=False)
+        assert err.startswith("Error - 3356 - "), err
+    assert before == {name: open(os.path.join(folder, name), "rb").read() for name in os.listdir(folder)}
+    with open(path, "rb") as f:
+        fcntl.lockf(f, fcntl.LOCK_SH | fcntl.LOCK_NB, 1, 1000000000)  # who reads lets others read
+        assert len(records(cli("export", path)[0])[1]) == 100
+        _, err = cli("copy", more, path, "--auto", "--yes", ok=False)
+        assert "Error - 3045 - " in err, err
+    cli("copy", more, path, "--auto", "--yes")
+    assert len(records(cli("export", path)[0])[1]) == 105
+    cli("check", path)
+
+
+def test_two_writers_of_one_dbf_lose_nothing(folder):
+    path, big, few = sample(folder, 1000), os.path.join(folder, "big.dbf"), os.path.join(folder, "few.dbf")
+    make_dbf(big, PEOPLE, people(150000))
+    make_dbf(few, PEOPLE, people(7))
+    cli("index", path, "--add", "BYNAME", "--field", "NAME", "--as", "foxpro2")
+    work = subprocess.Popen([CLI, "copy", big, path, "--auto", "--yes", "--progress"], stderr=subprocess.PIPE,
+                            stdout=subprocess.PIPE)
+    work.stderr.readline()
+    refused = 0
+    while work.poll() is None and refused < 3:
+        other = subprocess.run([CLI, "copy", few, path, "--auto", "--yes"], capture_output=True, timeout=60)
+        refused += b"Error - 3045 - " in other.stderr
+    work.communicate(timeout=60)
+    assert work.returncode == 0
+    cli("copy", few, path, "--auto", "--yes")
+    assert (len(records(cli("export", path)[0])[1]) - 151000) % 7 == 0
+    cli("check", path)
 
 
 def test_info_tells_the_version(folder):

@@ -29,12 +29,15 @@ void DbfCursor::dropStaleBlock()
 }
 
 /// Reads the stretch of records around a number: ahead of it when the walk goes on, behind it when
-/// it goes back.
+/// it goes back. A cursor that jumps, as one by an index does, reads single records.
 void DbfCursor::load(std::uint32_t number)
 {
     const bool ahead = blockRecords_ && number == blockFirst_ + blockRecords_;
     const bool back = blockRecords_ && number + 1 == blockFirst_;
-    window_ = ahead || back ? std::min(window_ * 4, kLargestWindow) : kSmallestWindow;
+    if (blockRecords_ && !ahead && !back)
+        return loadLone(number);
+    window_ =
+        ahead || back ? std::clamp(window_ * 4, kSmallestWindow, kLargestWindow) : kSmallestWindow;
     const std::uint32_t length = table_->header().recordLength;
     const auto most = static_cast<std::uint32_t>(std::max<std::size_t>(1, window_ / length));
     const std::uint32_t start = !back ? number : number > most ? number - most + 1 : 1;
@@ -45,6 +48,18 @@ void DbfCursor::load(std::uint32_t number)
     table_->readRecords(start, records, block_);
     blockFirst_ = start;
     blockRecords_ = records;
+}
+
+void DbfCursor::loadLone(std::uint32_t number)
+{
+    blockRecords_ = 0;
+    const std::uint32_t length = table_->header().recordLength;
+    if (block_.size() < length)
+        block_.resize(length);
+    table_->readLoneRecord(number, block_);
+    blockFirst_ = number;
+    blockRecords_ = 1;
+    window_ = 0;
 }
 
 const std::uint8_t* DbfCursor::recordAt(std::uint32_t number)

@@ -36,6 +36,7 @@ private:
     const std::uint8_t* liveRecord(std::uint32_t number);
     const std::uint8_t* recordAt(std::uint32_t number);
     void load(std::uint32_t number);
+    void loadLone(std::uint32_t number);
     void dropStaleBlock();
     ValueView memoField(std::size_t n, const DbfField& field);
 

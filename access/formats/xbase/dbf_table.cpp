@@ -136,6 +136,14 @@ void DbfTable::readRecords(std::uint32_t first, std::uint32_t records, std::span
                           opening_.path + " ends before record " + std::to_string(first + records));
 }
 
+void DbfTable::readLoneRecord(std::uint32_t number, std::span<std::uint8_t> out)
+{
+    if (set().main().peekAt(header_.offsetOf(number), out.first(header_.recordLength)) !=
+        header_.recordLength)
+        throw EngineError(EngineErrorNumber::Corrupt,
+                          opening_.path + " ends before record " + std::to_string(number + 1));
+}
+
 /// Calls `use` with the number and the flag of each record of a stretch.
 template <class Use> void DbfTable::forEachFlag(std::uint32_t first, std::uint32_t records, Use use)
 {

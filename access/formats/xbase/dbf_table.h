@@ -76,6 +76,8 @@ public:
     std::uint64_t generation() const { return set().generation(); }
     /// Reads `records` whole records from a number on. 3197 when they are not there.
     void readRecords(std::uint32_t first, std::uint32_t records, std::span<std::uint8_t> out);
+    /// As readRecords, for one record that is nowhere near the last one.
+    void readLoneRecord(std::uint32_t number, std::span<std::uint8_t> out);
     const LiveCounts& liveCounts();
     /// Live ones among so many records from a number on.
     std::int64_t countLive(std::uint32_t first, std::uint32_t records);

@@ -56,7 +56,7 @@ public:
     bool hasNull(const std::uint8_t* record) const;
 
 private:
-    friend class ExpressionParser;
+    friend class ExpressionBuilder;
     const DbfHeader* header_;
     std::vector<ExpressionPart> parts_;  // the root is the last
     std::vector<std::size_t> fields_;

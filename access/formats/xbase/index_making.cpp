@@ -249,24 +249,53 @@ NewTag IndexSet::sameTag(const TableIndex& index) const
     return made;
 }
 
-void IndexSet::takeOver(IndexSet& old)
+/// The pages of one index at a time wait in memory. Gives how many records have the key of another
+/// where that may not be.
+std::uint64_t IndexSet::takeOver(IndexFile& file, TableIndex& index, bool tolerant)
+{
+    auto made = openIndex(file, file.format->addTag(sameTag(index)));
+    if (!made->keys())
+        throw EngineError(EngineErrorNumber::IndexNotMaintained, made->tag().trouble);
+    const std::uint64_t doubled = made->build(tolerant);
+    file.indexes.push_back(std::move(made));
+    table_.noteChange();
+    table_.commit();
+    return doubled;
+}
+
+void IndexSet::takeOver(IndexFile& from, const ProblemSink* report)
+{
+    const auto lost = [&](const std::string& index, const std::string& why) {
+        std::string where(paths::fileName(from.path));
+        (*report)({index.empty() ? where : where + ", index " + index, why, false});
+    };
+    const auto buildable = [](const auto& index) { return index->canBeBuilt(); };
+    if (report && std::none_of(from.indexes.begin(), from.indexes.end(), buildable))
+        return lost("", "None of its indexes can be built; it is left out.");
+    const std::uint8_t mark =
+        from.indexes.empty() ? table_.header().languageMark : from.indexes[0]->tag().languageMark;
+    IndexFile& file = makeFile(from.kind, from.path, mark);
+    for (const auto& index : from.indexes) {
+        if (report && !index->canBeBuilt())
+            lost(index->tag().name,
+                 "It cannot be built, " + index->tag().trouble + "; it is left out.");
+        else if (const std::uint64_t doubled = takeOver(file, *index, report != nullptr))
+            lost(index->tag().name,
+                 std::to_string(doubled) + " records have the key of another; they are not in it.");
+    }
+    table_.noteChange();
+    table_.commit();
+}
+
+void IndexSet::takeOver(IndexSet& old, const ProblemSink* report)
 {
     old.open();
     open();
-    for (const auto& from : old.files_) {
-        const std::uint8_t mark = from->indexes.empty() ? table_.header().languageMark
-                                                        : from->indexes[0]->tag().languageMark;
-        IndexFile& file = makeFile(from->kind, from->path, mark);
-        for (const auto& index : from->indexes) {
-            auto made = openIndex(file, file.format->addTag(sameTag(*index)));
-            if (!made->keys())
-                throw EngineError(EngineErrorNumber::IndexNotMaintained, made->tag().trouble);
-            made->build();
-            file.indexes.push_back(std::move(made));
-            table_.noteChange();
-            table_.commit();  // the pages of one index at a time wait in memory
-        }
-    }
+    if (report)
+        for (const auto& [name, why] : old.troubles_)
+            (*report)({name, why + " It is left out.", false});
+    for (const auto& file : old.files_)
+        takeOver(*file, report);
 }
 
 }  // namespace velnor::xbase

@@ -58,6 +58,7 @@ PageFileOptions IndexSet::indexFileOptions()
 {
     PageFileOptions options;
     options.pageSize = 4096;
+    options.cacheBytes = 16u << 20;  // seeks go all over the file
     options.rank = 2;
     return options;
 }

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "access/formats/driver.h"
 #include "access/formats/xbase/index_forms.h"
 #include "access/formats/xbase/inf_file.h"
 #include "access/formats/xbase/table_index.h"
@@ -53,7 +54,8 @@ public:
     /// The name of an index whose expression or condition names a field; empty when none does.
     std::string indexOnField(std::size_t field);
     /// Makes the indexes of `old` on this table, which has none yet, in files of the same names.
-    void takeOver(IndexSet& old);
+    /// With `report` those that cannot be built are left out and reported.
+    void takeOver(IndexSet& old, const ProblemSink* report = nullptr);
 
     /// Every index and what its file is called; for a check.
     struct Named {
@@ -80,6 +82,8 @@ private:
     IndexFile& makeFile(IndexKind kind, const std::string& path, std::uint8_t languageMark);
     IndexFile& fileForNew(IndexKind kind, const std::string& path);
     NewTag sameTag(const TableIndex& index) const;
+    std::uint64_t takeOver(IndexFile& file, TableIndex& index, bool tolerant);
+    void takeOver(IndexFile& from, const ProblemSink* report);
     void markPlainField(const std::unique_ptr<TableIndex>& gone, IndexKind kind,
                         const std::vector<std::unique_ptr<TableIndex>>& indexes);
     bool shows(const IndexFile& file) const;

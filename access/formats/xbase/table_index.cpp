@@ -183,10 +183,13 @@ void TableIndex::flush()
 /// Of entries with one key the first whose record is not deleted stays.
 class TableIndex::FirstOfEqual final : public EntrySource {
 public:
-    FirstOfEqual(TableIndex& index, EntrySource& all)
-        : index_(index), all_(all), list_(index.keyLength()), held_(index.keyLength())
+    FirstOfEqual(TableIndex& index, EntrySource& all, bool tolerant)
+        : index_(index), all_(all), tolerant_(tolerant), list_(index.keyLength()),
+          held_(index.keyLength())
     {
     }
+    /// Records left out although their index refuses equal keys.
+    std::uint64_t doubled() const { return doubled_; }
 
     bool more(EntryList& into) override
     {
@@ -222,7 +225,9 @@ private:
         met_ = true;
         if (index_.isDeleted(record))
             return;
-        if (liveHeld_ && index_.tag().refusesEqual)
+        const bool refused = liveHeld_ && index_.tag().refusesEqual;
+        doubled_ += refused;
+        if (refused && !tolerant_)
             throw EngineError(EngineErrorNumber::DuplicateKey,
                               "Two records have one key in the index " + index_.tag().name + ".");
         if (!liveHeld_)
@@ -232,12 +237,14 @@ private:
 
     TableIndex& index_;
     EntrySource& all_;
+    bool tolerant_;
+    std::uint64_t doubled_ = 0;
     EntryList list_, held_;
     bool met_ = false;       // the held entry has met an equal one
     bool liveHeld_ = false;  // known then: its record is not deleted
 };
 
-void TableIndex::build()
+std::uint64_t TableIndex::build(bool tolerant)
 {
     constexpr std::uint32_t kAtOnce = 256;
     const std::uint32_t length = table_.header().recordLength;
@@ -251,9 +258,10 @@ void TableIndex::build()
             if (keys_->make(block.data() + std::size_t{i} * length, first + i, key.data()))
                 entries.add(key.data(), first + i);
     }
-    FirstOfEqual firsts(*this, entries);
+    FirstOfEqual firsts(*this, entries, tolerant);
     entries_ = tree_.build(tag_.unique ? static_cast<EntrySource&>(firsts) : entries);
     verified_ = changed_ = true;
+    return firsts.doubled();
 }
 
 }  // namespace velnor::xbase

@@ -55,7 +55,8 @@ public:
     std::size_t pendingBytes() const { return pending_.bytes(); }
 
     /// Puts an entry for each record of the table in place of all it has. 3022 for equal keys.
-    void build();
+    /// `tolerant`: equal keys are no error; gives how many records are left out for them.
+    std::uint64_t build(bool tolerant = false);
     void drop() { tree_.drop(); }
 
 private:

@@ -18,19 +18,23 @@ constexpr std::size_t kMostPendingBytes = 8u << 20;
 
 class TableRewrite {
 public:
-    TableRewrite(DbfTable& table, const TablePlan& plan, RewriteKind kind)
-        : old_(table), plan_(plan), kind_(kind), replacement_(table.fileSystem(), table.path())
+    TableRewrite(DbfTable& table, const TablePlan& plan, RewriteKind kind,
+                 const ProblemSink* report)
+        : old_(table), plan_(plan), kind_(kind), report_(report),
+          replacement_(table.fileSystem(), table.path())
     {
     }
 
     void run()
     {
-        old_.indexes().needRebuildable();
+        if (kind_ != RewriteKind::Repair)
+            old_.indexes().needRebuildable();
         makeFiles();
         copyRecords();
-        made_->indexes().takeOver(old_.indexes());
+        made_->indexes().takeOver(old_.indexes(), report_);
         made_->commit();
         made_.reset();
+        dropFilesWithoutSibling();
         replacement_.commit();
     }
 
@@ -42,15 +46,19 @@ private:
     void copyRecords();
     void copyBlock(std::uint32_t first, std::uint32_t records);
     void moveMemos(const std::uint8_t* record);
+    void tellOfLostMemos();
+    void dropFilesWithoutSibling();
 
     DbfTable& old_;
     const TablePlan& plan_;
     RewriteKind kind_;
+    const ProblemSink* report_;
     SetReplacement replacement_;
     std::optional<DbfTable> made_;
     std::optional<RecordMover> mover_;
     std::vector<std::uint8_t> block_, record_;
     std::string memo_;
+    std::uint64_t lostMemos_ = 0;
 };
 
 void TableRewrite::write(const std::string& path, const std::vector<std::uint8_t>& bytes)
@@ -71,7 +79,7 @@ void TableRewrite::makeMemoFile()
             replacement_.remove(old_.memoPath());
         return;
     }
-    if (memo && kind_ != RewriteKind::Pack)
+    if (memo && kind_ == RewriteKind::Fields)
         return;
     const MemoForm form = memo ? memo->form() : now.format->memo;
     const std::string path =
@@ -104,11 +112,32 @@ void TableRewrite::moveMemos(const std::uint8_t* record)
             continue;
         const std::uint64_t block =
             memoBlock(from, from.fields[static_cast<std::size_t>(plan_.sources[i])], record);
-        const std::uint32_t moved = block == 0 || block == kBadPointer
+        if (block == 0)
+            continue;
+        const std::uint32_t moved = block == kBadPointer || !old_.memo()
                                         ? 0
                                         : made_->memo()->take(*old_.memo(), block, memo_);
-        if (moved || block)
-            putMemoBlock(to, field, moved, record_.data());
+        lostMemos_ += moved == 0;
+        putMemoBlock(to, field, moved, record_.data());
+    }
+}
+
+void TableRewrite::tellOfLostMemos()
+{
+    if (lostMemos_ && report_)
+        (*report_)(
+            {std::string(paths::fileName(old_.path())),
+             std::to_string(lostMemos_) + " memos are not in the memo file; they are Null now.",
+             false});
+}
+
+/// Index files of which nothing could be built.
+void TableRewrite::dropFilesWithoutSibling()
+{
+    for (const std::string& name : old_.indexFiles()) {
+        const std::string path = paths::join(paths::folder(old_.path()), name);
+        if (!files().fileExists(SetReplacement::siblingOf(path)))
+            replacement_.remove(path);
     }
 }
 
@@ -121,7 +150,7 @@ void TableRewrite::copyBlock(std::uint32_t first, std::uint32_t records)
         if (kind_ == RewriteKind::Pack && *record == '*')
             continue;
         mover_->move(record, made_->count() + 1, record_.data());
-        if (kind_ == RewriteKind::Pack && made_->memo() && old_.memo())
+        if (kind_ != RewriteKind::Fields && made_->memo())
             moveMemos(record);
         made_->append(record_);
     }
@@ -142,13 +171,15 @@ void TableRewrite::copyRecords()
             made_->setNextNumber(i, made_->count() + 1);
     made_->noteChange();
     made_->commit();
+    tellOfLostMemos();
 }
 
 }  // namespace
 
-void rewriteTable(DbfTable& table, const TablePlan& plan, RewriteKind kind)
+void rewriteTable(DbfTable& table, const TablePlan& plan, RewriteKind kind,
+                  const ProblemSink* report)
 {
-    TableRewrite(table, plan, kind).run();
+    TableRewrite(table, plan, kind, report).run();
 }
 
 }  // namespace velnor::xbase

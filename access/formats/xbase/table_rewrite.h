@@ -11,6 +11,7 @@
 
 #include <string>
 
+#include "access/formats/driver.h"
 #include "access/formats/xbase/dbf_table.h"
 #include "access/formats/xbase/table_plan.h"
 
@@ -19,10 +20,13 @@ namespace velnor::xbase {
 enum class RewriteKind {
     Fields,  ///< all records, the memo file as it is
     Pack,    ///< without deleted records; a memo file without gaps
+    Repair,  ///< all records, memos that are there, indexes that can be built
 };
 
 /// 3800 when an index cannot be built anew, 3022 when two records have one key in an index that
-/// refuses that. The caller closes `table` afterwards: its files are others now.
-void rewriteTable(DbfTable& table, const TablePlan& plan, RewriteKind kind);
+/// refuses that; but a repair leaves such an index out, and reports what is lost. The caller closes
+/// `table` afterwards: its files are others now.
+void rewriteTable(DbfTable& table, const TablePlan& plan, RewriteKind kind,
+                  const ProblemSink* report = nullptr);
 
 }  // namespace velnor::xbase

@@ -1,6 +1,7 @@
 #include "access/formats/xbase/xbase_driver.h"
 
 #include "access/formats/xbase/dbf_format.h"
+#include "access/formats/xbase/table_repair.h"
 #include "access/formats/xbase/xbase_store.h"
 #include "platform/paths.h"
 
@@ -60,6 +61,14 @@ void XbaseDriver::compact(FileSystem& files, const OpenRequest& from, const Crea
     if (!form)
         form = formOfConnectWord("FoxPro 3.0;");  // opens every kind
     XbaseStore(files, folder, *form).pack(paths::baseName(from.name));
+}
+
+void XbaseDriver::repair(FileSystem& files, const OpenRequest& request,
+                         const ProblemSink& report) const
+{
+    const NewTableForm* form = formOfConnectWord(request.connectWord);
+    repairTable(files, request.name, form ? *form : *formOfConnectWord("FoxPro 3.0;"),
+                request.codePage, report);
 }
 
 }  // namespace velnor::xbase

@@ -24,6 +24,9 @@ public:
     /// another.
     void compact(FileSystem& files, const OpenRequest& from,
                  const CreateRequest& to) const override;
+    /// `request.name`: the file of a table.
+    void repair(FileSystem& files, const OpenRequest& request,
+                const ProblemSink& report) const override;
 };
 
 }  // namespace velnor::xbase

@@ -51,6 +51,27 @@ TEST_F(PageFileTest, changesStayInMemoryUntilCommit)
     EXPECT_EQ(set.pendingBytes(), 0u);
 }
 
+TEST_F(PageFileTest, peekingSeesChangesAndTheDisk)
+{
+    put("abcdefghijklmnop");
+    FileSet set(files, kPath, pagesOf(4), false);
+    write(set.main(), 5, "XY");
+    std::string out(8, '?');
+    const auto peek = [&](std::uint64_t at, std::size_t length) {
+        out.assign(length, '?');
+        out.resize(set.main().peekAt(at, {reinterpret_cast<std::uint8_t*>(out.data()), length}));
+        return out;
+    };
+    EXPECT_EQ(peek(2, 8), "cdeXYhij");
+    EXPECT_EQ(peek(9, 2), "jk");
+    EXPECT_EQ(peek(14, 9), "op");
+    EXPECT_EQ(peek(16, 1), "");
+    set.main().resize(9);
+    EXPECT_EQ(peek(6, 9), "Yhi");
+    set.rollback();
+    EXPECT_EQ(peek(4, 8), "efghijkl");
+}
+
 TEST_F(PageFileTest, aWriteBehindTheEndLeavesZerosBetween)
 {
     put("ab");
