@@ -179,7 +179,8 @@ void ExcelStore::putHeader(int sheet, const TableLayout& layout)
         const auto column = static_cast<std::uint16_t>(i);
         open.sheet->cells.change(
             0, sheet::Cell::ofText(column, open.sheet->texts->intern(layout.fields[i].name)));
-        open.edit.blankTypes[column] = layout.fields[i].type;
+        if (layout.fields[i].type != FieldType::Text)  // what a column is without a mark
+            open.edit.blankTypes[column] = layout.fields[i].type;
     }
     open.edit.headers = {0};
     open.edit.blankRow = 1;

@@ -1,5 +1,6 @@
 #include "access/formats/excel/style_book.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "access/formats/excel/biff_text.h"
@@ -16,15 +17,19 @@ constexpr std::uint8_t kStyleXf = 4, kOwnFormat = 4;
 constexpr int kFirstOwnFormat = 164;
 constexpr int kGeneral = 0, kBuiltInMoney = 7, kBuiltInDate = 14, kBuiltInMoment = 22;
 
-// Formats of blank cells that tell a field's type. Shown is what people expect of the type; the
-// texts are spelled so that no other program writes them by chance.
+// Formats of blank cells that tell a field's type. The first three are marks: they are spelled so
+// that no other program writes them by chance, and a cell that gets a value loses them.
 constexpr const char* kNumberBlank = "General;\\-General;General";
-constexpr const char* kTextBlank = "@";
 constexpr const char* kMemoBlank = "@;@;@;@";
 constexpr const char* kBooleanBlank = "\"True\";\"True\";\"False\"";
 constexpr const char* kDateBlank = "yyyy-mm-dd";
 constexpr const char* kMomentText = "yyyy-mm-dd hh:mm:ss";
 constexpr const char* kMoneyBlank = "\"$\"#,##0.00;\\-\"$\"#,##0.00";
+
+bool isMark(const std::string& format)
+{
+    return format == kNumberBlank || format == kMemoBlank || format == kBooleanBlank;
+}
 
 bool sameButFormat(Bytes a, Bytes b, std::size_t usedAt)
 {
@@ -42,6 +47,11 @@ bool sameButFormat(Bytes a, Bytes b, std::size_t usedAt)
 
 StyleBook::StyleBook(const Globals& globals) : globals_(globals)
 {
+    for (const Bytes xf : globals.xfs) {
+        const auto text = globals.formatTexts.find(
+            xf.size() >= kFlagsAt ? loadLE<std::uint16_t>(xf.data() + kFormatAt) : kGeneral);
+        marks_.push_back(text != globals.formatTexts.end() && isMark(text->second));
+    }
     const auto isCell = [&](std::size_t i) {
         return globals_.xfs[i].size() > kFlagsAt && (globals_.xfs[i][kFlagsAt] & kStyleXf) == 0;
     };
@@ -132,11 +142,16 @@ std::uint16_t StyleBook::withFormat(std::uint16_t base, int format)
         made[usedAt] |= kOwnFormat;
     newXfs_.push_back(std::move(made));
     newClasses_.push_back(classOfFormatIndex(format));
+    marks_.push_back(std::any_of(newFormats_.begin(), newFormats_.end(), [&](const NewFormat& f) {
+        return f.index == format && isMark(f.text);
+    }));
     return known->second = static_cast<std::uint16_t>(count);
 }
 
 std::uint16_t StyleBook::suited(std::uint16_t base, const Cell& cell)
 {
+    if (cell.kind != CellKind::Blank && base < marks_.size() && marks_[base])
+        base = withFormat(base, kGeneral);
     const FormatClass shown = classOf(base);
     switch (cell.kind) {
     case CellKind::Date: {
@@ -160,8 +175,7 @@ std::uint16_t StyleBook::blankOf(FieldType type)
     const char* text = kNumberBlank;
     switch (type) {
     case FieldType::Text:
-        text = kTextBlank;
-        break;
+        return plain_;
     case FieldType::Memo:
         text = kMemoBlank;
         break;

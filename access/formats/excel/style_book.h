@@ -46,6 +46,7 @@ private:
     std::vector<std::vector<std::uint8_t>> newXfs_;
     std::vector<FormatClass> newClasses_;
     std::vector<NewFormat> newFormats_;
+    std::vector<bool> marks_;  // by XF: a mark of a blank cell, not to be seen on values
     std::map<std::pair<std::uint16_t, int>, std::uint16_t> made_;  // base and format: the XF
 
     Bytes xf(std::size_t index) const;
