@@ -1,7 +1,7 @@
 #include "access/formats/lotus/lotus_driver.h"
 
 #include "access/formats/lotus/lotus_store.h"
-#include "access/formats/lotus/wk_write.h"
+#include "access/formats/lotus/sheet_records.h"
 #include "access/storage/replace_file.h"
 
 namespace velnor::lotus {

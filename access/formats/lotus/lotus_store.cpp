@@ -67,10 +67,13 @@ LotusStore::LotusStore(FileSystem& files, const OpenRequest& request)
 
 void LotusStore::openFile()
 {
-    file_ = files_.open(request_.name, request_.readOnly ? OpenMode::Read : OpenMode::ReadWrite);
-    if (!file_->tryLock(request_.readOnly ? LockKind::Shared : LockKind::Exclusive))
+    file_.reset();
+    auto file =
+        files_.open(request_.name, request_.readOnly ? OpenMode::Read : OpenMode::ReadWrite);
+    if (!file->tryLock(request_.readOnly ? LockKind::Shared : LockKind::Exclusive))
         throw EngineError(EngineErrorNumber::FileInUse,
                           "The file is in use: " + request_.name + ".");
+    file_ = std::move(file);
 }
 
 void LotusStore::load()
@@ -191,14 +194,20 @@ std::size_t LotusStore::longestText() const
     return kLongestText;
 }
 
+/// Nothing but a failure while it was opened again can have taken the file away.
+File& LotusStore::file() const
+{
+    if (!file_)
+        throw EngineError(EngineErrorNumber::CannotOpen,
+                          request_.name + " could not be kept open.");
+    return *file_;
+}
+
 void LotusStore::needWriteable() const
 {
     if (request_.readOnly)
         throw EngineError(EngineErrorNumber::ReadOnly,
                           request_.name + " is open for reading only.");
-    if (!file_)  // it was written, and then somebody else took it
-        throw EngineError(EngineErrorNumber::CannotOpen,
-                          request_.name + " could not be kept open.");
     if (const std::string why = whyNotUpdatable(); !why.empty())
         throw EngineError(EngineErrorNumber::ReadOnly,
                           request_.name + " cannot be written. " + why);
@@ -336,18 +345,16 @@ void LotusStore::write(const WkChanges& changes)
 {
     try {
         FileReplacement replacement(files_, request_.name);
-        rewriteBook(*file_, replacement.file(), *book_, changes);
+        rewriteBook(file(), replacement.file(), *book_, changes);
         replacement.commit();
-        file_.reset();
-        openFile();
     } catch (const RunError& error) {
-        if (!file_)
-            throw;
-        load();
         const bool full = error.code() == RunErrorNumber::DiskFull;
+        openFile();  // the old one, or the new one when only its folder could not be synced
+        load();
         throw EngineError(full ? EngineErrorNumber::DiskFull : EngineErrorNumber::CannotOpen,
                           error.what());
     }
+    openFile();
     book_->bytes = file_->size();
     for (auto& [number, sheet] : book_->sheets)
         sheet.cells->cells.forgetChanges();
@@ -369,7 +376,7 @@ std::size_t LotusStore::pendingBytes() const
 
 void LotusStore::check(std::string_view, const ProblemSink& report)
 {
-    checkBook(*file_, *book_, report);
+    checkBook(file(), *book_, report);
 }
 
 std::vector<std::pair<std::string, std::string>> LotusStore::info(std::string_view)

@@ -46,6 +46,7 @@ private:
     void describe(sheet::SheetTable& table) const;
 
     void openFile();
+    File& file() const;
     /// Takes in what the file holds. Tables in use are made anew in their places, so that cursors
     /// and writers show it, too.
     void load();

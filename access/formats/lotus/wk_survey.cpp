@@ -33,6 +33,13 @@ private:
         if (found_.body == 0)
             found_.body = record.at;
     }
+    void sheetRecord(const Record& record, std::set<std::uint8_t>& sheets)
+    {
+        if (record.size() == 0)
+            return;
+        sheets.insert(record.u8(0));
+        sheetSeen(record.u8(0));
+    }
     void sheetSeen(std::uint8_t sheet) { found_.lastSheet = std::max(found_.lastSheet, sheet); }
 
     const WkChanges& changes_;
@@ -60,10 +67,12 @@ void Surveyor::format(const Record& record)
     const auto head = formatHead(record);
     if (!head)
         return;
-    if (head->kind == static_cast<std::uint8_t>(FormatRecordKind::SheetDefault))
+    if (head->kind == static_cast<std::uint8_t>(FormatRecordKind::SheetDefault)) {
         found_.defaults = record.behind();
-    else
+        found_.withDefault.insert(head->sheet);
+    } else {
         found_.lastFormat[head->sheet] = record.behind();
+    }
     sheetSeen(head->sheet);
     if (!changes_.droppedSheet || head->sheet != *changes_.droppedSheet)
         plan_.take(record);
@@ -92,10 +101,10 @@ void Surveyor::look(const Record& record)
         return;
     case wk::kSheetCell:
         found_.sheetCells = record.behind();
-        return record.size() ? sheetSeen(record.u8(0)) : void();
+        return sheetRecord(record, found_.withCell);
     case wk::kSheetLayout:
         found_.sheetLayouts = record.behind();
-        return record.size() ? sheetSeen(record.u8(0)) : void();
+        return sheetRecord(record, found_.withLayout);
     case wk::kExtended:
         if (record.size() > 4 && record.u16(0) == wk::kSheetNameKind) {
             found_.sheetNames = record.behind();

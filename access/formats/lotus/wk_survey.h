@@ -27,6 +27,9 @@ struct WkSurvey {
     std::map<std::uint8_t, std::uint64_t> lastFormat;        ///< of each sheet
     std::set<std::pair<std::uint8_t, std::uint8_t>> bounds;  ///< sheet and column
 
+    /// Sheets that have these records: a sheet may be there, empty and without a name.
+    std::set<std::uint8_t> withCell, withLayout, withDefault;
+
     std::size_t find(CellPlace place) const;  ///< changed.size() when it is not changed
 };
 

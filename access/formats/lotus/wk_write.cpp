@@ -4,7 +4,7 @@
 #include <set>
 
 #include "access/formats/lotus/cell_writer.h"
-#include "access/formats/lotus/lmbcs.h"
+#include "access/formats/lotus/sheet_records.h"
 #include "access/formats/lotus/wk_survey.h"
 
 namespace velnor::lotus {
@@ -18,10 +18,10 @@ constexpr std::size_t kCopyBytes = 64u << 10;
 FormatEntry usualEntry(const Cell& cell)
 {
     FormatEntry entry;
-    entry.format = cell.kind == CellKind::Currency                           ? kMoney
-                   : cell.kind != CellKind::Date                             ? kGeneral
-                   : cell.number >= 0 && cell.number < 1 && cell.number != 0 ? kTimeOfDay
-                                                                             : kShortDate;
+    entry.format = cell.kind == CellKind::Currency      ? kMoney
+                   : cell.kind != CellKind::Date        ? kGeneral
+                   : cell.number > 0 && cell.number < 1 ? kTimeOfDay
+                                                        : kShortDate;
     return entry;
 }
 
@@ -36,34 +36,6 @@ std::vector<FormatNeed> neededFormats(WkBook& book, const WkChanges& changes)
     std::sort(needs.begin(), needs.end(),
               [](const FormatNeed& a, const FormatNeed& b) { return a.place < b.place; });
     return needs;
-}
-
-Bytes sheetNameRecord(std::uint8_t number, const WkBook& book)
-{
-    std::string name(4, '\0');
-    auto* head = reinterpret_cast<std::uint8_t*>(name.data());
-    storeLE(head, wk::kSheetNameKind);
-    head[2] = number;
-    encodeLmbcs(book.sheets.at(number).name, book.group, name);
-    name += '\0';
-    return {name.begin(), name.end()};
-}
-
-Bytes sheetCellRecord(std::uint8_t number)
-{
-    Bytes data(16);
-    data[0] = number;
-    return data;
-}
-
-Bytes sheetLayoutRecord(std::uint8_t number)
-{
-    return {number, 0, 0, 0, 9};
-}
-
-Bytes sheetDefaultRecord(std::uint8_t number)
-{
-    return {number, 1, 0, 0, 0x71, 0x40, 0x04, 0x40, 0x27, 0, 0, 0};
 }
 
 class Rewrite {
@@ -294,15 +266,18 @@ void Rewrite::newFormats(std::uint64_t behind)
 /// The records of a new or newly named sheet that belong behind this place.
 void Rewrite::newSheetRecords(std::uint64_t behind)
 {
-    if (changes_.newSheet && survey_.sheetCells == behind)
+    const auto lacks = [&](const std::set<std::uint8_t>& sheets) {
+        return changes_.newSheet && !sheets.contains(*changes_.newSheet);
+    };
+    if (survey_.sheetCells == behind && lacks(survey_.withCell))
         sink_.put(wk::kSheetCell, sheetCellRecord(*changes_.newSheet));
-    if (changes_.newSheet && survey_.sheetLayouts == behind)
+    if (survey_.sheetLayouts == behind && lacks(survey_.withLayout))
         sink_.put(wk::kSheetLayout, sheetLayoutRecord(*changes_.newSheet));
     if (changes_.namedSheet && survey_.sheetNames == behind)
         sink_.put(wk::kExtended, sheetNameRecord(*changes_.namedSheet, book_));
     if (behind == 0)
         newFormats(0);
-    if (changes_.newSheet && survey_.defaults == behind)
+    if (survey_.defaults == behind && lacks(survey_.withDefault))
         sink_.put(wk::kFormat, sheetDefaultRecord(*changes_.newSheet));
 }
 
@@ -386,31 +361,6 @@ void Rewrite::run()
 void rewriteBook(File& from, File& to, WkBook& book, const WkChanges& changes)
 {
     Rewrite(from, to, book, changes).run();
-}
-
-Bytes newBook()
-{
-    constexpr std::uint8_t kBof[26] = {0x02, 0x10, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
-                                       0,    0,    0, 1, 2, 0, 0, 0, 0, 0, 0, 0, 0};
-    constexpr std::uint8_t kCalcSet[] = {1, 0, 0, 0, 1, 0};
-    std::uint8_t window[28] = {1, 1, 1, 0};
-    constexpr std::uint8_t kZero[] = {0};
-    Bytes bytes;
-    const auto put = [&bytes](std::uint16_t type, std::span<const std::uint8_t> data) {
-        append16(bytes, type);
-        append16(bytes, static_cast<unsigned>(data.size()));
-        bytes.insert(bytes.end(), data.begin(), data.end());
-    };
-    put(wk::kBof, kBof);
-    put(wk::kCalcSet, kCalcSet);
-    put(wk::kWindowSet, window);
-    put(wk::kUnknown21, kZero);
-    put(wk::kZeroForce, kZero);
-    put(wk::kSheetCell, sheetCellRecord(0));
-    put(wk::kSheetLayout, sheetLayoutRecord(0));
-    put(wk::kFormat, sheetDefaultRecord(0));
-    put(wk::kEof, {});
-    return bytes;
 }
 
 }  // namespace velnor::lotus

@@ -38,7 +38,4 @@ struct WkChanges {
 /// Writes the file into `to`, and takes the new formats into the book. The grids keep their marks.
 void rewriteBook(File& from, File& to, WkBook& book, const WkChanges& changes);
 
-/// The bytes of a new WK4 file with an empty sheet A.
-Bytes newBook();
-
 }  // namespace velnor::lotus

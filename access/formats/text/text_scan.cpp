@@ -1,6 +1,7 @@
 #include "access/formats/text/text_scan.h"
 
 #include <algorithm>
+#include <map>
 
 #include "access/formats/text/encoding.h"
 #include "access/formats/text/record_reader.h"
@@ -104,19 +105,20 @@ Evenness evenness(std::string_view head, char delimiter, bool wholeFile)
     RecordSplitter splitter(delimiter, '"');
     const char* p = head.data();
     const char* end = p + head.size();
-    std::size_t first = 0;
-    int lines = 0, equal = 0;
+    std::map<std::size_t, int> linesOf;  // by their fields
+    int lines = 0;
     while (p && p != end && lines < kLinesToGuessBy) {
         p = splitter.split(p, end, wholeFile);
         if (!p || splitter.blankLine())
             continue;
-        first = lines ? first : splitter.fieldCount();
         ++lines;
-        equal += splitter.fieldCount() == first;
+        ++linesOf[splitter.fieldCount()];
     }
-    if (first < 2)
-        return {};
-    return {100 * equal / lines, first};
+    Evenness most;
+    for (const auto& [fields, equal] : linesOf)
+        if (100 * equal / lines >= most.percent)
+            most = {100 * equal / lines, fields};
+    return most.fields < 2 ? Evenness{} : most;
 }
 
 }  // namespace

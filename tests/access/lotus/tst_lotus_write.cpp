@@ -317,6 +317,9 @@ TEST_F(LotusWrite, tablesComeAndGo)
         insert(store, "Two", {words("y")});
     });
     EXPECT_EQ(rows("Two"), (Lines{"'y'"}));
+    const Lines records = recordsOf(files.content(kFile));
+    EXPECT_EQ(ofType(records, "05").size(), 2u);  // the emptied sheet was taken again
+    EXPECT_EQ(ofType(records, "06").size(), 2u);
     EXPECT_THAT(findingsOf(*openStore(files, true)), IsEmpty());
     change([](Store& store) {
         store.dropTable("Two");

@@ -72,6 +72,7 @@ TEST_F(TextRead, theDelimiterIsTheOneThatLinesShare)
     EXPECT_EQ(read("A;B\n1,5;x\n2,5;y\n"), (Lines{"'1,5' 'x'", "'2,5' 'y'"}));
     EXPECT_EQ(read("A\tB\na,b\tx\nc\ty\n"), (Lines{"'a,b' 'x'", "'c' 'y'"}));
     EXPECT_EQ(read("A|B\n1|2\n"), (Lines{"1 2"}));
+    EXPECT_EQ(read("A;B\n1;2;\n3;4;\n5;6;\n7;8;\n"), (Lines{"1 2 -", "3 4 -", "5 6 -", "7 8 -"}));
     EXPECT_EQ(read("A,B,C\n1,2,3\n4,5\n6,7,8\n9,0,1\n"),
               (Lines{"1 2 3", "4 5 -", "6 7 8", "9 0 1"}));
 }
