@@ -7,7 +7,6 @@
 #include "access/routing.h"
 #include "access/schema.h"
 #include "access/workspace.h"
-#include "core/wait_pointer.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
 #include "core/globals.h"
@@ -15,13 +14,11 @@
 #include "core/text.h"
 #include "core/twips.h"
 #include "core/upcalls.h"
+#include "core/wait_pointer.h"
 #include "platform/paths.h"
 
 #include "windows/child_geometry.h"
-#include "windows/childfrm3.h"
 #include "windows/data_strip.h"
-#include "windows/find_bar.h"
-#include "windows/grid_search.h"
 #include "windows/mdiform1.h"
 #include "windows/paint_colors.h"
 #include "windows/record_grid.h"
@@ -321,58 +318,6 @@ void ChildFrm1::MSFlexGrid1_Click()
         showComments(here.row(), here.column());
 }
 
-void ChildFrm1::showComments(int row, int column)
-{
-    Text2->setPlainText(rows_->fullText(row, column));
-    Frame2->show();
-}
-
-void ChildFrm1::mnuViewComments_Click()
-{
-    const QModelIndex here = MSFlexGrid1->currentIndex();
-    if (!here.isValid() || columnTypes_[here.column()] != kMemo) {
-        prompt().tell(this, u"Please select a Comment Field to Display"_s);
-        return;
-    }
-    showComments(here.row(), here.column());
-}
-
-void ChildFrm1::ExitCommBtn_Click()
-{
-    Frame2->hide();
-    MSFlexGrid1->setFocus();
-}
-
-void ChildFrm1::showPanes()
-{
-    tableBox_->setVisible(tablePane_);
-    indexBox_->setVisible(indexPane_);
-    Frame1->setVisible(tablePane_ || indexPane_);
-}
-
-void ChildFrm1::mnuViewTable_Click()
-{
-    tablePane_ = !tablePane_;
-    showPanes();
-    if (tablePane_)
-        List1->setFocus();
-}
-
-void ChildFrm1::mnuViewIndex_Click()
-{
-    indexPane_ = !indexPane_;
-    showPanes();
-    if (indexPane_)
-        List2->setFocus();
-}
-
-void ChildFrm1::ExitDBaseBtn_Click()
-{
-    tablePane_ = indexPane_ = false;
-    showPanes();
-    MSFlexGrid1->setFocus();
-}
-
 QStringList ChildFrm1::tables() const
 {
     QStringList names;
@@ -445,35 +390,6 @@ void ChildFrm1::mnuFileRefresh_Click()
 void ChildFrm1::mnuEditCopy_Click()
 {
     MSFlexGrid1->copySelection();
-}
-
-void ChildFrm1::mnuFindText_Click()
-{
-    findBar->open();
-}
-
-void ChildFrm1::mnuFindNextText_Click()
-{
-    if (findBar->text().isEmpty())
-        return findBar->open();
-    const QModelIndex here = MSFlexGrid1->currentIndex();
-    findBar->say(tr("Searching..."));
-    search_->start(findBar->text(), here.row(), here.column());
-}
-
-void ChildFrm1::ID_DataToggle_Click()
-{
-    for (DocumentChild* other : shell_.children())
-        if (qobject_cast<ChildFrm3*>(other) && other->FILE_USE == FILE_USE &&
-            other->HLDTABLE == HLDTABLE)
-            return shell_.bringToFront(other);
-    auto& G = globals();
-    G.SELECTED_FILE = FILE_USE;
-    G.RECORD_SOURCE = HLDTABLE;
-    G.DATABASE_PASSWORD = password_;
-    G.TEXT_FILE_FLG = false;
-    G.DATA_ENTRY_FLG = true;
-    shell_.NewWindowFile(FILE_USE);
 }
 
 void ChildFrm1::recordsChanged()

@@ -1,47 +1,27 @@
-// The data entry window: generated controls, modes, moves that save, deletes, refusals, ends.
+// The data entry window: its controls, its tools, opening, tables and the way from the browser.
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDialog>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QTest>
 
 #include "core/twips.h"
-#include "tests/windows/window_fixture.h"
+#include "tests/windows/data_entry_case.h"
 #include "windows/childfrm1.h"
-#include "windows/childfrm3.h"
 #include "windows/entry_fields.h"
 #include "windows/entry_pane.h"
-#include "windows/mdiform1.h"
 #include "windows/record_grid.h"
 
 using namespace velnor;
 using namespace velnor::testing;
 
-namespace {
-const QString kInvalid = "Data Required or Data Invalid - Enter Data Correctly";
-const QString kNoRecords =
-    "No Records Present. Pack or Compact Table or Copy Records into Table to Proceed";
-}  // namespace
-
-class TstDataEntry : public QObject {
+class TstDataEntry : public QObject, DataEntryCase {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        fixture_ = std::make_unique<WindowFixture>();
-        shell_ = new MDIForm1({});
-        shell_->Form_Load();
-        shell_->show();
-    }
-    void cleanup()
-    {
-        delete shell_;
-        fixture_.reset();
-    }
+    void init() { setUp(); }
+    void cleanup() { tearDown(); }
 
     void boxes_goByTheType_data()
     {
@@ -70,6 +50,7 @@ private slots:
         row("date keeps the default", 8, 8, EntryKind::Line, 0);
         row("currency keeps the default", 5, 8, EntryKind::Line, 0);
     }
+
     void boxes_goByTheType()
     {
         QFETCH(int, type);
@@ -152,6 +133,7 @@ private slots:
                                "ID_LastRecord", "ID_Refresh", "ID_Help"})
             QTest::newRow(id) << id << "";
     }
+
     void tools_haveTheirNamesAndTips()
     {
         QFETCH(QString, id);
@@ -162,207 +144,6 @@ private slots:
         QVERIFY(child->ToolBarComp1->find(id)->toolTip().startsWith(tip));
         QVERIFY(!child->ToolBarComp1->find(id)->toolTip().isEmpty());
         QCOMPARE(child->ID_DataPosition->toolTip(), "Position of Record in Table");
-    }
-
-    void moving_savesWhatWasTyped_andNothingElse()
-    {
-        makeStaff();
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        type(line(child, 0), "Ada L.");
-        child->CHKLOGIC[0]->click();
-        tool(child, "ID_NextRecord");
-        QCOMPARE(line(child, 0)->text(), "Ben");
-        QCOMPARE(staff()[0], (QStringList{"Ada L.", "36", "first\r\nsecond", "False"}));
-        tool(child, "ID_PreviousRecord");
-        QCOMPARE(line(child, 0)->text(), "Ada L.");
-        QVERIFY(fixture_->prompt.told.isEmpty());
-        QCOMPARE(child->RecordTotal, 3);
-    }
-
-    void lookingAtRecords_changesNoByte()
-    {
-        makeStaff();
-        const std::string before = fixture_->sandbox.read("C:\\data\\staff.mdb");
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        tool(child, "ID_NextRecord");
-        tool(child, "ID_LastRecord");
-        tool(child, "ID_FirstRecord");
-        child->mnuFileClose_Click();
-        QVERIFY(fixture_->sandbox.read("C:\\data\\staff.mdb") == before);
-    }
-
-    void pastTheLastRecord_staysOnIt_withNextOff()
-    {
-        makeStaff();
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        tool(child, "ID_LastRecord");
-        QCOMPARE(line(child, 0)->text(), "Cleo");
-        QVERIFY(child->ToolBarComp1->enabled("ID_NextRecord"));
-        tool(child, "ID_NextRecord");
-        QCOMPARE(line(child, 0)->text(), "Cleo");
-        QVERIFY(!child->ToolBarComp1->enabled("ID_NextRecord"));
-        QVERIFY(fixture_->prompt.told.isEmpty());
-        tool(child, "ID_PreviousRecord");
-        QCOMPARE(line(child, 0)->text(), "Ben");
-        QVERIFY(child->ToolBarComp1->enabled("ID_NextRecord"));
-        tool(child, "ID_FirstRecord");
-        tool(child, "ID_PreviousRecord");
-        QCOMPARE(line(child, 0)->text(), "Ada");
-        QVERIFY(!child->ToolBarComp1->enabled("ID_PreviousRecord"));
-        tool(child, "ID_NextRecord");
-        QVERIFY(child->ToolBarComp1->enabled("ID_PreviousRecord"));
-    }
-
-    void aNewRecord_isSaved_andStoodOn()
-    {
-        makeStaff();
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        tool(child, "ID_AddRecord");
-        QCOMPARE(child->EntryMode, QChar('A'));
-        QCOMPARE(child->RecordTotal, 4);
-        QCOMPARE(line(child, 0)->text(), "");
-        type(line(child, 0), "Dan");
-        type(line(child, 1), "41");
-        tool(child, "ID_SaveRecord");
-        QCOMPARE(child->EntryMode, QChar('E'));
-        QCOMPARE(line(child, 0)->text(), "Dan");
-        QCOMPARE(staff().last(), (QStringList{"Dan", "41", "(Null)", "False"}));
-        type(line(child, 1), "42");  // at once open for editing again
-        tool(child, "ID_FirstRecord");
-        QCOMPARE(staff().last()[1], "42");
-        QVERIFY(fixture_->prompt.told.isEmpty());
-    }
-
-    void aNewRecordNotSaved_isDroppedByAMove()  // required: only SaveRecord keeps it
-    {
-        makeStaff();
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        tool(child, "ID_AddRecord");
-        type(line(child, 0), "Dan");
-        tool(child, "ID_NextRecord");
-        QCOMPARE(line(child, 0)->text(), "Ben");
-        QCOMPARE(staff().size(), 3);
-        QCOMPARE(child->RecordTotal, 4);  // kept by hand
-        type(line(child, 1), "50");
-        tool(child, "ID_SaveRecord");
-        QCOMPARE(child->EntryMode, QChar('E'));
-        QCOMPARE(staff()[1][1], "50");
-        QVERIFY(fixture_->prompt.told.isEmpty());
-    }
-
-    void closing_savesWhatWasTyped()
-    {
-        makeStaff();
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        tool(child, "ID_AddRecord");
-        type(line(child, 0), "Eve");
-        child->mnuFileClose_Click();
-        QVERIFY(shell_->children().isEmpty());
-        QCOMPARE(staff().last()[0], "Eve");
-        QCOMPARE(shell_->CHILD_LEFT, 0);
-        QCOMPARE(shell_->NUM_CHILDWINDOWS, short(0));
-        QVERIFY(!shell_->ToolBarComp1->enabled("ID_CloseBtn"));
-    }
-
-    void anInvalidValue_isTold_andStaysInItsBox()
-    {
-        makeStaff();
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        type(line(child, 1), "many");
-        tool(child, "ID_NextRecord");
-        QCOMPARE(fixture_->prompt.told, QStringList{kInvalid});
-        QCOMPARE(line(child, 0)->text(), "Ada");
-        QCOMPARE(line(child, 1)->text(), "many");
-        QCOMPARE(staff()[0][1], "36");
-        child->mnuFileClose_Click();  // nothing is thrown away behind people's backs
-        QCOMPARE(shell_->children().size(), 1);
-        QCOMPARE(fixture_->prompt.told.size(), 2);
-        shell_->close();
-        QCOMPARE(shell_->children().size(), 1);
-        QVERIFY(globals().MDI_OPEN_FLG);
-        QTest::keyClick(line(child, 1), Qt::Key_Escape);
-        QCOMPARE(line(child, 1)->text(), "36");
-        child->mnuFileClose_Click();
-        QVERIFY(shell_->children().isEmpty());
-    }
-
-    void aRequiredFieldLeftEmpty_isTold_andCanBeMended()
-    {
-        makeAccessFile("C:\\data\\need.mdb");
-        makeTable("C:\\data\\need.mdb", kAccess, "Need",
-                  {{"Key", FieldType::Text, 10, true}, {"Rest", FieldType::Text, 10}});
-        appendRows("C:\\data\\need.mdb", kAccess, "Need", {{"one", "x"}});
-        ChildFrm3* child = open("C:\\data\\need.mdb");
-        tool(child, "ID_AddRecord");
-        type(line(child, 1), "y");
-        tool(child, "ID_SaveRecord");
-        QCOMPARE(fixture_->prompt.told, QStringList{kInvalid});
-        QCOMPARE(child->EntryMode, QChar('A'));
-        type(line(child, 0), "two");
-        tool(child, "ID_SaveRecord");
-        QCOMPARE(readRows("C:\\data\\need.mdb", kAccess, "Need").last(), (QStringList{"two", "y"}));
-    }
-
-    void anEmptiedBox_isNull()
-    {
-        makeStaff();
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        type(line(child, 1), "");
-        tool(child, "ID_SaveRecord");
-        QCOMPARE(staff()[0][1], "(Null)");
-    }
-
-    void aDeletion_isAskedFor_byTheFirstText()
-    {
-        makeStaff();
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        tool(child, "ID_LastRecord");
-        fixture_->prompt.expectQuestion("Are you sure you want to Delete Record - Cleo ?", false);
-        tool(child, "ID_DeleteRecord");
-        QCOMPARE(staff().size(), 3);
-        fixture_->prompt.expectQuestion("Are you sure you want to Delete Record - Cleo ?", true);
-        tool(child, "ID_DeleteRecord");
-        QCOMPARE(staff().size(), 2);
-        QCOMPARE(child->RecordTotal, 2);
-        QCOMPARE(line(child, 0)->text(), "Ben");
-        tool(child, "ID_FirstRecord");
-        fixture_->prompt.expectQuestion("Are you sure you want to Delete Record - Ada ?", true);
-        tool(child, "ID_DeleteRecord");
-        QCOMPARE(line(child, 0)->text(), "Ben");
-        QVERIFY(!child->ToolBarComp1->enabled("ID_PreviousRecord"));
-    }
-
-    void deletingTheLastOneLeft_saysThatThereAreNone()
-    {
-        makeAccessFile("C:\\data\\one.mdb");
-        makeTable("C:\\data\\one.mdb", kAccess, "One", {{"Key", FieldType::Text, 10}});
-        appendRows("C:\\data\\one.mdb", kAccess, "One", {{"only"}});
-        ChildFrm3* child = open("C:\\data\\one.mdb");
-        fixture_->prompt.expectQuestion("Are you sure you want to Delete Record - only ?", true);
-        tool(child, "ID_DeleteRecord");
-        QCOMPARE(fixture_->prompt.told, QStringList{kNoRecords});
-        QVERIFY(!child->ToolBarComp1->enabled("ID_PreviousRecord"));
-        QCOMPARE(line(child, 0)->text(), "");
-        QCOMPARE(child->RecordTotal, 0);
-        tool(child, "ID_AddRecord");  // and it goes on from there
-        QVERIFY(line(child, 0)->isEnabled());
-        type(line(child, 0), "again");
-        tool(child, "ID_SaveRecord");
-        QCOMPARE(readRows("C:\\data\\one.mdb", kAccess, "One"), QList<QStringList>{{"again"}});
-    }
-
-    void anEmptyTable_opensOnANewRecord()
-    {
-        makeTable("C:\\data", kDBase, "EMPTY", {{"NAME", FieldType::Text, 10}});
-        ChildFrm3* child = open("C:\\data\\EMPTY.DBF");
-        QCOMPARE(child->EntryMode, QChar('A'));
-        QVERIFY(child->EmptyTable);
-        QCOMPARE(child->RecordTotal, 1);
-        QVERIFY(fixture_->prompt.told.isEmpty());
-        QCOMPARE(child->caption(), "C:\\data\\EMPTY.DBF - DATA ENTRY - EMPTY.DBF");
-        type(line(child, 0), "Ada");
-        tool(child, "ID_SaveRecord");
-        QCOMPARE(readRows("C:\\data", kDBase, "EMPTY"), QList<QStringList>{{"Ada"}});
     }
 
     void aTableOf31Fields_shows30()
@@ -383,57 +164,6 @@ private slots:
         QCOMPARE(child->pane->Frame1->y(), -hidden);  // its bottom stays in the window
         child->pane->reveal(*child->Text1[0]);
         QVERIFY(child->pane->VScroll1->value() < 10);
-    }
-
-    void binaryFields_haveNoRow_andKeepTheirData()
-    {
-        makeAccessFile("C:\\data\\bin.mdb");
-        makeTable("C:\\data\\bin.mdb", kAccess, "Bin",
-                  {{"Name", FieldType::Text, 10}, {"Raw", FieldType::LongBinary}});
-        putBytes("C:\\data\\bin.mdb", "Bin");
-        ChildFrm3* child = open("C:\\data\\bin.mdb");
-        QCOMPARE(child->Text1.size(), 1);
-        type(line(child, 0), "renamed");
-        tool(child, "ID_SaveRecord");
-        Workspace workspace(fixture_->sandbox.files());
-        Database db = workspace.OpenDatabase("C:\\data\\bin.mdb", false, true, "");
-        Recordset rows = db.OpenRecordset("Bin");
-        QCOMPARE(rows.value(0).asText(), std::string_view("renamed"));
-        QCOMPARE(rows.value(1).asBytes().size(), std::size_t(3));
-    }
-
-    void recordsOfOthers_dontCount()  // and the drifted total decides at the ends
-    {
-        makeStaff();
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        appendRows("C:\\data\\staff.mdb", kAccess, "People", {{"Zoe", 20, "", true}});
-        QCOMPARE(child->RecordTotal, 3);
-        tool(child, "ID_LastRecord");
-        QCOMPARE(line(child, 0)->text(), "Zoe");
-        QCOMPARE(child->RecordTotal, 3);
-    }
-
-    void refresh_onADbf_doesNothing()
-    {
-        fixture_->makeCustomers();
-        ChildFrm3* child = open("C:\\data\\CUSTOMER.DBF");
-        tool(child, "ID_NextRecord");
-        type(line(child, 0), "typed");
-        tool(child, "ID_Refresh");
-        QCOMPARE(line(child, 0)->text(), "typed");
-        QCOMPARE(child->Data1.Connect, std::string("dBASE 5.0;"));
-        QVERIFY(fixture_->prompt.told.isEmpty());
-    }
-
-    void errorsOfTheControl_areTold_orGoToTheFirstRecord()
-    {
-        makeStaff();
-        ChildFrm3* child = open("C:\\data\\staff.mdb");
-        tool(child, "ID_LastRecord");
-        child->Data1_Error(3021, "No current record.");
-        QCOMPARE(line(child, 0)->text(), "Ada");
-        child->Data1_Error(3197, "Damaged.");
-        QCOMPARE(fixture_->prompt.told, QStringList{"Data Error: 3197 Damaged."});
     }
 
     void anotherTable_isChosenInTheShell()
@@ -510,61 +240,6 @@ private slots:
         QVERIFY(fixture_->prompt.told.first().startsWith("Error - "));
         QTRY_COMPARE(shell_->NUM_CHILDWINDOWS, short(0));
     }
-
-private:
-    void makeStaff()
-    {
-        const QString file = "C:\\data\\staff.mdb";
-        makeAccessFile(file);
-        makeTable(file, kAccess, "People",
-                  {{"Name", FieldType::Text, 20},
-                   {"Age", FieldType::Long},
-                   {"Note", FieldType::Memo},
-                   {"Active", FieldType::Boolean}});
-        appendRows(file, kAccess, "People",
-                   {{"Ada", 36, "first\r\nsecond", true},
-                    {"Ben", 40, QVariant(), false},
-                    {"Cleo", QVariant(), "last", false}});
-        makeTable(file, kAccess, "Places", {{"Place", FieldType::Text, 30}});
-    }
-    QList<QStringList> staff() { return readRows("C:\\data\\staff.mdb", kAccess, "People"); }
-    void putBytes(const char* file, const char* table)
-    {
-        Workspace workspace(fixture_->sandbox.files());
-        Database db = workspace.OpenDatabase(file, false, false, "");
-        Recordset rows = db.OpenRecordset(table);
-        const std::uint8_t bytes[] = {1, 0, 255};
-        rows.AddNew();
-        rows.setValue(0, ValueView::text("raw"));
-        rows.setValue(1, ValueView::bytes(bytes));
-        rows.Update();
-        rows.Close();
-        db.Close();
-    }
-    ChildFrm3* open(const QString& path)
-    {
-        globals().SELECTED_FILE = path;
-        globals().TEXT_FILE_FLG = false;
-        globals().DATA_ENTRY_FLG = true;
-        globals().RECORD_SOURCE.clear();
-        shell_->NewWindowFile(path);
-        return qobject_cast<ChildFrm3*>(shell_->activeChild());
-    }
-    static QLineEdit* line(ChildFrm3* child, int n)
-    {
-        return qobject_cast<QLineEdit*>(child->Text1[n]);
-    }
-    /// As a person does: everything chosen, then keys.
-    static void type(QLineEdit* box, const QString& text)
-    {
-        box->selectAll();
-        QTest::keyClick(box, Qt::Key_Delete);
-        QTest::keyClicks(box, text);
-    }
-    static void tool(ChildFrm3* child, const char* id) { child->ToolBarComp1->click(id); }
-
-    std::unique_ptr<WindowFixture> fixture_;
-    MDIForm1* shell_ = nullptr;
 };
 
 QTEST_MAIN(TstDataEntry)
