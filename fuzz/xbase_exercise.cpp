@@ -12,7 +12,7 @@ namespace {
 
 class Exercise {
 public:
-    Exercise(MemoryFileSystem& files, std::string_view word, bool readOnly)
+    Exercise(MemoryFileSystem& files, std::string_view word, bool readOnly) : files_(files)
     {
         OpenRequest request;
         request.name = "C:\\";
@@ -69,6 +69,25 @@ public:
     {
         for (const IndexDef& index : layout_.indexes)
             attempt([&] { walkIndex(index); });
+    }
+
+    void changeFields()
+    {
+        FieldDef field;
+        field.name = "FUZZED";
+        field.type = FieldType::Text;
+        field.size = 5;
+        attempt([&] { store_->addField("T", field); });
+        if (!layout_.fields.empty())
+            attempt([&] { store_->dropField("T", layout_.fields[0].name); });
+        store_.reset();
+        OpenRequest from;
+        from.name = "C:\\T.DBF";
+        CreateRequest to;
+        to.name = from.name;
+        attempt([&] { driver_.compact(files_, from, to); });
+        driver_.repair(files_, from,
+                       [this](const Problem& problem) { sum_ += problem.text.size(); });
     }
 
     void makeIndex()
@@ -130,6 +149,7 @@ private:
         }
     }
 
+    MemoryFileSystem& files_;
     xbase::XbaseDriver driver_;
     std::unique_ptr<Store> store_;
     TableLayout layout_;
@@ -156,6 +176,7 @@ void exerciseTable(MemoryFileSystem& files)
         Exercise exercise(files, "FoxPro 3.0;", false);
         attempt([&] { exercise.change(); });
         attempt([&] { exercise.check(); });
+        attempt([&] { exercise.changeFields(); });
     });
 }
 
@@ -247,6 +268,7 @@ void exerciseIndexes(MemoryFileSystem& files)
             attempt([&] { exercise.makeIndex(); });
             attempt([&] { exercise.change(); });
             attempt([&] { exercise.walkIndexes(); });
+            attempt([&] { exercise.changeFields(); });
         });
 }
 
