@@ -394,7 +394,11 @@ void ChildFrm1::mnuEditCopy_Click()
 
 void ChildFrm1::recordsChanged()
 {
+    const QModelIndex here = MSFlexGrid1->currentIndex();
+    const int row = here.row(), column = here.column();
     attempt([this] { rows_->readAgain(); });
+    if (row >= 0 && !MSFlexGrid1->currentIndex().isValid() && rows_->rowCount() > 0)
+        MSFlexGrid1->setCurrentIndex(rows_->index(qMin(row, rows_->rowCount() - 1), column));
 }
 
 void ChildFrm1::releaseFile()

@@ -132,6 +132,7 @@ copy_with_log() {
     for _ in 1 2 3 4; do key alt+y; done
     choose_file 'Enter New File Name' "$data/backup.mdb"
     settle 3
+    shot close-question
     key Return  # the window of the From file is closed first
     settle 3
     shot copied
@@ -161,7 +162,8 @@ run_day() {
     copy_with_log
     front "$main"
     key ctrl+q
-    settle 2
+    for _ in $(seq 100); do kill -0 "$program_pid" 2>/dev/null || return 0; sleep 0.2; done
+    fail 'the program did not end'
 }
 
 make_files

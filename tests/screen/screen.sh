@@ -60,7 +60,8 @@ start_program() {
 }
 
 wait_window() { timeout 60 xdotool search --sync --onlyvisible --name "$1" | tail -n 1; }
-settle() { sleep "${1:-0.7}"; }
+# SLOW=3 waits three times as long everywhere, for a busy machine.
+settle() { sleep "$(awk "BEGIN { print ${1:-0.7} * ${SLOW:-1} }")"; }
 key() { xdotool key --clearmodifiers "$@"; settle 0.4; }
 shot() {
     settle

@@ -197,6 +197,13 @@ private slots:
         type(line(child, 0), "Ada L.");
         tool(child, "ID_SaveRecord");
         QCOMPARE(browser->MSFlexGrid1->model()->index(0, 0).data().toString(), "Ada L.");
+        browser->MSFlexGrid1->setCurrentIndex(browser->MSFlexGrid1->model()->index(1, 1));
+        tool(child, "ID_AddRecord");
+        type(line(child, 0), "Dan");
+        tool(child, "ID_SaveRecord");
+        QCOMPARE(browser->MSFlexGrid1->model()->rowCount(), 4);
+        QCOMPARE(browser->MSFlexGrid1->currentIndex(),
+                 browser->MSFlexGrid1->model()->index(1, 1));  // it stays where people were
         shell_->bringToFront(browser);
         shell_->ToolBarComp1->click("ID_DataToggle");
         QCOMPARE(shell_->children().size(), 2);
