@@ -26,6 +26,7 @@ constexpr std::array kOptions{
     OptionSpec{"--add", "", "append to the table when it is there, field by field in order"},
     OptionSpec{"--password", "P", "password of the Access file that is read"},
     OptionSpec{"--codepage", "C", "code page of the texts that are read"},
+    OptionSpec{"--to-codepage", "C", "code page of a new DBF's or DB's texts"},
     OptionSpec{"--progress", "", "progress lines also when standard error is no terminal"},
 };
 
@@ -108,6 +109,65 @@ std::string sheetName(std::string name, FileKind kind)
     return name.empty() ? "Sheet" : name;
 }
 
+/// What a Paradox table has no type for becomes the next that holds it.
+void fitParadoxField(FieldDef& field)
+{
+    constexpr std::size_t kLongestName = 25;
+    constexpr int kGuidText = 38, kLongestBytes = 255;
+    field.name = textPrefix(field.name, kLongestName);
+    if (field.type == FieldType::Guid) {
+        field.type = FieldType::Text;
+        field.size = kGuidText;
+    }
+    const bool bytes = field.type == FieldType::Binary || field.type == FieldType::VarBinary;
+    if (bytes && (field.size < 1 || field.size > kLongestBytes)) {
+        field.type = FieldType::LongBinary;
+        field.size = 0;
+    }
+}
+
+bool canBeParadoxKey(const FieldDef& field)
+{
+    return field.type != FieldType::Memo && field.type != FieldType::LongBinary &&
+           field.type != FieldType::Boolean;
+}
+
+/// The primary key comes along when it is on the first fields, as Paradox wants it, and then the
+/// other indexes do, too.
+std::vector<IndexDef> paradoxIndexes(const TableLayout& from, const std::vector<FieldDef>& fields)
+{
+    constexpr std::size_t kMostFields = 16;
+    std::vector<IndexDef> kept;
+    for (const IndexDef& index : from.indexes) {
+        bool leads = true, fits = !index.foreign && index.condition.empty() &&
+                                  index.expression.empty() && !index.fields.empty() &&
+                                  index.fields.size() <= kMostFields;
+        IndexDef made;
+        made.name = index.name;
+        made.primary = index.primary;
+        made.unique = index.unique;
+        for (std::size_t i = 0; fits && i < index.fields.size(); ++i) {
+            const auto at =
+                std::find_if(from.fields.begin(), from.fields.end(), [&](const FieldDef& f) {
+                    return paths::sameName(f.name, index.fields[i].name);
+                });
+            fits =
+                at != from.fields.end() && index.fields[i].descending == index.fields[0].descending;
+            if (!fits)
+                break;
+            const auto position = static_cast<std::size_t>(at - from.fields.begin());
+            fits = canBeParadoxKey(fields[position]);
+            leads = leads && position == i && !index.fields[i].descending;
+            made.fields.push_back({fields[position].name, index.fields[i].descending});
+        }
+        if (fits && (leads || !index.primary))
+            kept.push_back(std::move(made));
+    }
+    const bool keyed =
+        std::any_of(kept.begin(), kept.end(), [](const IndexDef& i) { return i.primary; });
+    return keyed ? kept : std::vector<IndexDef>{};
+}
+
 TableLayout targetLayout(const TableLayout& from, bool fromXbase, const Target& target)
 {
     TableLayout layout;
@@ -124,8 +184,13 @@ TableLayout targetLayout(const TableLayout& from, bool fromXbase, const Target& 
                  (field.type == FieldType::Text || field.type == FieldType::Char))
             field.size = std::min(field.size, kLongestDbfText);
     }
-    if (access || sheet)
+    const bool paradox = target.source.kind == FileKind::Paradox;
+    if (paradox)
+        std::for_each(layout.fields.begin(), layout.fields.end(), fitParadoxField);
+    if (access || sheet || paradox)
         makeNamesUnique(layout.fields);
+    if (paradox && !fromXbase)
+        layout.indexes = paradoxIndexes(from, layout.fields);
     if (access) {
         for (const IndexDef& index : from.indexes)
             if (auto made = accessIndex(index, from, fromXbase))
@@ -229,7 +294,9 @@ int run(Context& context, const Arguments& arguments)
         source.table = words[1];
     Target target = targetOf(context, words.back(), arguments);
     target.source.connect = target.source.connect.substr(0, target.source.connect.find(';') + 1);
-    target.source.tail.clear();
+    target.source.tail =
+        arguments.has("--to-codepage") ? "codepage=" + arguments.value("--to-codepage") + ";" : "";
+    target.source.connect += target.source.tail;
 
     Database from = openSource(context, source, true);
     const std::string table = chosenTable(from, source);

@@ -5,7 +5,7 @@ import os, random, re, shutil, signal, subprocess, sys, tempfile, time
 from cli_support import CLI, PEOPLE, SLOW, cli, make_dbf, people, records
 
 ROUNDS = 10 if SLOW else int(os.environ.get("VELNOR_KILL_ROUNDS", "60"))
-TARGETS = ("target.dbf", "target.mdb")
+TARGETS = ("target.dbf", "target.mdb", "target.db")
 
 
 def count(path, table):
@@ -28,28 +28,28 @@ def main():
     print("seed %d, %d rounds" % (seed, ROUNDS))
     rng = random.Random(seed)
     failed = passed = killed = 0
+    durations = {}
     with tempfile.TemporaryDirectory() as folder:
         source = os.path.join(folder, "source.dbf")
         make_dbf(source, PEOPLE, people(120000))
         base_dbf = os.path.join(folder, "base.dbf")
         base_mdb = os.path.join(folder, "base.mdb")
         make_dbf(base_dbf, PEOPLE, people(1000))
+        base_db = os.path.join(folder, "base.db")
         cli("convert", base_dbf, base_mdb, "--table", "People")
+        cli("convert", base_dbf, base_db)
         for round_number in range(ROUNDS):
-            name = TARGETS[round_number % 2]
+            name = TARGETS[round_number % 3]
             table = ["People"] if name.endswith("mdb") else []
             target = os.path.join(folder, name)
             for left in os.listdir(folder):
                 if left.startswith("target."):
                     os.remove(os.path.join(folder, left))
-            shutil.copyfile(base_mdb if table else base_dbf, target)
-            if round_number < 2:  # how long it takes undisturbed
+            shutil.copyfile({"target.mdb": base_mdb, "target.db": base_db}.get(name, base_dbf), target)
+            if round_number < len(TARGETS):  # how long it takes undisturbed
                 start = time.monotonic()
                 cli("copy", source, target, *table, "--auto", "--yes")
-                (longest_mdb, longest_dbf) = (time.monotonic() - start if table else 0,
-                                              0 if table else time.monotonic() - start)
-                durations = globals().setdefault("durations", {})
-                durations[name] = max(longest_mdb, longest_dbf)
+                durations[name] = time.monotonic() - start
                 passed += 1
                 continue
             told, code = interrupted_copy(source, target, table, durations[name], rng)
