@@ -187,19 +187,91 @@ int addMissingObjects(Catalog& catalog)
 {
     int added = 0;
     for (const StandardObject& object : kObjects) {
-        // Two programs number the last two system tables differently: their names tell.
-        const auto same = [&](const CatalogEntry& entry) {
-            return entry.id == object.id ||
-                   (object.type == object_type::kTable && paths::sameName(entry.name, object.name));
-        };
         const auto& objects = catalog.objects();
-        if (std::any_of(objects.begin(), objects.end(), same))
+        const auto named = [&](const CatalogEntry& entry) {
+            return entry.parent == object.parent && paths::sameName(entry.name, object.name);
+        };
+        if (std::any_of(objects.begin(), objects.end(), named))
             continue;
-        addObject(catalog, {object.name, object.id, object.parent, object.type, kSystemObject,
+        // Two programs number the last two system tables differently: the other may have this
+        // one's.
+        std::int32_t id = object.id;
+        for (const CatalogEntry& entry : objects)
+            if (entry.id == object.id && id >= 4 && id <= 5)
+                id = 4 + 5 - object.id;
+        addObject(catalog, {object.name, id, object.parent, object.type, kSystemObject,
                             object.owner == Account::Engine});
         ++added;
     }
     return added;
+}
+
+bool contradictsStandard(std::int32_t id, std::int32_t parent, int type, std::string_view name)
+{
+    const auto matches = [&](const StandardObject& object) {
+        // The last two system tables may change places.
+        const bool sameId =
+            object.id == id || (object.id >= 4 && object.id <= 5 && id >= 4 && id <= 5);
+        return sameId && object.parent == parent && object.type == type &&
+               paths::sameName(object.name, name);
+    };
+    const auto touches = [&](const StandardObject& object) {
+        return object.id == id || (object.parent == parent && paths::sameName(object.name, name));
+    };
+    return std::any_of(std::begin(kObjects), std::end(kObjects), touches) &&
+           std::none_of(std::begin(kObjects), std::end(kObjects), matches);
+}
+
+namespace {
+
+/// The container for a kind of object; 0 where it is one of Access's own, which are not known here.
+std::int32_t containerFor(int type)
+{
+    switch (type) {
+    case object_type::kTable:
+    case object_type::kQuery:
+    case object_type::kLink:
+    case object_type::kOdbcLink:
+        return kTablesContainer;
+    case object_type::kRelationship:
+        return kRelationshipsContainer;
+    case object_type::kContainer:
+        return kRootContainer;
+    default:
+        return 0;
+    }
+}
+
+}  // namespace
+
+int containLostObjects(Catalog& catalog)
+{
+    std::set<std::int32_t> ids{kRootContainer};
+    for (const CatalogEntry& entry : catalog.objects())
+        ids.insert(entry.id);
+    std::vector<CatalogEntry> lost;
+    for (const CatalogEntry& entry : catalog.objects())
+        if (!ids.contains(entry.parent))
+            lost.push_back(entry);
+    const int parent = fieldNamed(*catalog.objectTable(), "ParentId");
+    int gone = 0;
+    for (const CatalogEntry& entry : lost) {
+        const FieldChange change{parent, ValueView::integer(containerFor(entry.type))};
+        try {
+            if (containerFor(entry.type) != 0) {
+                JetWriter(catalog.objectTable(), noTable, false)
+                    .update(entry.row, std::span(&change, 1));
+                continue;
+            }
+        } catch (const EngineError& error) {
+            if (error.code() != EngineErrorNumber::DuplicateKey)
+                throw;  // the name is taken where it would go
+        }
+        removeObject(catalog, entry.id);
+        ++gone;
+    }
+    catalog.forget();
+    return gone;
 }
 
 int addMissingRights(Catalog& catalog)

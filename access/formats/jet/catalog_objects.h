@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "access/formats/jet/catalog.h"
 
@@ -27,6 +28,12 @@ void removeObject(Catalog& catalog, std::int32_t id);
 /// Adds the containers, the database object and the system tables that are not there; returns how
 /// many there were.
 int addMissingObjects(Catalog& catalog);
+/// Whether a row of a damaged catalog contradicts what is the same in every file: it has the
+/// number, or the name and container, of one of those objects, but is not that one.
+bool contradictsStandard(std::int32_t id, std::int32_t parent, int type, std::string_view name);
+/// Puts objects whose container is not there into the one for their kind, and takes out those of
+/// which the kind has none here; returns how many went.
+int containLostObjects(Catalog& catalog);
 /// Gives rights to every object that has none, as programs give them; returns to how many.
 int addMissingRights(Catalog& catalog);
 

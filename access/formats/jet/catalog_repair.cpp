@@ -38,6 +38,9 @@ void completeCatalog(JetFile& file, const std::vector<UnlistedTable>& unlisted,
     if (const int added = addMissingObjects(catalog))
         tell(std::to_string(added) + " objects that every file has were lost and are added.");
     addUnlisted(catalog, unlisted);
+    if (const int gone = containLostObjects(catalog))
+        report({"the catalog",
+                std::to_string(gone) + " objects are lost: their container is not known.", false});
     RelationRows(file, catalog).complete(tell);
     if (const int given = addMissingRights(catalog))
         tell("The rights to " + std::to_string(given) + " objects were lost and are given anew.");

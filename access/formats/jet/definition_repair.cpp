@@ -91,7 +91,11 @@ std::vector<std::string> mendColumns(TableDef& def)
     def.maxColumns = std::clamp<std::uint16_t>(
         def.maxColumns, static_cast<std::uint16_t>(std::min<std::size_t>(def.columns.size(), 255)),
         kMaxColumns);
-    def.variableColumns = std::min<std::uint16_t>(def.variableColumns, kMaxColumns);
+    const auto variable = std::count_if(def.columns.begin(), def.columns.end(),
+                                        [](const Column& c) { return !c.fixed(); });
+    def.variableColumns = std::clamp<std::uint16_t>(
+        def.variableColumns, static_cast<std::uint16_t>(std::min<std::ptrdiff_t>(variable, 255)),
+        kMaxColumns);
     mendNumbers(def, &Column::id, def.maxColumns, goes, [](const Column&) { return true; });
     mendNumbers(def, &Column::variableSlot, def.variableColumns, goes,
                 [](const Column& c) { return !c.fixed(); });

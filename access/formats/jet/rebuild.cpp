@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "access/formats/jet/catalog_objects.h"
+
 namespace velnor::jet {
 namespace {
 
@@ -64,7 +66,12 @@ bool Rebuild::takesObject(std::int32_t id, const RecordField& field)
     if (!salvage_)
         return true;
     const ValueView name = field("Name");
-    return name.kind() == ValueKind::Text && !name.asText().empty() && objects_.insert(id).second;
+    if (name.kind() != ValueKind::Text || name.asText().empty())
+        return false;
+    const std::string text(name.asText());
+    const auto parent = static_cast<std::int32_t>(integerOf(field("ParentId")));
+    const auto type = static_cast<int>(integerOf(field("Type")));
+    return !contradictsStandard(id, parent, type, text) && objects_.insert(id).second;
 }
 
 /// The catalog names tables by the pages of their definitions, and so do the rights.

@@ -44,7 +44,8 @@ std::shared_ptr<JetTable> Salvage::tryOpen(PageNumber page, const std::string& n
         auto table = std::make_shared<JetTable>(file_, page, name);
         TableDef def = table->def();
         for (const std::string& column : mendColumns(def))
-            tell("table " + name, "Its field \"" + column + "\" is lost.", false);
+            if (!column.empty())
+                tell("table " + name, "Its field \"" + column + "\" is lost.", false);
         for (const std::string& index : dropImpossibleIndexes(def))
             tell("table " + name, "Its index \"" + index + "\" is gone.", false);
         table = std::make_shared<JetTable>(file_, std::move(def), name);
@@ -58,18 +59,38 @@ std::shared_ptr<JetTable> Salvage::tryOpen(PageNumber page, const std::string& n
 
 namespace {
 
-/// Whether a definition has every column of a system table, as it must be.
+bool hasColumn(const TableDef& def, const Column& wanted)
+{
+    return wanted.name == "LvExtra" ||
+           std::any_of(def.columns.begin(), def.columns.end(), [&](const Column& c) {
+               return c.name == wanted.name && c.type == wanted.type && c.id == wanted.id &&
+                      c.fixed() == wanted.fixed() &&
+                      (c.fixed() ? c.fixedOffset == wanted.fixedOffset
+                                 : c.variableSlot == wanted.variableSlot);
+           });
+}
+
+bool hasIndex(const TableDef& def, const TableDef& standard, const LogicalIndex& wanted)
+{
+    const auto sameColumn = [](const IndexColumn& a, const IndexColumn& b) {
+        return a.id == b.id && a.descending == b.descending;
+    };
+    const RealIndex& tree = standard.realIndexes[wanted.realIndex];
+    return std::any_of(
+        def.logicalIndexes.begin(), def.logicalIndexes.end(), [&](const LogicalIndex& index) {
+            return index.name == wanted.name && index.realIndex < def.realIndexes.size() &&
+                   std::ranges::equal(def.realIndexes[index.realIndex].columns, tree.columns,
+                                      sameColumn);
+        });
+}
+
+/// Whether a definition has every column and index of a system table, as they must be.
 bool fits(const TableDef& def, const TableDef& standard)
 {
-    return std::all_of(standard.columns.begin(), standard.columns.end(), [&](const Column& wanted) {
-        return wanted.name == "LvExtra" ||
-               std::any_of(def.columns.begin(), def.columns.end(), [&](const Column& c) {
-                   return c.name == wanted.name && c.type == wanted.type && c.id == wanted.id &&
-                          c.fixed() == wanted.fixed() &&
-                          (c.fixed() ? c.fixedOffset == wanted.fixedOffset
-                                     : c.variableSlot == wanted.variableSlot);
-               });
-    });
+    return std::all_of(standard.columns.begin(), standard.columns.end(),
+                       [&](const Column& wanted) { return hasColumn(def, wanted); }) &&
+           std::all_of(standard.logicalIndexes.begin(), standard.logicalIndexes.end(),
+                       [&](const LogicalIndex& wanted) { return hasIndex(def, standard, wanted); });
 }
 
 }  // namespace
@@ -87,6 +108,7 @@ void Salvage::mendSystemTables()
         std::size_t kind = standard.size();
         try {
             const JetTable table(file_, page, "");
+            const RowWriterBuffer layout(table.plan());  // refuses what lays out no record
             for (std::size_t i = 0; i < standard.size(); ++i)
                 if (fits(table.def(), standard[i]))
                     kind = i;
@@ -138,14 +160,33 @@ void Salvage::findPages()
     std::erase_if(definitions_, [&](PageNumber page) { return followers.contains(page); });
 }
 
+/// By its fields: programs put the last two in either order.
+std::string Salvage::systemName(PageNumber page)
+{
+    const JetTable table(file_, page, "");
+    if (fieldNamed(table, "szRelationship") >= 0)
+        return "MSysRelationships";
+    if (fieldNamed(table, "Attribute") >= 0)
+        return "MSysQueries";
+    return fieldNamed(table, "SID") >= 0 ? "MSysACEs" : "MSysObjects";
+}
+
 /// Pages that are marked free count only where the table's own map names them.
 void Salvage::openEnlisted()
 {
+    // The system tables are there whatever the catalog says.
+    for (PageNumber page = kCatalogPage; page < kFirstOwnPage; ++page) {
+        const std::string name = systemName(page);
+        auto table = tryOpen(page, name);
+        if (!table)
+            table = std::make_shared<JetTable>(file_, page, name);
+        tables_.push_back({std::move(table), false});
+    }
     Catalog catalog(file_);
     std::set<PageNumber> seen;
     for (const CatalogEntry& entry : catalog.objects()) {
         const auto page = static_cast<PageNumber>(entry.id);
-        if (!entry.table() || !seen.insert(page).second)
+        if (!entry.table() || page < kFirstOwnPage || !seen.insert(page).second)
             continue;
         auto table = tryOpen(page, entry.name);
         if (!table) {
@@ -154,13 +195,6 @@ void Salvage::openEnlisted()
         }
         tables_.push_back({std::move(table), true});
     }
-    // What no row of the catalog names any more is a system table still.
-    static constexpr const char* kNames[] = {"MSysObjects", "MSysACEs", "MSysQueries",
-                                             "MSysRelationships"};
-    for (PageNumber page = kCatalogPage; page < kFirstOwnPage; ++page)
-        if (seen.insert(page).second)
-            if (auto table = tryOpen(page, kNames[page - kCatalogPage]))
-                tables_.insert(tables_.begin(), {std::move(table), false});
     for (Table& found : tables_) {
         JetTable& table = *found.table;
         std::set<PageNumber> mapped;

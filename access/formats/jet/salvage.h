@@ -32,6 +32,7 @@ public:
 private:
     void mendSystemTables();
     void layDefinition(PageNumber page, TableDef def);
+    std::string systemName(PageNumber page);
     void findPages();
     void openEnlisted();
     void openUnlisted();
