@@ -1,10 +1,10 @@
 // access/formats/lotus/lmbcs.h - the character set of worksheets, one of several bytes.
 //
-// A byte of 20 to 7F is ASCII. From 80 on it is a character of the file's own group (a byte of BOF;
-// group 1, code page 850, in practice). Lower bytes lead others: 01 02 03 04 05 06 08 0B a
-// character of another group, 10 to 13 a double-byte character of Japanese, Korean or Chinese, 14 a
-// UTF-16 unit, high byte first (F6 in front where its low byte is zero), 0F a control character
-// plus 20.
+// A byte of 20 to 7F is ASCII. From 80 on it is a character of the file's own group (a byte of
+// BOF; group 1, code page 850, in practice). Lower bytes lead others: 01 02 03 04 05 06 08 0B a
+// character of another group, 10 to 13 a double-byte character of Japanese, Korean or Chinese,
+// 14 a UTF-16 unit, high byte first (F6 in front where its low byte is zero), 0F a control
+// character plus 20.
 #pragma once
 
 #include <cstdint>

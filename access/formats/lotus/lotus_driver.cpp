@@ -3,6 +3,7 @@
 #include "access/formats/lotus/lotus_store.h"
 #include "access/formats/lotus/sheet_records.h"
 #include "access/storage/replace_file.h"
+#include "platform/paths.h"
 
 namespace velnor::lotus {
 namespace {
@@ -38,7 +39,12 @@ std::unique_ptr<Store> LotusDriver::open(FileSystem& files, const OpenRequest& r
 
 void LotusDriver::create(FileSystem& files, const CreateRequest& request) const
 {
-    const Bytes bytes = newBook();
+    const auto is = [&](std::string_view word) {
+        return paths::sameName(request.connectWord, word);
+    };
+    if (is("Lotus WK1;") || is("Lotus WKS;"))
+        return Driver::create(files, request);  // such files are only read
+    const Bytes bytes = newBook(is("Lotus WK3;") ? WkVersion::Wk3 : WkVersion::Wk4);
     FileReplacement file(files, request.name);
     file.file().writeAt(0, bytes);
     file.commit();

@@ -32,10 +32,10 @@ Bytes sheetDefaultRecord(std::uint8_t number)
     return {number, 1, 0, 0, 0x71, 0x40, 0x04, 0x40, 0x27, 0, 0, 0};
 }
 
-Bytes newBook()
+Bytes newBook(WkVersion version)
 {
-    constexpr std::uint8_t kBof[26] = {0x02, 0x10, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
-                                       0,    0,    0, 1, 2, 0, 0, 0, 0, 0, 0, 0, 0};
+    constexpr std::uint8_t kBof[26] = {0, 0, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                                       0, 0, 0, 1, 2, 0, 0, 0, 0, 0, 0, 0, 0};
     constexpr std::uint8_t kCalcSet[] = {1, 0, 0, 0, 1, 0};
     std::uint8_t window[28] = {1, 1, 1, 0};
     constexpr std::uint8_t kZero[] = {0};
@@ -46,6 +46,7 @@ Bytes newBook()
         bytes.insert(bytes.end(), data.begin(), data.end());
     };
     put(wk::kBof, kBof);
+    storeLE(&bytes[4], static_cast<std::uint16_t>(version));
     put(wk::kCalcSet, kCalcSet);
     put(wk::kWindowSet, window);
     put(wk::kUnknown21, kZero);

@@ -12,7 +12,7 @@ Bytes sheetCellRecord(std::uint8_t number);
 Bytes sheetLayoutRecord(std::uint8_t number);
 Bytes sheetDefaultRecord(std::uint8_t number);
 
-/// The bytes of a new WK4 file with an empty sheet A.
-Bytes newBook();
+/// The bytes of a new file with an empty sheet A; Wk3 or Wk4.
+Bytes newBook(WkVersion version);
 
 }  // namespace velnor::lotus

@@ -2,10 +2,10 @@
 // numbers.
 //
 // A format byte: bit 7 not protected; bits 4 to 6 the type: 0 fixed, 1 scientific, 2 currency, 3
-// percent, 4 comma, 7 special; bits 0 to 3 decimals or, of special: 1 general, 2 3 4 7 to 12 dates
-// and times, 15 the sheet's default.
-// A FORMAT record is a row: entries from column 0 on, each for one or more columns (kind 0), or the
-// same as another row that came before (kind 2); or the sheet's default (kind 1).
+// percent, 4 comma, 7 special; bits 0 to 3 decimals or, of special: 1 general, 2 3 4 7 to 12
+// dates and times, 15 the sheet's default. A FORMAT record is a row: entries from column 0 on,
+// each for one or more columns (kind 0), or the same as another row that came before (kind 2);
+// or the sheet's default (kind 1).
 #pragma once
 
 #include <array>

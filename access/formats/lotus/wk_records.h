@@ -1,9 +1,10 @@
 // access/formats/lotus/wk_records.h - the records of a worksheet file: numbers of types, reading
-// them one after the other, putting new ones together. Memory: a window, and one record of at most
-// 64 KiB.
+// them one after the other, putting new ones together. Memory: a window, and one record of at
+// most 64 KiB.
 //
-// A file is a stream of records: type and length, 16 bits each, then the data. BOF comes first, EOF
-// last; what stands behind EOF (old formats, leftovers) is no part of the sheet and stays as it is.
+// A file is a stream of records: type and length, 16 bits each, then the data. BOF comes first,
+// EOF last; what stands behind EOF (old formats, leftovers) is no part of the sheet and stays as
+// it is.
 #pragma once
 
 #include <cstdint>

@@ -1,12 +1,11 @@
 // access/formats/lotus/wk_write.h - a worksheet file written anew with its changes. Every record
 // that has no part in them goes over as it is, and so does what stands behind EOF.
 //
-// 1. A changed cell keeps its place among the records, a label its alignment; an emptied cell has
-// no
-//    record. New cells go in front of the first cell behind them, else behind the last one.
+// 1. A changed cell keeps its place among the records, a label its alignment; an emptied cell
+//    has no record. New cells go in front of the first cell behind them, else behind the last
+//    one.
 // 2. BOF's last row, column and sheet grow with the cells, and so do the bounds of columns where
-// the
-//    file has any (programs may size sheets by them).
+//    the file has any (programs may size sheets by them).
 // 3. Formats: format_plan.h. Named ranges get the last row of the table that grew through them.
 #pragma once
 

@@ -279,6 +279,21 @@ TEST_F(LotusWrite, aNewFileTakesTables)
     EXPECT_THAT(findingsOf(*openStore(files, true)), IsEmpty());
 }
 
+TEST_F(LotusWrite, theWordTellsTheKindOfANewFile)
+{
+    const lotus::LotusDriver driver;
+    CreateRequest request;
+    request.name = kFile;
+    request.connectWord = "Lotus WK3;";
+    driver.create(files, request);
+    EXPECT_EQ(files.content(kFile)[4], 0x00);
+    EXPECT_THAT(tablesOf(*openStore(files)), ElementsAre("A:"));
+    request.connectWord = "Lotus WK1;";
+    EXPECT_EQ(errorOf([&] { driver.create(files, request); }), 3251);
+    createFile(files);
+    EXPECT_EQ(files.content(kFile)[4], 0x02);
+}
+
 TEST_F(LotusWrite, booleansAreOneAndZero)
 {
     createFile(files);
