@@ -33,6 +33,7 @@ constexpr Topic kTopics[] = {
     {"browser"_L1, QT_TRANSLATE_NOOP("velnor::HelpWindow", "Look at a table")},
     {"data-entry"_L1, QT_TRANSLATE_NOOP("velnor::HelpWindow", "Enter data")},
     {"copy"_L1, QT_TRANSLATE_NOOP("velnor::HelpWindow", "Copy records")},
+    {"organizer"_L1, QT_TRANSLATE_NOOP("velnor::HelpWindow", "Keep files in the organizer")},
     {"options"_L1, QT_TRANSLATE_NOOP("velnor::HelpWindow", "Colors and options")},
     {"formats"_L1, QT_TRANSLATE_NOOP("velnor::HelpWindow", "Kinds of files")},
     {"keys"_L1, QT_TRANSLATE_NOOP("velnor::HelpWindow", "Keys")},

@@ -59,7 +59,7 @@ void Velnor1::addComingTabs()
          later("ID_CreateDatabase", u"&New Database..."_s, design, u"document-new"_s),
          later("ID_CreateTable", u"New &Table"_s, design, u"table"_s),
          later("ID_CreateIndex", u"New &Index"_s, design, u"view-sort-ascending"_s),
-         later("ID_HelpDesign", u"&Help with Design"_s, u"the manual"_s, u"help-contents"_s)}));
+         later("ID_HelpDesign", u"&Help with Design"_s, design, u"help-contents"_s)}));
     addTab(copy_);
     addTab(coming(
         u"Print"_s, u"document-print"_s,
@@ -67,25 +67,30 @@ void Velnor1::addComingTabs()
         {later("ID_PrintText/Documents", u"&Texts and Documents"_s, print, u"text-x-generic"_s),
          later("ID_PrintDatabaseFiles", u"&Database Files"_s, print, u"table"_s),
          later("ID_PrintFileLists", u"&File Lists"_s, print, u"view-list-details"_s),
-         later("ID_HelpPrintingFiles", u"&Help with Printing"_s, u"the manual"_s,
+         later("ID_HelpPrintingFiles", u"&Help with Printing"_s, print,
                u"help-contents"_s)}));
     addTab(
         coming(u"EMail"_s, u"mail-message"_s,
                u"Here files will be sent and received as attachments of mail."_s,
                {later("ID_ReceiveFirst", u"&First Message"_s, mail, u"go-first"_s),
                 later("ID_ReceiveNext", u"&Next Message"_s, mail, u"go-next"_s),
+                later("ID_ReadAll-UnRead", u"Read All or &Unread"_s, mail, u"mail-read"_s),
+                later("ID_EMailStatus", u"S&tatus"_s, mail),
+                later("ID_EMailSelect", u"S&elect Files"_s, mail, u"mail-attachment"_s),
                 later("ID_Send", u"&Send"_s, mail, u"mail-send"_s),
                 later("ID_Reply", u"&Reply"_s, mail, u"mail-reply-sender"_s),
                 later("ID_Forward", u"For&ward"_s, mail, u"mail-forward"_s),
                 later("ID_Addresses", u"&Addresses"_s, mail, u"view-pim-contacts"_s),
-                later("ID_EMailHelp", u"&Help with Mail"_s, u"the manual"_s, u"help-contents"_s)}));
+                later("ID_AddAddress", u"Add A&ddress"_s, mail, u"list-add"_s),
+                later("ID_ThroughOutlookExp", u"Through the Mail &Program"_s, mail),
+                later("ID_EMailHelp", u"&Help with Mail"_s, mail, u"help-contents"_s)}));
     addTab(coming(
         u"Distribution"_s, u"folder-cloud"_s,
         u"Here tables will be published as web pages, and files copied, moved and zipped."_s,
         {later("ID_DstOpenDistribution", u"&Open Distribution..."_s, distribution,
                u"document-open"_s),
          later("ID_DstDistributionLog", u"Distribution &Log"_s, distribution, u"view-list-text"_s),
-         later("ID_DstHelp", u"&Help with Distribution"_s, u"the manual"_s, u"help-contents"_s)}));
+         later("ID_DstHelp", u"&Help with Distribution"_s, distribution, u"help-contents"_s)}));
     addTab(options_);
 
     ToolBarComp1->fill(
