@@ -7,6 +7,7 @@ import sys
 tests = pathlib.Path(__file__).resolve().parent
 sources = "\n".join(path.read_text(encoding="utf-8") for path in tests.rglob("tst_*.cpp"))
 defined = set(re.findall(r"void (\w+)\(", sources))
+defined |= set(re.findall(r"TEST(?:_[FP])?\(\w+,\s*(\w+)\)", sources))
 named = set()
 for line in (tests / "behaviour.md").read_text(encoding="utf-8").splitlines():
     cells = line.split("|")
