@@ -129,7 +129,7 @@ copy_with_log() {
     settle 1
     key alt+a
     key alt+b
-    for _ in 1 2 3 4; do key alt+y; done
+    for _ in 1 2 3; do key alt+y; done  # the copy, and two fields of other types
     choose_file 'Enter New File Name' "$data/backup.mdb"
     settle 3
     shot close-question
