@@ -152,7 +152,7 @@ private:
     std::shared_ptr<State> state_;  // read from the file at first use
 };
 
-enum class RecordsetType { Table = 1, Dynaset = 2, Snapshot = 4 };
+enum class RecordsetType { Table = 1, Dynaset = 2, Snapshot = 4, ForwardOnly = 8 };
 
 /// A cursor over the records of a table. Opens on the first record; on an empty one Bof and Eof are true.
 class Recordset {
@@ -221,7 +221,9 @@ public:
     bool Updatable() const;
     Collection<TableDef>& TableDefs();
     TableDef CreateTableDef(std::string_view name) const;
-    /// `source` is a table's name (folder kinds: with or without its extension).
+    /// `source` is a table's name (folder kinds: with or without its extension) or a SELECT statement,
+    /// whose answer is for reading only. 3075 and 3131 syntax, 3061 unknown field, 3078 unknown
+    /// table, 3464 values of different types. ForwardOnly keeps no records: MoveNext alone goes.
     Recordset OpenRecordset(std::string_view source, RecordsetType type = RecordsetType::Dynaset);
     void Close();                           ///< commits, and throws when that fails
     /// Sets, changes or (empty) removes the password of the file; 3031 when `old` is not the one it
@@ -237,6 +239,13 @@ public:
     };
     /// A deep check of every structure; changes nothing. Folder kinds: of one table.
     void check(std::string_view table, const std::function<void(const Finding&)>& report);
+    /// Statements may name the other database's tables as name.[table]. It stays open as long as this one.
+    void attach(std::string_view name, const Database& other);
+    struct QueryOptions {
+        std::size_t memory = 64u << 20;   ///< bytes a statement may keep; beyond, temporary files
+        std::function<bool()> cancelled;  ///< asked at least five times a second; true ends it: 3059
+    };
+    void queryOptions(QueryOptions options);
     std::vector<std::pair<std::string, std::string>> info(std::string_view table);
 
 private:

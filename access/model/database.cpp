@@ -54,6 +54,16 @@ void Database::NewPassword(std::string_view old, std::string_view now)
     state_->openStore().changePassword(old, now);
 }
 
+void Database::attach(std::string_view name, const Database& other)
+{
+    state_->attach(name, other.state_);
+}
+
+void Database::queryOptions(QueryOptions options)
+{
+    state_->runOptions({options.memory, std::move(options.cancelled)});
+}
+
 void Database::commit()
 {
     state_->openStore().commit();

@@ -96,6 +96,22 @@ void DatabaseState::deleteTable(const TableDef& table)
     store().dropTable(table.Name());
 }
 
+void DatabaseState::attach(std::string_view name, std::shared_ptr<DatabaseState> other)
+{
+    if (name.empty() || attached(name))
+        throw EngineError(EngineErrorNumber::ItemExists,
+                          "A database is attached as '" + std::string(name) + "' already.");
+    attached_.emplace_back(name, std::move(other));
+}
+
+DatabaseState* DatabaseState::attached(std::string_view name) const
+{
+    for (const auto& [known, database] : attached_)
+        if (paths::sameName(known, name))
+            return database.get();
+    return nullptr;
+}
+
 void DatabaseState::close()
 {
     if (!store_)
@@ -105,6 +121,7 @@ void DatabaseState::close()
         rows->close();
     recordsets_.clear();
     tables_.items_.clear();
+    attached_.clear();
     const auto store = std::move(store_);
     store_.reset();
     if (!readOnly_)

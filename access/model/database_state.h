@@ -7,6 +7,7 @@
 
 #include "access/engine.h"
 #include "access/model/open_stores.h"
+#include "access/sql/run_context.h"
 
 namespace velnor::model {
 
@@ -33,6 +34,12 @@ public:
 
     Collection<TableDef>& tables();
 
+    /// Other databases that statements may name; null when there is none of this name.
+    void attach(std::string_view name, std::shared_ptr<DatabaseState> other);
+    DatabaseState* attached(std::string_view name) const;
+    void runOptions(const sql::RunOptions& options) { runOptions_ = options; }
+    const sql::RunOptions& runOptions() const { return runOptions_; }
+
     void add(RecordsetState& rows) { recordsets_.push_back(&rows); }
     void remove(RecordsetState& rows) { std::erase(recordsets_, &rows); }
 
@@ -51,6 +58,8 @@ private:
     Collection<TableDef> tables_;
     bool tablesRead_ = false;
     std::vector<RecordsetState*> recordsets_;
+    std::vector<std::pair<std::string, std::shared_ptr<DatabaseState>>> attached_;
+    sql::RunOptions runOptions_;
 };
 
 }  // namespace velnor::model

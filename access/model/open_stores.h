@@ -25,6 +25,8 @@ public:
     virtual void releaseStore() = 0;
     /// Takes up the remembered place in the Store as it is now.
     virtual void restoreStore() = 0;
+    /// A record is about to be added, changed or removed by somebody.
+    virtual void storeWillChange() {}
 };
 
 class OpenStore {
@@ -51,6 +53,12 @@ public:
     /// 3045 when a recordset of the table is open: its structure must not change below it.
     void requireUnused(std::string_view table) const;
 
+    /// Tells everybody, before a record is written.
+    void willChange()
+    {
+        for (StoreClient* client : clients_)
+            client->storeWillChange();
+    }
     /// Counts a written record, and commits when much has gathered.
     void recordWritten();
     void commit();

@@ -1,6 +1,7 @@
 #include "access/model/record_source.h"
 
 #include "access/model/database_state.h"
+#include "access/model/query_source.h"
 #include "access/model/recordset_state.h"
 #include "platform/paths.h"
 
@@ -22,6 +23,7 @@ public:
     }
     std::unique_ptr<RowWriter> writer() override { return store_->store().writer(layout_.name); }
     std::int64_t recordCount() override { return store_->store().recordCount(layout_.name); }
+    void recordWillChange() override { store_->willChange(); }
     void recordWritten() override { store_->recordWritten(); }
     void attach(RecordsetState& rows) override { store_->add(rows); }
     void detach(RecordsetState& rows) override { store_->remove(rows); }
@@ -32,18 +34,20 @@ private:
     const char* whyReadOnly_;
 };
 
-bool isStatement(std::string_view source)
+/// No table of this name, and words as in a statement: people want to hear of those.
+bool readsLikeStatement(std::string_view source)
 {
-    static constexpr std::string_view kSelect = "SELECT";
-    const std::size_t first = source.find_first_not_of(" \t\r\n");
-    if (first == source.npos)
-        return false;
-    source.remove_prefix(first);
-    if (source.size() <= kSelect.size() ||
-        !paths::sameName(source.substr(0, kSelect.size()), kSelect))
-        return false;
-    return std::string_view(" \t\r\n*[(\"'").find(source[kSelect.size()]) != std::string_view::npos;
+    return paths::foldName(source).find(" FROM ") != std::string::npos;
 }
+
+const char* whyReadOnly(DatabaseState& database, const TableLayout& layout)
+{
+    if (!database.writeable())
+        return "the database is open for reading only";
+    return layout.updatable ? nullptr : "the table cannot be changed";
+}
+
+}  // namespace
 
 /// Folder kinds take the file's name as well, but only when no table has it as its bare name.
 TableLayout layoutOf(DatabaseState& database, std::string_view source)
@@ -59,24 +63,23 @@ TableLayout layoutOf(DatabaseState& database, std::string_view source)
     return database.store().layout(source.substr(0, dot));
 }
 
-const char* whyReadOnly(DatabaseState& database, const TableLayout& layout, RecordsetType type)
-{
-    if (!database.writeable())
-        return "the database is open for reading only";
-    if (type == RecordsetType::Snapshot)
-        return "a snapshot is for reading only";
-    return layout.updatable ? nullptr : "the table cannot be changed";
-}
-
-}  // namespace
-
 std::unique_ptr<RecordSource> openSource(DatabaseState& database, std::string_view source,
                                          RecordsetType type)
 {
-    if (isStatement(source))
-        throw EngineError(EngineErrorNumber::NotSupported, "Statements are not supported.");
-    TableLayout layout = layoutOf(database, source);
-    const char* why = whyReadOnly(database, layout, type);
+    if (sql::isSelect(source))
+        return openQuery(database, source, type);
+    TableLayout layout;
+    try {
+        layout = layoutOf(database, source);
+    } catch (const EngineError& e) {
+        if (e.code() == EngineErrorNumber::TableNotFound && readsLikeStatement(source))
+            throw EngineError(EngineErrorNumber::SyntaxError,
+                              "Syntax error: a statement begins with SELECT.");
+        throw;
+    }
+    if (type == RecordsetType::Snapshot)
+        return openSnapshot(database, source);
+    const char* why = whyReadOnly(database, layout);
     return std::make_unique<TableSource>(database.sharedStore(), std::move(layout), why);
 }
 

@@ -1,5 +1,5 @@
-// access/model/record_source.h - where a Recordset's records come from: a table of a store, or
-// later the answer to a statement. `openSource` is the one place that tells them apart.
+// access/model/record_source.h - where a Recordset's records come from: a table of a store, or the
+// answer to a statement. `openSource` is the one place that tells them apart.
 #pragma once
 
 #include <cstdint>
@@ -25,16 +25,20 @@ public:
     virtual std::unique_ptr<RowCursor> cursor(std::optional<std::string_view> index) = 0;
     virtual std::unique_ptr<RowWriter> writer() = 0;
     virtual std::int64_t recordCount() = 0;
-    /// After each record that was added, changed or removed.
+    /// Before each record that is added, changed or removed, and after it.
+    virtual void recordWillChange() = 0;
     virtual void recordWritten() = 0;
     /// The recordset is told when its cursors must go, from attach to detach.
     virtual void attach(RecordsetState& rows) = 0;
     virtual void detach(RecordsetState& rows) = 0;
 };
 
-/// A table by its name (folder kinds: with or without its extension); 3078 when it is not there. A
-/// statement is refused with 3251.
+/// A table by its name (folder kinds: with or without its extension), or a SELECT statement; 3078
+/// when it is not there.
 std::unique_ptr<RecordSource> openSource(DatabaseState& database, std::string_view source,
                                          RecordsetType type);
+
+/// The structure of a table by such a name.
+TableLayout layoutOf(DatabaseState& database, std::string_view source);
 
 }  // namespace velnor::model

@@ -376,6 +376,7 @@ void RecordsetState::edit()
 
 void RecordsetState::insertRecord()
 {
+    source_->recordWillChange();
     lastModified_ = writer().insert(buffer_.values());
     ++met_;
     if (!index_.empty())
@@ -389,6 +390,7 @@ void RecordsetState::updateRecord()
     lastModified_ = row;
     if (changes.empty())
         return;
+    source_->recordWillChange();
     writer().update(row, changes);
     if (!index_.empty())
         ordinal_ = -1;
@@ -432,6 +434,7 @@ void RecordsetState::remove()
         throw EngineError(EngineErrorNumber::DeletesNotSupported,
                           "Records of this kind of file cannot be deleted.");
     buffer_.end();
+    source_->recordWillChange();
     writer().remove(cursor().row());
     place_ = Place::Deleted;
     met_ = std::max<std::int64_t>(met_ - 1, 0);

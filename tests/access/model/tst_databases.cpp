@@ -185,13 +185,14 @@ TEST_F(DatabaseTest, muchWrittenIsCommittedOnTheWay)
     EXPECT_LE(commits, 3);
 }
 
-TEST_F(DatabaseTest, statementsAreRefusedForNow)
+TEST_F(DatabaseTest, statementsAreToldFromTables)
 {
     Database db = open();
     fillPeople(db);
-    EXPECT_EQ(errorOf([&] { db.OpenRecordset("SELECT * FROM PEOPLE"); }), 3251);
-    EXPECT_EQ(errorOf([&] { db.OpenRecordset("  select\tNAME FROM PEOPLE"); }), 3251);
+    EXPECT_EQ(errorOf([&] { db.OpenRecordset("SELECT * FROM PEOPLE"); }), 0);
+    EXPECT_EQ(errorOf([&] { db.OpenRecordset("  select\tNAME FROM PEOPLE"); }), 0);
     EXPECT_EQ(errorOf([&] { db.OpenRecordset("SELECTED"); }), 3078);
+    EXPECT_EQ(errorOf([&] { db.OpenRecordset("DELETE * FROM PEOPLE"); }), 3075);
     EXPECT_EQ(errorOf([&] { db.OpenRecordset("PEOPLE.DBF"); }), 3078);
 }
 
