@@ -42,3 +42,17 @@ for index in 'x??' 'y??'; do
     gather fuzz_px paradox "$index" 64
 done
 gather fuzz_mb paradox mb 128
+
+mkdir -p "$out/fuzz_sql"
+number=0
+while IFS= read -r statement; do
+    number=$((number + 1))
+    printf '%s' "$statement" >"$out/fuzz_sql/$number"
+done <<'STATEMENTS'
+SELECT [A], [B] FROM [T.DBF] WHERE [B]  = 'Lima' AND [A]  <> '2' ORDER BY [C] DESC
+SELECT DISTINCT TOP 50 PERCENT t.B AS X, Count(*) FROM T AS t GROUP BY t.B HAVING Sum(C) > 1.5e2 ORDER BY 1
+SELECT * FROM (T INNER JOIN U ON T.A = U.A) LEFT JOIN x.[T] AS w ON w.B LIKE U.B & '*' WHERE T.D >= #1/31/2003#
+SELECT IIf(E, Left(B, 2), Format(D, "yyyy-mm-dd")), Nz(C, 0) \ 2 ^ -A Mod 7 FROM T WHERE NOT A IN (SELECT A FROM U)
+SELECT A FROM T WHERE B BETWEEN 'a' AND "z" OR D IS NOT NULL XOR E = True UNION ALL SELECT DateDiff('d', D, Now()) FROM U
+SELECT q.N FROM (SELECT Count(*) AS N FROM T) AS q WHERE EXISTS (SELECT * FROM U WHERE U.A = q.N) AND B LIKE '[!a-c]?#*'
+STATEMENTS
