@@ -13,6 +13,7 @@ namespace velnor::cli {
 inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;
 inline constexpr int kUsage = 2;
+inline constexpr int kDifferent = 3;  ///< diff: the tables are not the same
 
 struct Context {
     FileSystem& files;
@@ -32,6 +33,9 @@ extern const Command kTables;
 extern const Command kSchema;
 extern const Command kInfo;
 extern const Command kExport;
+extern const Command kQuery;
+extern const Command kDiff;
+extern const Command kDeleteTable;
 extern const Command kCopy;
 extern const Command kConvert;
 extern const Command kCreate;

@@ -10,6 +10,7 @@
 #include "cli/new_table.h"
 #include "cli/output.h"
 #include "cli/record_loop.h"
+#include "cli/type_mapping.h"
 #include "platform/paths.h"
 
 namespace velnor::cli {
@@ -23,7 +24,11 @@ constexpr std::array kOptions{
     OptionSpec{"--as", "KIND",
                "access2000, access97; dbase5, dbase4, dbase3, foxpro3, foxpro2; paradox7, "
                "paradox5, paradox4, paradox3"},
+    OptionSpec{"--fields", "A,B,C", "only these fields, in this order"},
+    OptionSpec{"--structure-only", "", "the table without its records"},
     OptionSpec{"--add", "", "append to the table when it is there, field by field in order"},
+    OptionSpec{"--dry-run", "", "write nothing; show what each field would become"},
+    OptionSpec{"--json", "", "of --dry-run: JSON instead of lines"},
     OptionSpec{"--password", "P", "password of the Access file that is read"},
     OptionSpec{"--codepage", "C", "code page of the texts that are read"},
     OptionSpec{"--to-codepage", "C", "code page of a new DBF's or DB's texts"},
@@ -285,6 +290,38 @@ std::vector<int> leaveOutBytes(TableLayout& layout)
     return kept;
 }
 
+/// Only the named fields stay, in their order; indexes stay whose fields all do. Gives the place of
+/// each in the source.
+std::vector<int> chosenFields(const std::string& words, Recordset& rows,
+                              const std::vector<int>& fields, TableLayout& layout)
+{
+    std::vector<int> chosen;
+    std::vector<FieldDef> kept;
+    for (std::size_t at = 0; at <= words.size();) {
+        const std::size_t comma = std::min(words.find(',', at), words.size());
+        const std::string name = words.substr(at, comma - at);
+        const auto named = std::find_if(fields.begin(), fields.end(), [&](int field) {
+            return paths::sameName(rows.Fields().Item(field).Name(), name);
+        });
+        if (named == fields.end())
+            throw EngineError(EngineErrorNumber::ItemNotFound, "There is no field '" + name + "'.");
+        chosen.push_back(*named);
+        kept.push_back(layout.fields[static_cast<std::size_t>(named - fields.begin())]);
+        at = comma + 1;
+    }
+    layout.fields = std::move(kept);
+    std::erase_if(layout.indexes, [&](const IndexDef& index) {
+        return !std::all_of(index.fields.begin(), index.fields.end(),
+                            [&](const IndexFieldDef& key) {
+                                return std::any_of(layout.fields.begin(), layout.fields.end(),
+                                                   [&](const FieldDef& f) {
+                                                       return paths::sameName(f.name, key.name);
+                                                   });
+                            });
+    });
+    return chosen;
+}
+
 int run(Context& context, const Arguments& arguments)
 {
     arguments.expectPositional(2, 3);
@@ -306,13 +343,17 @@ int run(Context& context, const Arguments& arguments)
     if (isSheetFile(target.source.kind) && !arguments.has("--table"))
         target.source.table = sheetName(target.source.table, target.source.kind);
     Recordset rows = from.OpenRecordset(table, RecordsetType::Table);
-    Database to = openTarget(context, target);
     TableLayout layout =
         targetLayout(from.TableDefs().Item(table).layout(), source.kind == FileKind::Xbase, target);
     std::vector<int> fields(layout.fields.size());
     std::iota(fields.begin(), fields.end(), 0);
     if (isSheetFile(target.source.kind) || target.source.kind == FileKind::Text)
         fields = leaveOutBytes(layout);
+    if (arguments.has("--fields"))
+        fields = chosenFields(arguments.value("--fields"), rows, fields, layout);
+    if (arguments.has("--dry-run"))
+        return showMapping(context, target, layout, {rows, fields}, arguments.has("--json"));
+    Database to = openTarget(context, target);
     if (!hasTable(context, to, target))
         makeTable(to, target, layout);
     else if (!arguments.has("--add"))
@@ -321,6 +362,11 @@ int run(Context& context, const Arguments& arguments)
 
     Filling filling(context, to, target, std::move(layout));
     filling.takeFrom(std::move(fields));
+    if (arguments.has("--structure-only")) {
+        filling.close();
+        to.Close();
+        return kDone;
+    }
     RecordLoop loop(to, arguments.has("--progress"),
                     isSheetFile(target.source.kind) ? RecordLoop::kBetweenRewrites
                                                     : RecordLoop::kBetweenCommits);

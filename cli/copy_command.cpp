@@ -20,7 +20,9 @@ constexpr std::int64_t kBetweenCommits = 20000;
 constexpr std::array kOptions{
     OptionSpec{"--auto", "", "match the fields by name, then by type and size (the default)"},
     OptionSpec{"--match", "FROMFIELD=TOFIELD", "match two fields by name", true},
+    OptionSpec{"--query", "SELECT", "the records of a statement over FROM, in place of a table"},
     OptionSpec{"--yes", "", "do not ask about fields of different types"},
+    OptionSpec{"--json", "", "the outcome as JSON"},
     OptionSpec{"--password", "P", "password of the Access file that is read"},
     OptionSpec{"--to-password", "P", "password of the Access file that is written"},
     OptionSpec{"--codepage", "C", "code page of the texts that are read"},
@@ -31,6 +33,17 @@ struct Side {
     Source source;
     FieldList fields;
 };
+
+/// The answer of a statement as the side that is read.
+Side readQuery(Context& context, Source source, const std::string& statement)
+{
+    Side side{std::move(source), {}};
+    Database database = openSource(context, side.source, true);
+    side.source.table = statement;
+    Recordset answer = database.OpenRecordset(statement);
+    side.fields = fieldListOf(answer);
+    return side;
+}
 
 Side readSide(Context& context, Source source)
 {
@@ -85,6 +98,13 @@ bool typesAccepted(const std::vector<FieldPair>& pairs, const Side& from, const 
                            [](int, const QString& question) { return askOnTerminal(question); });
 }
 
+FromTo splitQueryTo(const Arguments& arguments)
+{
+    arguments.expectPositional(2, 3);
+    const auto& words = arguments.positional();
+    return {words[0], "", words[1], words.size() > 2 ? words[2] : ""};
+}
+
 CopyJob::End endOf(const Source& source)
 {
     return {source.database, source.connect, source.table};
@@ -94,7 +114,8 @@ int run(Context& context, const Arguments& arguments)
 {
     if (arguments.has("--auto") && arguments.has("--match"))
         throw UsageError("--auto or --match, not both");
-    const FromTo words = splitFromTo(arguments.positional());
+    const bool query = arguments.has("--query");
+    const FromTo words = query ? splitQueryTo(arguments) : splitFromTo(arguments.positional());
     Source fromSource = sourceOf(context, words.from, arguments);
     Source toSource = sourceOf(context, words.to, arguments);
     toSource.connect = toSource.connect.substr(0, toSource.connect.find(';') + 1);
@@ -106,7 +127,8 @@ int run(Context& context, const Arguments& arguments)
     if (!words.toTable.empty())
         toSource.table = words.toTable;
 
-    const Side from = readSide(context, std::move(fromSource));
+    const Side from = query ? readQuery(context, std::move(fromSource), arguments.value("--query"))
+                            : readSide(context, std::move(fromSource));
     const Side to = readSide(context, std::move(toSource));
     CopyJob job{endOf(from.source), endOf(to.source), pairsOf(arguments, from, to)};
     job.from.readOnly = true;
@@ -131,7 +153,9 @@ int run(Context& context, const Arguments& arguments)
                                                             std::to_string(tally.copied) +
                                                             " records copied.");
     progress.show(tally.copied);
-    std::printf("Copy Successful - %lld records\n", static_cast<long long>(tally.copied));
+    std::printf(arguments.has("--json") ? "{\"records\":%lld}\n"
+                                        : "Copy Successful - %lld records\n",
+                static_cast<long long>(tally.copied));
     return kDone;
 }
 

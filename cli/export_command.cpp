@@ -1,19 +1,20 @@
-// export: the records of a table as CSV or JSON.
+// export: the records of a table in a text form, or as a file of another kind.
 #include <array>
 
 #include "cli/command.h"
-#include "cli/csv_writer.h"
 #include "cli/output.h"
-#include "cli/record_text.h"
+#include "cli/record_writers.h"
 #include "cli/source.h"
-#include "cli/time_columns.h"
 #include "platform/host.h"
+#include "platform/paths.h"
 
 namespace velnor::cli {
 namespace {
 
 constexpr std::array kOptions{
-    OptionSpec{"--format", "csv|json", "csv (the default) or json"},
+    OptionSpec{"--format", "csv|json|ndjson|html|sql|xls|dbf",
+               "csv (the default), or another form"},
+    OptionSpec{"--json", "", "the same as --format json"},
     OptionSpec{"--out", "F", "write to a file instead of standard output"},
     OptionSpec{"--index", "NAME", "in the order of an index"},
     OptionSpec{"--password", "P", "password of an Access file"},
@@ -23,77 +24,41 @@ constexpr std::array kOptions{
     OptionSpec{"--progress", "", "progress lines also when standard error is no terminal"},
 };
 
-void writeCsv(Recordset& rows, Output& output, Progress& progress)
+/// A workbook or a DBF is a file of its own: it is made as `convert` does.
+int exportFile(Context& context, const Arguments& arguments, const std::string& format)
 {
-    std::string& out = output.buffer();
-    const int count = rows.fieldCount();
-    for (int i = 0; i < count; ++i) {
-        out += i ? "," : "";
-        appendCsvText(out, rows.Fields().Item(i).Name());
-    }
-    out += "\r\n";
-    output.write(out);
-    out.clear();
-
-    CsvWriter csv(output);
-    TimeColumns times(rows);
-    std::vector<ValueView> values(static_cast<std::size_t>(count));
-    for (std::int64_t done = 0; !rows.Eof(); rows.MoveNext()) {
-        rows.values(values);
-        times.show(values);
-        csv.record(values);
-        if ((++done & 0x3FF) == 0) {
-            stopIfInterrupted();
-            progress.show(done);
+    std::vector<std::string> words = arguments.positional();
+    const std::string out = arguments.value("--out");
+    if (out.empty() || !paths::sameName(out.substr(out.rfind('.') + 1), format))
+        throw UsageError("--format " + format + " needs --out NAME." + format);
+    words.push_back(out);
+    for (const char* option : {"--password", "--codepage"})
+        if (arguments.has(option)) {
+            words.emplace_back(option);
+            words.push_back(arguments.value(option));
         }
-    }
-    csv.finish();
-}
-
-void writeJson(Recordset& rows, Output& output, Progress& progress)
-{
-    std::string& out = output.buffer();
-    const int count = rows.fieldCount();
-    std::vector<std::string> heads;
-    for (int i = 0; i < count; ++i) {
-        std::string head = i ? "," : "";
-        appendJsonString(head, rows.Fields().Item(i).Name());
-        heads.push_back(head + ":");
-    }
-    out += "[";
-    std::int64_t done = 0;
-    TimeColumns times(rows);
-    std::vector<ValueView> values(static_cast<std::size_t>(count));
-    for (; !rows.Eof(); rows.MoveNext()) {
-        rows.values(values);
-        times.show(values);
-        out += done ? ",\n{" : "\n{";
-        for (int i = 0; i < count; ++i) {
-            out += heads[static_cast<std::size_t>(i)];
-            appendJson(out, values[static_cast<std::size_t>(i)]);
-        }
-        out += '}';
-        output.flushIfFull();
-        if ((++done & 0x3FF) == 0) {
-            stopIfInterrupted();
-            progress.show(done);
-        }
-    }
-    out += "\n]\n";
+    std::vector<char*> given;
+    for (std::string& word : words)
+        given.push_back(word.data());
+    return kConvert.run(context, Arguments(kConvert.options, given));
 }
 
 int run(Context& context, const Arguments& arguments)
 {
     arguments.expectPositional(1, 2);
-    const std::string format = arguments.value("--format", "csv");
-    if (format != "csv" && format != "json")
+    const std::string format =
+        arguments.value("--format", arguments.has("--json") ? "json" : "csv");
+    if (format == "xls" || format == "dbf")
+        return exportFile(context, arguments, format);
+    if (!isTextFormat(format))
         throw UsageError("no format \"" + format + "\"");
     Source source = sourceOf(context, arguments.positional()[0], arguments);
     if (arguments.positional().size() > 1)
         source.table = arguments.positional()[1];
     Database database = openSource(context, source, true);
     const std::string index = arguments.value("--index");
-    Recordset rows = database.OpenRecordset(chosenTable(database, source), RecordsetType::Table);
+    source.table = chosenTable(database, source);
+    Recordset rows = database.OpenRecordset(source.table, RecordsetType::Table);
     if (!index.empty()) {
         rows.Index(index);
         if (!rows.Eof() || !rows.Bof())
@@ -102,10 +67,7 @@ int run(Context& context, const Arguments& arguments)
     const std::string out = arguments.value("--out");
     Output output(context.files, out.empty() ? "" : host().paths->fromPerson(out));
     Progress progress("Records", arguments.has("--progress"));
-    if (format == "csv")
-        writeCsv(rows, output, progress);
-    else
-        writeJson(rows, output, progress);
+    writeRecords(rows, format, source.table, output, progress);
     output.finish();
     return kDone;
 }
@@ -115,7 +77,7 @@ int run(Context& context, const Arguments& arguments)
 const Command kExport{
     "export",
     "FILE [TABLE]",
-    "the records of a table as CSV or JSON",
+    "the records of a table as CSV, JSON, HTML, SQL or another file",
     "CSV is UTF-8 with the field names first: Null is an empty field, an empty text \"\",\n"
     "dates are YYYY-MM-DD[ HH:MM:SS], times of day HH:MM:SS, bytes lower-case hex. Without TABLE "
     "the first one is taken.",

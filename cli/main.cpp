@@ -8,15 +8,16 @@
 
 #include "cli/command.h"
 #include "cli/output.h"
+#include "cli/self_description.h"
 #include "platform/host.h"
 
 namespace velnor::cli {
 
 std::span<const Command* const> commands()
 {
-    static constexpr std::array<const Command*, 12> all{&kTables, &kSchema,  &kInfo,     &kExport,
-                                                        &kCopy,   &kConvert, &kCreate,   &kCheck,
-                                                        &kIndex,  &kCompact, &kPassword, &kRepair};
+    static constexpr std::array<const Command*, 15> all{
+        &kTables, &kSchema, &kInfo,  &kExport,      &kQuery,   &kCopy,     &kConvert, &kCreate,
+        &kCheck,  &kDiff,   &kIndex, &kDeleteTable, &kCompact, &kPassword, &kRepair};
     return all;
 }
 
@@ -28,7 +29,7 @@ void printProgramHelp(std::FILE* to)
                "Usage: velnor-cli COMMAND [ARGUMENTS] [OPTIONS]\n\nCommands:\n",
                to);
     for (const Command* c : commands())
-        std::fprintf(to, "  %-9.*s %.*s\n", static_cast<int>(c->name.size()), c->name.data(),
+        std::fprintf(to, "  %-12.*s %.*s\n", static_cast<int>(c->name.size()), c->name.data(),
                      static_cast<int>(c->summary.size()), c->summary.data());
     std::fputs(
         "\n\"velnor-cli COMMAND --help\" tells more. Exit codes: 0 done, 1 failed, 2 wrong use.\n",
@@ -46,9 +47,9 @@ void printCommandHelp(const Command& c)
     for (const OptionSpec& o : c.options) {
         const std::string left =
             std::string(o.name) + (o.value.empty() ? "" : " ") + std::string(o.value);
-        std::printf("  %-28s %s\n", left.c_str(), std::string(o.help).c_str());
+        std::printf("  %-28s  %s\n", left.c_str(), std::string(o.help).c_str());
     }
-    std::printf("  %-28s %s\n", "--help", "this text");
+    std::printf("  %-28s  %s\n", "--help", "this text");
 }
 
 int tell(int number, const char* description)
@@ -105,6 +106,14 @@ int main(int argc, char** argv)
     const std::string_view name = argv[1];
     if (name == "--help" || name == "help") {
         printProgramHelp(stdout);
+        return kDone;
+    }
+    if (name == "--man") {
+        printManPage();
+        return kDone;
+    }
+    if (name == "--completion") {
+        printCompletion();
         return kDone;
     }
     if (name == "--version") {
