@@ -82,6 +82,8 @@ void FileCheck::checkFields()
 {
     for (std::size_t i = 0; !header_.isTree() && i < header_.fields.size(); ++i) {
         const std::string& stored = header_.fields[i].stored;
+        if (header_.fields[i].isLong() && header_.fields[i].sizeByte > 250)
+            fault("a long field is longer than 250");
         if (stored.empty() || stored.size() > 25)
             fault("a field name is empty or longer than 25");
         for (std::size_t j = 0; header_.isTable() && j < i; ++j)

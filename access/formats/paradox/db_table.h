@@ -118,6 +118,7 @@ private:
     void openChecks();
     void checkPassword() const;
     void openIndexes();
+    void openForWriting();
     void openPrimaryTree();
     void openIndexTree(SecondaryIndex& index);
     void rebuildIndex(SecondaryIndex& index);

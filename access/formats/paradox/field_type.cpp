@@ -134,7 +134,7 @@ std::uint16_t recordLength(const TypeInfo& info, std::uint8_t sizeByte)
     if (info.length)
         return sizeByte == info.length ? info.length : 0;
     if (info.isLong)
-        return sizeByte >= 10 && sizeByte <= 250 ? sizeByte : 0;
+        return sizeByte >= 10 ? sizeByte : 0;
     return sizeByte;
 }
 

@@ -112,7 +112,8 @@ std::optional<Place> RecordChain::placeOf(std::int64_t ordinal) const
 
 std::optional<std::size_t> RecordChain::positionOf(std::uint32_t block) const
 {
-    if (keyLength_ && block < counts_.size() && counts_[block] > 0 && ordered()) {  // by its first key
+    if (keyLength_ && block < counts_.size() && counts_[block] > 0 &&
+        ordered()) {  // by its first key
         const std::uint8_t* key = firstKeys_.data() + block * keyLength_;
         const auto found = std::lower_bound(
             chain_.begin(), chain_.end(), key, [&](std::uint16_t b, const std::uint8_t* wanted) {

@@ -135,6 +135,7 @@ void SecondaryIndex::openTree(PageFile& tree, std::string_view codePage)
     if (!fits)
         throw EngineError(EngineErrorNumber::UnexpectedFormat,
                           "the tree of the index has other fields");
+    tree_.reset();
     treeBlocks_ = std::make_unique<BlockFile>(tree, treeHeader_);
     chain().mendCounts();
     tree_ = std::make_unique<TreeFile>(*treeBlocks_, *chain_);

@@ -52,6 +52,7 @@ void DbTable::openPrimaryTree()
         pages.resize(0);
         pages.writeAt(0, headerBytes(treeHeader_));
     }
+    tree_.reset();
     treeBlocks_ = std::make_unique<BlockFile>(pages, treeHeader_);
     tree_ = std::make_unique<TreeFile>(*treeBlocks_, *chain_);
 }
@@ -76,7 +77,6 @@ void DbTable::openIndexTree(SecondaryIndex& index)
     index.openTree(pages, opening_.codePage);
 }
 
-/// 1. and 2.
 void DbTable::prepareWriting()
 {
     if (writing_)
@@ -92,10 +92,21 @@ void DbTable::prepareWriting()
         throw EngineError(EngineErrorNumber::Corrupt,
                           opening_.path + " is damaged and cannot be written: " + chain_->damage() +
                               ".");
-    openIndexes();
-    for (const auto& [file, why] : troubles_)
+    for (const auto& [file, why] : indexTroubles())
         throw EngineError(EngineErrorNumber::IndexNotMaintained,
                           "The index file " + file + " cannot be kept right: " + why + ".");
+    try {
+        openForWriting();
+    } catch (...) {
+        rollback();
+        throw;
+    }
+    writing_ = true;
+}
+
+/// 1. and 2.
+void DbTable::openForWriting()
+{
     chain_->mendCounts();
     if (keyed())
         openPrimaryTree();
@@ -118,7 +129,6 @@ void DbTable::prepareWriting()
         entry_.resize(std::max(entry_.size(), index->entryLength()));
     }
     oldEntry_.resize(entry_.size());
-    writing_ = true;
 }
 
 /// From all records. The entries are sorted in memory, as many as fit; above that they go in one by
