@@ -160,7 +160,10 @@ void addObject(Catalog& catalog, const NewObject& object)
     catalog.forget();
 }
 
-void removeObject(Catalog& catalog, std::int32_t id)
+namespace {
+
+/// Takes out the rights to those objects that `goes` picks by their number.
+template <class Goes> void removeRights(Catalog& catalog, Goes goes)
 {
     const auto rights = catalog.systemTable("MSysACEs");
     const int object = fieldNamed(*rights, "ObjectId");
@@ -168,12 +171,27 @@ void removeObject(Catalog& catalog, std::int32_t id)
     PhysicalCursor cursor(rights);
     for (bool on = cursor.first(); on && object >= 0; on = cursor.next())
         if (const ValueView of = cursor.field(object);
-            of.kind() == ValueKind::Integer && of.asInteger() == id)
+            of.kind() == ValueKind::Integer && goes(of.asInteger()))
             rows.push_back(cursor.row());
     JetWriter writer(rights, noTable, false);
     for (const RowId row : rows)
         writer.remove(row);
-    rows.clear();
+}
+
+}  // namespace
+
+void removeStrayRights(Catalog& catalog)
+{
+    std::set<std::int64_t> ids{kRootContainer};
+    for (const CatalogEntry& entry : catalog.objects())
+        ids.insert(entry.id);
+    removeRights(catalog, [&ids](std::int64_t id) { return !ids.contains(id); });
+}
+
+void removeObject(Catalog& catalog, std::int32_t id)
+{
+    removeRights(catalog, [id](std::int64_t object) { return object == id; });
+    std::vector<RowId> rows;
     for (const CatalogEntry& entry : catalog.objects())
         if (entry.id == id)
             rows.push_back(entry.row);

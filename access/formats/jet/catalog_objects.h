@@ -34,6 +34,8 @@ bool contradictsStandard(std::int32_t id, std::int32_t parent, int type, std::st
 /// Puts objects whose container is not there into the one for their kind, and takes out those of
 /// which the kind has none here; returns how many went.
 int containLostObjects(Catalog& catalog);
+/// Takes out rights to objects that are not there.
+void removeStrayRights(Catalog& catalog);
 /// Gives rights to every object that has none, as programs give them; returns to how many.
 int addMissingRights(Catalog& catalog);
 

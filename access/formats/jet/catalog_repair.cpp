@@ -42,6 +42,7 @@ void completeCatalog(JetFile& file, const std::vector<UnlistedTable>& unlisted,
         report({"the catalog",
                 std::to_string(gone) + " objects are lost: their container is not known.", false});
     RelationRows(file, catalog).complete(tell);
+    removeStrayRights(catalog);
     if (const int given = addMissingRights(catalog))
         tell("The rights to " + std::to_string(given) + " objects were lost and are given anew.");
     catalog.saveCounts();

@@ -53,6 +53,18 @@ void addStructures(RandomFormat& format, int version)
                           index("BYMARK", {{"MARK"}, {"AMOUNT"}})};
 }
 
+/// A compacted copy takes the place of the file.
+void compactFile(MemoryFileSystem& files)
+{
+    OpenRequest from;
+    from.name = "C:\\TEST.MDB";
+    CreateRequest to;
+    to.name = "C:\\COPY.MDB";
+    to.keepPassword = true;
+    kDriver.compact(files, from, to);
+    files.rename(to.name, from.name);
+}
+
 RandomFormat tableOf(const std::string& name, int version)
 {
     RandomFormat format;
@@ -80,6 +92,8 @@ RandomFormat tableOf(const std::string& name, int version)
         return written.isNull() && f.type == FieldType::Boolean ? Value(ValueView::boolean(false))
                                                                 : written;
     };
+    format.compact = compactFile;
+    format.compactEvery = 1300;
     format.judge = outsideJudge("jet", "C:", "TEST.MDB", "T");
     addStructures(format, version);
     return format;
