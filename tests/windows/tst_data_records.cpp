@@ -261,6 +261,31 @@ private slots:
         QVERIFY(fixture_->prompt.told.isEmpty());
     }
 
+    void refreshOfAParadoxTable_countsTheRecordsOfOthers()
+    {
+        const QString paradox = "Paradox 5.x;";
+        makeKeyedTable(paradox);
+        appendRows("C:\\data", paradox, "STAFF", {{"Ada", 36.0}, {"Ben", 40.0}});
+        ChildFrm3* child = open("C:\\data\\STAFF.DB");
+        QCOMPARE(child->RecordTotal, 2);
+        type(line(child, 0), "Ada L.");
+        tool(child, "ID_LastRecord");
+        appendRows("C:\\data", paradox, "STAFF", {{"Cleo", 20.0}});
+        QCOMPARE(child->RecordTotal, 2);
+        QCOMPARE(fixture_->prompt.told.join('|'), QString());
+        tool(child, "ID_Refresh");
+        QCOMPARE(fixture_->prompt.told.join('|'), QString());
+        QCOMPARE(child->RecordTotal, 3);
+        QCOMPARE(child->Data1.Connect, std::string("Paradox 5.x;"));
+        QCOMPARE(child->Data1.DatabaseName, std::string("C:\\data"));
+        QCOMPARE(child->Data1.RecordSource, std::string("STAFF.DB"));
+        QCOMPARE(line(child, 0)->text(), "Ada L.");
+        tool(child, "ID_LastRecord");
+        type(line(child, 1), "21");
+        tool(child, "ID_SaveRecord");
+        QCOMPARE(readRows("C:\\data", paradox, "STAFF").last(), (QStringList{"Cleo", "21"}));
+    }
+
     void errorsOfTheControl_areTold_orGoToTheFirstRecord()
     {
         makeStaff();
@@ -270,6 +295,24 @@ private slots:
         QCOMPARE(line(child, 0)->text(), "Ada");
         child->Data1_Error(3197, "Damaged.");
         QCOMPARE(fixture_->prompt.told, QStringList{"Data Error: 3197 Damaged."});
+    }
+
+private:
+    /// STAFF.DB: only a table with a primary key lets its records be changed.
+    void makeKeyedTable(const QString& connect)
+    {
+        Workspace workspace(fixture_->sandbox.files());
+        Database folder = workspace.OpenDatabase("C:\\data", false, false, connect.toStdString());
+        TableDef table = folder.CreateTableDef("STAFF");
+        table.Fields().Append(table.CreateField("Name", int(FieldType::Text), 20));
+        table.Fields().Append(table.CreateField("Age", int(FieldType::Double)));
+        Index key = table.CreateIndex("PrimaryKey");
+        key.Primary(true);
+        key.Unique(true);
+        key.Fields().Append(key.CreateField("Name"));
+        table.Indexes().Append(key);
+        folder.TableDefs().Append(table);
+        folder.Close();
     }
 };
 
