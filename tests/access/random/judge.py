@@ -7,7 +7,7 @@ KIND is jet, xbase, paradox, sheet or text. Every reader that is here must give 
 first field names a record. The checker of the kind must find no fault. Exit 1 and words when one does not agree.
 VELNOR_TOOLS is the folder of the checkers.
 """
-import csv, io, os, shutil, subprocess, sys
+import csv, ctypes, io, os, shutil, subprocess, sys
 
 TOOLS = os.environ['VELNOR_TOOLS']
 sys.path.insert(0, TOOLS)
@@ -136,6 +136,31 @@ def judge_by_checker(kind, file, table, expected):
     return compare(CHECKERS[kind], out, expected)
 
 
+def judge_by_pxlib(kind, file, table, expected):
+    """every record's bytes, where that library can open the table: it cannot when there is an MB file"""
+    if kind != 'paradox' or os.path.exists(os.path.splitext(file)[0] + '.MB'):
+        return None
+    try:
+        px = ctypes.CDLL('libpx.so.0')
+    except OSError:
+        return None
+    import paradox_check
+    family = paradox_check.PFile(file)
+    wanted = [record for _, block in family.chain() for record in block]
+    px.PX_new.restype = px.PX_get_record.restype = ctypes.c_void_p
+    px.PX_boot()
+    document = ctypes.c_void_p(px.PX_new())
+    if px.PX_open_file(document, file.encode()) < 0:
+        return 'pxlib cannot open the table'
+    if px.PX_get_num_records(document) != len(wanted):
+        return 'pxlib: %d records, expected %d' % (px.PX_get_num_records(document), len(wanted))
+    buffer = ctypes.create_string_buffer(family.rec_size)
+    for i, record in enumerate(wanted):
+        if not px.PX_get_record(document, i, buffer) or buffer.raw != record:
+            return 'pxlib: record %d is another' % i
+    return None
+
+
 def judge_by_mdb_tools(kind, file, table, expected):
     if kind != 'jet' or not shutil.which('mdb-export'):
         return None
@@ -153,7 +178,7 @@ def main(argv):
     kind, file, table, expected_path = argv[1:5]
     with open(expected_path, encoding='utf-8', newline='') as f:
         expected = rows_of(f.read())
-    for judge in (judge_by_checker, judge_by_csv_reader, judge_by_mdb_tools, judge_by_perl, judge_by_python_dbf):
+    for judge in (judge_by_checker, judge_by_pxlib, judge_by_csv_reader, judge_by_mdb_tools, judge_by_perl, judge_by_python_dbf):
         said = judge(kind, file, table, expected)
         if said:
             print(said)
