@@ -17,18 +17,30 @@ constexpr std::uint8_t kStyleXf = 4, kOwnFormat = 4;
 constexpr int kFirstOwnFormat = 164;
 constexpr int kGeneral = 0, kBuiltInMoney = 7, kBuiltInDate = 14, kBuiltInMoment = 22;
 
-// Formats of blank cells that tell a field's type. The first three are marks: they are spelled so
-// that no other program writes them by chance, and a cell that gets a value loses them.
-constexpr const char* kNumberBlank = "General;\\-General;General";
-constexpr const char* kMemoBlank = "@;@;@;@";
-constexpr const char* kBooleanBlank = "\"True\";\"True\";\"False\"";
-constexpr const char* kDateBlank = "yyyy-mm-dd";
+constexpr const char* kDateText = "yyyy-mm-dd";
 constexpr const char* kMomentText = "yyyy-mm-dd hh:mm:ss";
-constexpr const char* kMoneyBlank = "\"$\"#,##0.00;\\-\"$\"#,##0.00";
+constexpr const char* kMoneyText = "\"$\"#,##0.00;\\-\"$\"#,##0.00";
 
-bool isMark(const std::string& format)
+/// Formats of blank cells that tell a field's type. They are spelled so that no other program
+/// writes them by chance: in other workbooks a column without values is Text, whatever its formats.
+/// A cell that gets a value loses them.
+constexpr std::pair<const char*, FieldType> kMarks[] = {
+    {"General;\\-General;General", FieldType::Double},   {"@;@;@;@", FieldType::Memo},
+    {"\"True\";\"True\";\"False\"", FieldType::Boolean}, {"yyyy-mm-dd;General", FieldType::Date},
+    {"\"$\"#,##0.00;General", FieldType::Currency},
+};
+
+std::optional<FieldType> typeOfMark(const std::string& format)
 {
-    return format == kNumberBlank || format == kMemoBlank || format == kBooleanBlank;
+    for (const auto& [mark, type] : kMarks)
+        if (format == mark)
+            return type;
+    return std::nullopt;
+}
+
+bool hasTime(const Cell& cell)
+{
+    return cell.number != std::floor(cell.number);
 }
 
 bool sameButFormat(Bytes a, Bytes b, std::size_t usedAt)
@@ -50,7 +62,7 @@ StyleBook::StyleBook(const Globals& globals) : globals_(globals)
     for (const Bytes xf : globals.xfs) {
         const auto text = globals.formatTexts.find(
             xf.size() >= kFlagsAt ? loadLE<std::uint16_t>(xf.data() + kFormatAt) : kGeneral);
-        marks_.push_back(text != globals.formatTexts.end() && isMark(text->second));
+        marks_.push_back(text != globals.formatTexts.end() && typeOfMark(text->second).has_value());
     }
     const auto isCell = [&](std::size_t i) {
         return globals_.xfs[i].size() > kFlagsAt && (globals_.xfs[i][kFlagsAt] & kStyleXf) == 0;
@@ -143,24 +155,36 @@ std::uint16_t StyleBook::withFormat(std::uint16_t base, int format)
     newXfs_.push_back(std::move(made));
     newClasses_.push_back(classOfFormatIndex(format));
     marks_.push_back(std::any_of(newFormats_.begin(), newFormats_.end(), [&](const NewFormat& f) {
-        return f.index == format && isMark(f.text);
+        return f.index == format && typeOfMark(f.text).has_value();
     }));
     return known->second = static_cast<std::uint16_t>(count);
 }
 
+std::uint16_t StyleBook::withoutMark(std::uint16_t base, const Cell& cell)
+{
+    switch (cell.kind) {
+    case CellKind::Date:
+        return withFormat(base, formatOf(hasTime(cell) ? kMomentText : kDateText));
+    case CellKind::Currency:
+        return withFormat(base, formatOf(kMoneyText));
+    case CellKind::Blank:
+        return base;
+    default:
+        return withFormat(base, kGeneral);
+    }
+}
+
 std::uint16_t StyleBook::suited(std::uint16_t base, const Cell& cell)
 {
-    if (cell.kind != CellKind::Blank && base < marks_.size() && marks_[base])
-        base = withFormat(base, kGeneral);
+    if (base < marks_.size() && marks_[base])
+        return withoutMark(base, cell);
     const FormatClass shown = classOf(base);
     switch (cell.kind) {
-    case CellKind::Date: {
-        const bool time = cell.number != std::floor(cell.number);
-        if (shown.kind == CellKind::Date && (shown.time || !time))
+    case CellKind::Date:
+        if (shown.kind == CellKind::Date && (shown.time || !hasTime(cell)))
             return base;
-        return withFormat(base, time ? knownOr(kMomentText, kBuiltInMoment)
-                                     : knownOr(kDateBlank, kBuiltInDate));
-    }
+        return withFormat(base, hasTime(cell) ? knownOr(kMomentText, kBuiltInMoment)
+                                              : knownOr(kDateText, kBuiltInDate));
     case CellKind::Currency:
         return shown.kind == CellKind::Currency ? base : withFormat(base, moneyFormat());
     case CellKind::Number:
@@ -172,52 +196,19 @@ std::uint16_t StyleBook::suited(std::uint16_t base, const Cell& cell)
 
 std::uint16_t StyleBook::blankOf(FieldType type)
 {
-    const char* text = kNumberBlank;
-    switch (type) {
-    case FieldType::Text:
-        return plain_;
-    case FieldType::Memo:
-        text = kMemoBlank;
-        break;
-    case FieldType::Boolean:
-        text = kBooleanBlank;
-        break;
-    case FieldType::Date:
-        text = kDateBlank;
-        break;
-    case FieldType::Currency:
-        text = kMoneyBlank;
-        break;
-    default:
-        break;
-    }
-    return withFormat(plain_, formatOf(text));
+    for (const auto& [mark, marked] : kMarks)
+        if (marked == type)
+            return withFormat(plain_, formatOf(mark));
+    return plain_;
 }
 
 std::optional<FieldType> StyleBook::typeOfBlank(const Globals& globals, std::uint16_t xf)
 {
-    switch (globals.classOf(xf).kind) {
-    case CellKind::Date:
-        return FieldType::Date;
-    case CellKind::Currency:
-        return FieldType::Currency;
-    default:
-        break;
-    }
     if (xf >= globals.xfs.size() || globals.xfs[xf].size() < kFlagsAt)
         return std::nullopt;
     const auto found =
         globals.formatTexts.find(loadLE<std::uint16_t>(globals.xfs[xf].data() + kFormatAt));
-    if (found == globals.formatTexts.end())
-        return std::nullopt;
-    static constexpr std::pair<const char*, FieldType> kTold[] = {
-        {kNumberBlank, FieldType::Double},
-        {kMemoBlank, FieldType::Memo},
-        {kBooleanBlank, FieldType::Boolean}};
-    for (const auto& [text, type] : kTold)
-        if (found->second == text)
-            return type;
-    return std::nullopt;
+    return found == globals.formatTexts.end() ? std::nullopt : typeOfMark(found->second);
 }
 
 void StyleBook::addTo(RecordList& globals) const

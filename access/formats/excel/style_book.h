@@ -31,6 +31,7 @@ public:
     void addTo(RecordList& globals) const;
 
 private:
+    std::uint16_t withoutMark(std::uint16_t base, const sheet::Cell& cell);
     std::uint16_t withFormat(std::uint16_t base, int format);
     int formatOf(const std::string& text);
     int moneyFormat() const;

@@ -2,14 +2,15 @@
 // changed, and how it is written.
 //
 // Invariants:
-//   1. The file is replaced as a whole (storage/replace_file.h): the old one stays until the new
-//   one
-//      is complete and safe.
-//   2. After save() stream and globals are read again from the new file when they are next asked
-//   for; the
-//      cells in memory stay, so that tables and cursors on them go on.
-//   3. Number n of the text pool is text n of the file's shared texts as they were when first read;
-//      later texts have the numbers in textNumbers_.
+//
+// 1. The file is replaced as a whole (storage/replace_file.h): the old one stays until the new one
+// is complete and safe.
+//
+// 2. After save() stream and globals are read again from the new file when they are next asked for;
+// the cells in memory stay, so that tables and cursors on them go on.
+//
+// 3. Number n of the text pool is text n of the file's shared texts as they were when first read;
+// later texts have the numbers in textNumbers_.
 #pragma once
 
 #include <functional>

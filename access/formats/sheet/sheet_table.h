@@ -1,18 +1,22 @@
 // access/formats/sheet/sheet_table.h - an area of cells seen as a table.
 //
 // The rules, in one place:
-//   A sheet's table is the smallest area around its cells that are not blank; a named range's table
-//   is the range. At most 255 columns are used. The first row holds the names of the fields
-//   (HDR=No: it is a record); every row below it is a record, also a row of Nulls. Name: the
-//   header's text, number, Boolean or date; control characters become a blank; "." "!" "["
-//   "]" and the grave accent become "#" "$" "(" ")" and "'", since names cannot hold them; cut at
-//   64 characters. Without a name, or with one that was there before, it is F and the column's
-//   place. Type: the kind that most of the first 8 records have; with equal counts the first of
-//   Double, Currency, Date, Text, Boolean. No cell that is not blank: what a blank cell's format
-//   below the header says (tables that were made and never filled), else Text. A Text column is
-//   Memo when any of its texts is longer than 255 characters. Value: a Text field takes texts, a
-//   Boolean one Booleans, a Double, Currency or Date one every number, so that a number in a column
-//   of dates is not lost; everything else is Null.
+//
+// 1. Place. A sheet's table is the smallest area around its cells that are not blank; a named
+// range's table is the range. At most 255 columns are used. The first row holds the names of the
+// fields (HDR=No: it is a record); every row below it is a record, also a row of Nulls.
+//
+// 2. Name. The header's text, number, Boolean or date; control characters become a blank; "." "!"
+// "[" "]" and the grave accent become "#" "$" "(" ")" and "'", since names cannot hold them; cut at
+// 64 characters. Without a name, or with one that was there before, it is F and the column's place.
+//
+// 3. Type. The kind that most of the first 8 records have; with equal counts the first of Double,
+// Currency, Date, Text, Boolean. In a column without any value: what a blank cell below the header
+// is marked with (tables that were made and never filled), else Text. A Text column is Memo when
+// any of its texts is longer than 255 characters.
+//
+// 4. Value. A Text field takes texts, a Boolean one Booleans, a Double, Currency or Date one every
+// number, so that a number in a column of dates is not lost; everything else is Null.
 #pragma once
 
 #include <cstdint>
