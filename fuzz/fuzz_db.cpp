@@ -13,6 +13,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     files.put("C:\\T.MB", family.first);
     files.put("C:\\T.PX", family.second);
     files.put("C:\\T.DB", {data, size});
-    fuzzing::exerciseParadox(files);
+    fuzzing::exerciseParadox(files, size % 8 == 0);
     return 0;
 }

@@ -15,6 +15,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     files.put("C:\\T.DB", family.first);
     files.put("C:\\T.PX", family.second);
     files.put("C:\\T.MB", {data, size});
-    fuzzing::exerciseParadox(files);
+    fuzzing::exerciseParadox(files, size % 8 == 0);
     return 0;
 }

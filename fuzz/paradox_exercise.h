@@ -5,9 +5,9 @@
 
 namespace velnor::fuzzing {
 
-/// Opens the table, reads it by every index, checks it; then adds, changes and removes records,
-/// fields and indexes.
-void exerciseParadox(MemoryFileSystem& files);
+/// Opens the table, reads it by every index, checks it; then adds, changes and removes records, and
+/// with `structure`, which takes long, fields.
+void exerciseParadox(MemoryFileSystem& files, bool structure);
 
 /// A sound table T with a key, a memo, two secondary indexes and some records.
 void putParadoxFamily(MemoryFileSystem& files);

@@ -213,7 +213,7 @@ void createTableWithIndexes(FileSystem& files, const std::string& path, const Ta
         opening.readOnly = false;
         opening.codePage = codePage;
         for (const IndexDef& index : layout.indexes)
-            if (&index != primary)
+            if (!index.primary)  // a second primary key is the same one under another name
                 addSecondaryIndex(*std::make_unique<DbTable>(opening), index);
     } catch (...) {
         removeFamily(files, path);

@@ -127,6 +127,23 @@ TEST(ParadoxStructure, aPrimaryKeySortsTheTable)
     EXPECT_EQ(faultsOf(*store), Rows{});
 }
 
+TEST(ParadoxStructure, aTableIsMadeWithOnePrimaryKey)
+{
+    MemoryFileSystem files;
+    const auto store = openStore(files);
+    TableLayout layout =
+        layoutOf({fieldDef("ID", FieldType::Long), fieldDef("A", FieldType::Text, 5)},
+                 {primaryDef({"ID"}), primaryDef({"ID"}), indexDef("A", {"A"})});
+    store->createTable(layout);
+    EXPECT_EQ(store->layout("T").indexes.size(), 2u);
+    layout.name = "U";
+    layout.indexes = {indexDef("A", {"A"})};
+    EXPECT_EQ(errorOf([&] { store->createTable(layout); }), 3018);  // no primary key
+    layout.indexes = {primaryDef({"A"})};
+    EXPECT_EQ(errorOf([&] { store->createTable(layout); }), 3018);  // not on the first field
+    EXPECT_FALSE(files.fileExists("C:\\U.DB"));
+}
+
 TEST(ParadoxStructure, aPrimaryKeyOverEqualValuesIsRefusedAndChangesNothing)
 {
     MemoryFileSystem files;
