@@ -7,11 +7,11 @@
 namespace velnor::model {
 
 struct ConnectString {
-    std::string word;      ///< picks the driver, with its ";": "dBASE 5.0;"; empty for Access
-    std::string password;  ///< of "pwd=", as written
+    std::string word;          ///< picks the driver, with its ";": "dBASE 5.0;"; empty for Access
+    std::string password;      ///< of "pwd=", as written
     bool hasPassword = false;  ///< also of an empty "pwd="
-    std::string codePage;  ///< of "codepage="
-    std::string options;   ///< the other "key=value" parts, for the driver: "HDR=No;IMEX=1"
+    std::string codePage;      ///< of "codepage="
+    std::string options;       ///< the other "key=value" parts, for the driver: "HDR=No;IMEX=1"
 };
 
 /// The first part is the driver's word unless it has a "="; other parts are known by their key,

@@ -66,6 +66,14 @@ constexpr StandardRight kRights[] = {
     {kRelationshipsContainer, {Account::Users, kAllTypes, true}},
 };
 
+/// Objects of Access have negative types. Its layouts have no rights in any file known; forms,
+/// reports, macros and modules have.
+bool hasRights(int type)
+{
+    constexpr int kLayout = -32757;
+    return type != kLayout;
+}
+
 /// What other objects get.
 std::vector<Right> rightsTo(const CatalogEntry& entry)
 {
@@ -319,7 +327,7 @@ int addMissingRights(Catalog& catalog)
             given.insert(standard.object);
         }
     for (const CatalogEntry& entry : catalog.objects()) {
-        if (before.contains(entry.id) || given.contains(entry.id))
+        if (before.contains(entry.id) || given.contains(entry.id) || !hasRights(entry.type))
             continue;
         for (const Right& right : rightsTo(entry))
             give(entry.id, right);

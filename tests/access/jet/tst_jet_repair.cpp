@@ -184,6 +184,22 @@ TEST(Repair, damagedFilesOfTheCorpusAreSoundAfterwards)
     }
 }
 
+/// Whatever else a check finds in them, their records stay as they are.
+TEST(Repair, otherProgramsFilesLoseNothing)
+{
+    const auto names = jet::corpusNames();
+    if (names.empty())
+        GTEST_SKIP() << "no corpus";
+    for (const std::string& name : names) {
+        const Bytes content = jet::corpusFile(name);
+        const std::string password = jet::corpusPassword(name);
+        expectMended(content, content, password, name);
+        const auto files = memoryWith(content);
+        EXPECT_EQ(repair(*files).losses, 0) << name;
+        EXPECT_EQ(dumpsOf(*files, password), dumpsOf(*memoryWith(content), password)) << name;
+    }
+}
+
 class Mended : public ::testing::TestWithParam<const char*> {
 protected:
     void SetUp() override
