@@ -304,3 +304,40 @@ TEST(ExcelWrite, aReaderAndAWriterDoNotShareAFile)
     const auto writer = openStore(files);
     EXPECT_EQ(errorOf([&] { openStore(files, true); }), 3045);
 }
+
+TEST(ExcelWrite, datesOfThe1904SystemAreKept)
+{
+    BookFile file = book();
+    file.global(0x22, words({1}));
+    file.text(0, 0, "DAY").number(1, 0, 0, 16);
+    MemoryFileSystem files;
+    files.put(kFile, file.end());
+    {
+        const auto store = openStore(files);
+        EXPECT_THAT(rowsOf(*store, "Sheet1$"), ElementsAre("1904-01-01"));
+        const auto writer = store->writer("Sheet1$");
+        writer->insert(row({day("2004-02-29")}));
+        EXPECT_EQ(errorOf([&] { writer->insert(row({day("1903-12-31")})); }), 3421);
+        store->commit();
+    }
+    EXPECT_THAT(rowsOf(*openStore(files, true), "Sheet1$"),
+                ElementsAre("1904-01-01", "2004-02-29"));
+}
+
+TEST(ExcelWrite, withoutAHeaderTheFirstRowIsARecord)
+{
+    MemoryFileSystem files;
+    files.put(kFile, book().number(0, 0, 1).number(1, 0, 2).end());
+    {
+        const auto store = openStore(files, false, "HDR=No");
+        const auto writer = store->writer("Sheet1$");
+        writer->update(0, std::array{FieldChange{0, ValueView::real(10)}});
+        writer->insert(row({ValueView::real(3)}));
+        store->commit();
+    }
+    EXPECT_THAT(rowsOf(*openStore(files, true, "HDR=No"), "Sheet1$"), ElementsAre("10", "2", "3"));
+    EXPECT_EQ(errorOf([&] {
+                  openStore(files, false, "IMEX=1")->writer("Sheet1$")->insert(row({text("x")}));
+              }),
+              3027);
+}
