@@ -18,11 +18,15 @@ KeyView entryAt(const std::uint8_t* p)
     return {p + kLengthBytes, loadLE<std::uint16_t>(p)};
 }
 
-std::uint64_t headOf(KeyView key)
+constexpr std::size_t kHead = 8;
+
+/// Eight bytes of a key from `at` on, filled up with zeros: as a number they order as the bytes do.
+std::uint64_t headOf(KeyView key, std::size_t at)
 {
-    std::uint8_t first[8] = {};
-    std::memcpy(first, key.data(), std::min<std::size_t>(key.size(), sizeof first));
-    return loadBE<std::uint64_t>(first);
+    std::uint8_t part[kHead] = {};
+    if (at < key.size())
+        std::memcpy(part, key.data() + at, std::min(key.size() - at, kHead));
+    return loadBE<std::uint64_t>(part);
 }
 
 KeyView keyOf(KeyView entry)
@@ -45,7 +49,7 @@ void EntryRun::add(KeyView key, RowPointer row)
     storeLE(p, static_cast<std::uint16_t>(size));
     std::memcpy(p + kLengthBytes, key.data(), key.size());
     storeBE(p + kLengthBytes + key.size(), row.word());
-    items_.push_back({headOf(key), static_cast<std::uint32_t>(at)});
+    items_.push_back({headOf(key, 0), static_cast<std::uint32_t>(at)});
     ++count_;
 }
 
@@ -62,25 +66,43 @@ void EntryRun::clear()
     *this = EntryRun();
 }
 
-/// Most keys are told apart by their first eight bytes. (A key that ends sooner is filled up with
-/// zeros, which come before whatever a longer one has there.)
-bool EntryRun::before(const Item& a, const Item& b) const
+/// Sorts items whose keys are the same in front of `at`, and whose heads are of there: by the
+/// heads, then those with the same by the bytes that follow.
+void EntryRun::sortFrom(std::span<Item> items, std::size_t at)
 {
-    if (a.head != b.head)
-        return a.head < b.head;
-    return compareEntries(entryAt(open_.data() + a.at), entryAt(open_.data() + b.at)) < 0;
+    const auto less = [](const Item& a, const Item& b) { return a.head < b.head; };
+    if (!std::is_sorted(items.begin(), items.end(), less))
+        std::sort(items.begin(), items.end(), less);
+    for (std::size_t from = 0, to = 0; from < items.size(); from = to) {
+        while (to < items.size() && items[to].head == items[from].head)
+            ++to;
+        if (to - from > 1)
+            sortSame(items.subspan(from, to - from), at + kHead);
+    }
 }
 
-void EntryRun::sortOpen()
+/// Items whose keys are the same in front of `at`, but for zeros where one has ended.
+void EntryRun::sortSame(std::span<Item> items, std::size_t at)
 {
-    const auto less = [this](const Item& a, const Item& b) { return before(a, b); };
-    if (!std::is_sorted(items_.begin(), items_.end(), less))
-        std::sort(items_.begin(), items_.end(), less);
+    const auto entry = [this](const Item& item) { return entryAt(open_.data() + item.at); };
+    const bool ends = std::ranges::any_of(
+        items, [&](const Item& item) { return entry(item).size() <= at + kPlaceBytes; });
+    if (ends || items.size() < 8) {
+        const auto less = [&](const Item& a, const Item& b) {
+            return compareEntries(entry(a), entry(b)) < 0;
+        };
+        if (!std::is_sorted(items.begin(), items.end(), less))
+            std::sort(items.begin(), items.end(), less);
+        return;
+    }
+    for (Item& item : items)
+        item.head = headOf(keyOf(entry(item)), at);
+    sortFrom(items, at);
 }
 
 void EntryRun::closeBlock()
 {
-    sortOpen();
+    sortFrom(items_, 0);
     Block sorted(open_.size());
     std::uint8_t* out = sorted.data();
     for (const Item& item : items_) {
@@ -103,7 +125,7 @@ public:
         for (const Block& block : blocks) {
             Reader reader{block.data(), block.data() + block.size(), 0};
             if (reader.at != reader.end) {
-                reader.head = headOf(keyOf(entryAt(reader.at)));
+                reader.head = headOf(keyOf(entryAt(reader.at)), 0);
                 heap_.push_back(reader);
             }
         }
@@ -147,7 +169,7 @@ private:
             heap_.pop_back();
             return;
         }
-        reader.head = headOf(keyOf(entryAt(reader.at)));
+        reader.head = headOf(keyOf(entryAt(reader.at)), 0);
         std::size_t hole = 0;
         for (;;) {
             std::size_t child = 2 * hole + 1;

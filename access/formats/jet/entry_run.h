@@ -28,7 +28,7 @@ public:
     EntrySource sorted();
 
 private:
-    /// Where an entry of the open block lies, with the first bytes of its key.
+    /// Where an entry of the open block lies, with a few bytes of its key.
     struct Item {
         std::uint64_t head;
         std::uint32_t at;
@@ -37,8 +37,8 @@ private:
     class Merge;
 
     void closeBlock();
-    void sortOpen();
-    bool before(const Item& a, const Item& b) const;
+    void sortFrom(std::span<Item> items, std::size_t at);
+    void sortSame(std::span<Item> items, std::size_t at);
 
     Block open_;
     std::vector<Item> items_;    // of the open block, in the order in which they came

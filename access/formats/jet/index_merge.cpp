@@ -24,7 +24,7 @@ bool sameKey(KeyView entry, KeyView key)
 
 void IndexTree::insertLater(KeyView key, RowPointer row)
 {
-    makeEntry(key, row);  // refuses what insert() refuses
+    requireKeySize(key);
     if (!aside_)
         aside_ = std::make_unique<EntryRun>();
     if (aside_->bytes() > kMaxAside)

@@ -98,10 +98,15 @@ PageRef IndexTree::descendEdge(bool toLast, IndexPageView& leaf)
     damagedTree(root_, "it is too deep.");
 }
 
-KeyView IndexTree::makeEntry(KeyView key, RowPointer row)
+void IndexTree::requireKeySize(KeyView key)
 {
     if (key.empty() || key.size() > kLongestKey)
         throw EngineError(EngineErrorNumber::InvalidArgument, "An index key is empty or too long.");
+}
+
+KeyView IndexTree::makeEntry(KeyView key, RowPointer row)
+{
+    requireKeySize(key);
     entry_.assign(key.begin(), key.end());
     entry_.resize(key.size() + kPlaceBytes);
     storeBE(entry_.data() + key.size(), row.word());

@@ -128,6 +128,7 @@ private:
     PageRef descend(KeyView entry, IndexPageView& leaf);
     /// Goes down to the first or the last leaf.
     PageRef descendEdge(bool toLast, IndexPageView& leaf);
+    static void requireKeySize(KeyView key);
     KeyView makeEntry(KeyView key, RowPointer row);
     std::uint8_t levelAt(std::size_t depth) const;
 

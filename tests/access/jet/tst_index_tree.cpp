@@ -336,7 +336,7 @@ TEST(EntryRun, sortsEntriesOfSeveralBlocks)
         Keys keys{std::mt19937(5), shape};
         EntryRun run;
         std::vector<Entry> expected;
-        const int count = shape == Shape::Mixed ? 60000 : 500000;
+        const int count = shape == Shape::Mixed ? 20000 : 400000;
         for (int i = 0; i < count; ++i) {
             const Key key = keys.next();
             const RowPointer row{1 + static_cast<PageNumber>(keys.random() % 0xFFFFFE), 7};

@@ -37,17 +37,47 @@ std::multiset<std::string> linesOf(const std::string& text)
     return lines;
 }
 
+template <class Action> void attempt(Action action)
+{
+    try {
+        action();
+    } catch (const EngineError&) {
+    } catch (const RunError&) {
+    }
+}
+
+/// An index and a field more and less, and all that stood taken away.
+void changeStructure(Store& store, const std::string& table)
+{
+    TableLayout layout;
+    attempt([&] { layout = store.layout(table); });
+    if (layout.fields.empty())
+        return;
+    IndexDef index;
+    index.name = "Another";
+    index.fields = {{layout.fields.back().name, false}};
+    FieldDef memo;
+    memo.name = "Another";
+    memo.type = FieldType::Memo;
+    FieldDef number;
+    number.name = "A number";
+    number.type = FieldType::Long;
+    number.autonumber = true;
+    attempt([&] { store.addIndex(table, index); });
+    attempt([&] { store.addField(table, memo); });
+    attempt([&] { store.addField(table, number); });
+    attempt([&] { store.dropIndex(table, index.name); });
+    for (const IndexDef& standing : layout.indexes)
+        attempt([&] { store.dropIndex(table, standing.name); });
+    for (const FieldDef& standing : layout.fields)
+        attempt([&] { store.dropField(table, standing.name); });
+    attempt([&] { dumpTable(store, table); });
+}
+
 /// Does with a file whatever a program does: reads all, seeks, writes, checks. Errors are fine.
 void useEverything(const Bytes& content)
 {
     const auto files = memoryWith(content);
-    const auto attempt = [](auto action) {
-        try {
-            action();
-        } catch (const EngineError&) {
-        } catch (const RunError&) {
-        }
-    };
     attempt([&] {
         const auto store = jet::JetDriver().open(*files, writing());
         for (const TableEntry& table : store->catalogue()) {
@@ -78,6 +108,8 @@ void useEverything(const Bytes& content)
                     store->writer(table.name)->remove(cursor->row());
             });
         }
+        for (const TableEntry& table : store->catalogue())
+            changeStructure(*store, table.name);
         attempt([&] { store->check({}, [](const Problem&) {}); });
         attempt([&] {
             TableLayout layout;
