@@ -140,6 +140,8 @@ std::uint64_t IndexTree::mergeByLeaf(const EntrySource& entries)
         PageRef page = descend(makeEntry(entry->key, entry->row), leaf);
         leafBound(bound);
         content_.load(leaf);
+        const std::uint32_t most = format_.indexPage.prefixBytes == 1 ? 0xFF : 0xFFFF;
+        std::uint32_t shared = content_.count() > 1 ? content_.commonPrefix(format_) : most;
         int at = 0;
         bool changed = false, full = false;
         while (entry && !full) {
@@ -150,12 +152,14 @@ std::uint64_t IndexTree::mergeByLeaf(const EntrySource& entries)
             const bool stands =
                 at < content_.count() && std::ranges::equal(content_.entry(at), whole);
             if (!stands) {
-                content_.insert(at, whole);
-                full = !content_.fits(format_, true);
-                if (full) {
-                    content_.erase(at);
+                if (content_.count() > 0)
+                    shared = std::min(shared, sharedBytes(content_.entry(0), whole));
+                const std::size_t plain = content_.plainSize() + whole.size();
+                const auto saved = shared * static_cast<std::size_t>(content_.count());
+                full = plain - saved > static_cast<std::size_t>(format_.indexPage.entryBytes);
+                if (full)
                     break;
-                }
+                content_.insert(at, whole);
                 const bool known =
                     (at > 0 && sameKey(content_.entry(at - 1), entry->key)) ||
                     (at + 1 < content_.count() && sameKey(content_.entry(at + 1), entry->key));
