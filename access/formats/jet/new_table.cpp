@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "access/formats/jet/column_width.h"
 #include "access/formats/jet/table_layout.h"
 #include "access/formats/jet/text_collation.h"
 #include "platform/paths.h"
@@ -15,22 +16,6 @@ constexpr std::uint8_t kDecimalPrecision = 18, kMaxPrecision = 28;
 std::uint16_t lengthOf(const ColumnDefaults& defaults, const FieldDef& field, std::uint8_t type)
 {
     switch (type) {
-    case column_type::kBoolean:
-    case column_type::kByte:
-        return 1;
-    case column_type::kInteger:
-        return 2;
-    case column_type::kLong:
-    case column_type::kSingle:
-        return 4;
-    case column_type::kCurrency:
-    case column_type::kDouble:
-    case column_type::kDate:
-        return 8;
-    case column_type::kGuid:
-        return 16;
-    case column_type::kDecimal:
-        return 17;
     case column_type::kText: {
         const int size = field.size > 0 ? std::min(field.size, kTextCharacters) : kTextCharacters;
         return static_cast<std::uint16_t>(defaults.format.wideText ? 2 * size : size);
@@ -40,7 +25,7 @@ std::uint16_t lengthOf(const ColumnDefaults& defaults, const FieldDef& field, st
                                               ? std::min<int>(field.size, defaults.format.maxBinary)
                                               : defaults.format.maxBinary);
     default:
-        return 0;
+        return static_cast<std::uint16_t>(describedWidth(type));
     }
 }
 

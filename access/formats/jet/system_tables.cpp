@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "access/formats/jet/column_width.h"
+
 namespace velnor::jet {
 namespace {
 
@@ -95,21 +97,12 @@ const SystemTable& relationships()
 std::uint16_t lengthOf(const JetFormat& format, std::uint8_t type)
 {
     switch (type) {
-    case kBoolean:
-    case kByte:
-        return 1;
-    case kInteger:
-        return 2;
-    case kLong:
-        return 4;
-    case kDate:
-        return 8;
     case kText:
         return format.wideText ? 510 : 255;
     case kBinary:
         return static_cast<std::uint16_t>(format.maxBinary);
     default:
-        return 0;
+        return static_cast<std::uint16_t>(describedWidth(type));
     }
 }
 
