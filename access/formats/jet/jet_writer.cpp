@@ -60,12 +60,13 @@ JetWriter::JetWriter(std::shared_ptr<JetTable> table, const TableByPage& tables,
 
 // ---- values
 
-void JetWriter::requireCurrent() const
+void JetWriter::requireCurrent()
 {
     if (table_->retired())
         throw EngineError(EngineErrorNumber::ObjectClosed, "The structure of table \"" +
                                                                table_->name() +
                                                                "\" was changed; open it again.");
+    relations_.refresh();
 }
 
 void JetWriter::openOld(RowPointer home)

@@ -73,7 +73,7 @@ private:
     {
         return table_->def().realIndexes.at(static_cast<std::size_t>(index.real));
     }
-    void requireCurrent() const;
+    void requireCurrent();
     void openOld(RowPointer home);
     void takeKeyValues();
     void change(RowPointer home, std::span<const FieldChange> changes, bool related);

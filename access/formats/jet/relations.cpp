@@ -16,13 +16,27 @@ const LogicalIndex* endNumbered(const JetTable& table, std::int32_t number)
 
 }  // namespace
 
-Relations::Relations(JetTable& table, const TableByPage& tables) : table_(table)
+Relations::Relations(JetTable& table, const TableByPage& tables) : table_(table), tables_(tables)
 {
-    const bool jet3 = !table.file().format().wideText;
-    const CodePage* page = &table.file().codePage();
-    for (const LogicalIndex& logical : table.def().logicalIndexes) {
+    findEnds();
+}
+
+void Relations::refresh()
+{
+    for (const End& end : ends_)
+        if (end.other && end.other->retired()) {
+            ends_.clear();
+            return findEnds();
+        }
+}
+
+void Relations::findEnds()
+{
+    const bool jet3 = !table_.file().format().wideText;
+    const CodePage* page = &table_.file().codePage();
+    for (const LogicalIndex& logical : table_.def().logicalIndexes) {
         if (logical.relation == RelationKind::None ||
-            logical.realIndex >= table.def().realIndexes.size())
+            logical.realIndex >= table_.def().realIndexes.size())
             continue;
         End end;
         end.parent = logical.relation == RelationKind::Parent;
@@ -31,14 +45,14 @@ Relations::Relations(JetTable& table, const TableByPage& tables) : table_(table)
         end.otherNumber = logical.otherIndex;
         end.updateRule = logical.updateRule;
         end.deleteRule = logical.deleteRule;
-        const OpenIndex& mine = table.index(static_cast<int>(logical.realIndex));
+        const OpenIndex& mine = table_.index(static_cast<int>(logical.realIndex));
         end.fields = mine.fields;
         end.here = std::make_unique<KeyBuilder>(jet3, page, mine.keyColumns);
         end.otherPage = logical.otherTable;
         // A table may be related to itself; it must not hold itself open.
-        const bool itself = logical.otherTable == table.page();
-        end.other = itself ? nullptr : tables(logical.otherTable);
-        if (JetTable* other = itself ? &table : end.other.get())
+        const bool itself = logical.otherTable == table_.page();
+        end.other = itself ? nullptr : tables_(logical.otherTable);
+        if (JetTable* other = itself ? &table_ : end.other.get())
             if (const LogicalIndex* theirs = endNumbered(*other, logical.otherIndex)) {
                 end.otherIndex = static_cast<int>(theirs->realIndex);
                 const OpenIndex& index = other->index(end.otherIndex);

@@ -36,6 +36,8 @@ public:
     Relations(JetTable& table, const TableByPage& tables);
 
     bool any() const { return !ends_.empty(); }
+    /// To be called before a change: the structure of another table may have changed since.
+    void refresh();
     /// 3201 when a parent record is not there.
     void checkInsert(const FieldValue& value);
     /// What must follow when the record `self` goes; 3200 when it must not.
@@ -59,6 +61,7 @@ private:
         int otherIndex = -1;  // real index of the other table; -1 when it cannot be found
         std::unique_ptr<KeyBuilder> here, there;
     };
+    void findEnds();
     JetTable& otherOf(const End& end) { return end.other ? *end.other : table_; }
     /// The key under which the other table has the records of this one; none for a Null in it.
     std::optional<KeyView> keyThere(End& end, const FieldValue& value);
@@ -71,6 +74,7 @@ private:
     [[noreturn]] void refuseChild(const End& end);
 
     JetTable& table_;
+    TableByPage tables_;
     std::vector<End> ends_;
     std::vector<ValueView> values_;
     std::vector<std::uint8_t> before_;
