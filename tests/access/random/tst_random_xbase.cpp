@@ -113,7 +113,7 @@ std::vector<IndexDef> moreIndexes(const std::string& word)
         indexes.insert(indexes.end(), {falling("DOWN", "AMOUNT"), falling("ZTOA", "NAME")});
     if (word == "FoxPro 3.0;")
         indexes.insert(indexes.end(), {index("BYLONG", {{"LONG"}}), index("BYMONEY", {{"MONEY"}}),
-                                       falling("REALDOWN", "REAL")});
+                                       falling("LONGDOWN", "LONG")});
     return indexes;
 }
 
