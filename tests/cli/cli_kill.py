@@ -23,6 +23,43 @@ def interrupted_copy(source, target, table, longest, rng):
     return max(told, default=0), copy.returncode
 
 
+def interrupted(words, longest, rng):
+    work = subprocess.Popen([CLI, *words], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    time.sleep(rng.random() * longest)
+    work.send_signal(signal.SIGKILL)
+    return work.wait() != 0
+
+
+def rewriting_is_whole_or_not_at_all(folder, rounds, rng):
+    """A DBF that is being packed, or given an index, when the program is killed: its records are there, and it can be
+    packed, checked and written again."""
+    own = os.path.join(folder, "rewriting")
+    os.mkdir(own)
+    path, more = os.path.join(own, "target.dbf"), os.path.join(folder, "more.dbf")
+    make_dbf(more, PEOPLE, people(10))
+    killed = 0
+    for round_number in range(rounds):
+        for left in os.listdir(own):
+            os.remove(os.path.join(own, left))
+        make_dbf(path, PEOPLE, people(30000))
+        cli("index", path, "--add", "BYNAME", "--field", "NAME", "--as", "foxpro2")
+        words = ["compact", path] if round_number % 2 else ["index", path, "--add", "BYCITY", "--field", "CITY"]
+        if round_number < 2:
+            start = time.monotonic()
+            cli(*words)
+            longest = time.monotonic() - start
+            continue
+        killed += interrupted(words, longest, rng)
+        assert len(records(cli("export", path)[0])[1]) == 30000
+        cli("check", path)
+        cli("copy", more, path, "--auto", "--yes")
+        cli("compact", path)
+        assert len(records(cli("export", path)[0])[1]) == 30010
+        cli("check", path)
+        assert sorted(os.listdir(own)) == ["target.cdx", "target.dbf"], os.listdir(own)
+    print("%d of %d rewrites were cut" % (killed, rounds))
+
+
 def main():
     seed = int(os.environ.get("VELNOR_SEED", time.time()))
     print("seed %d, %d rounds" % (seed, ROUNDS))
@@ -71,6 +108,12 @@ def main():
             except AssertionError as error:
                 failed += 1
                 print("FAIL round %d %s: %s" % (round_number, name, str(error)[:400]))
+        try:
+            rewriting_is_whole_or_not_at_all(folder, max(ROUNDS // 3, 4), rng)
+            passed += 1
+        except AssertionError as error:
+            failed += 1
+            print("FAIL rewriting: %s" % str(error)[:400])
     print("%d of the runs were cut" % killed)
     print("%d passed, %d failed" % (passed, failed))
     return 1 if failed or not killed else 0
