@@ -195,12 +195,13 @@ private:
 
     bool isUsual() const
     {
+        if (packing_.entryBytes > 8 || packing_.countBits > 8 || packing_.recordBits > 32)
+            return false;
         const auto mask = static_cast<std::uint8_t>((1u << packing_.countBits) - 1);
         const std::uint64_t records = (std::uint64_t{1} << packing_.recordBits) - 1;
-        return (p_[0] & kLeaf) && count_ > 0 && packing_.entryBytes <= 8 &&
+        return (p_[0] & kLeaf) && count_ > 0 &&
                packing_.countBits == static_cast<std::uint32_t>(std::bit_width(length_)) &&
-               packing_.countBits <= 8 && p_[kPadBitsAt] == packing_.countBits &&
-               packing_.recordBits <= 32 &&
+               p_[kPadBitsAt] == packing_.countBits &&
                packing_.recordBits + 2 * packing_.countBits <= 8 * packing_.entryBytes &&
                p_[kBeforeMaskAt] == mask && p_[kPadMaskAt] == mask &&
                loadLE<std::uint32_t>(p_ + kRecordMaskAt) == records && record_ <= records &&

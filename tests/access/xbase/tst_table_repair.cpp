@@ -107,12 +107,11 @@ TEST_F(TableRepair, whatIsLostIsSaid)
     EXPECT_EQ(store->layout("T").indexes.size(), 0u);
     EXPECT_FALSE(files.fileExists("C:\\T.CDX"));
     EXPECT_TRUE(files.fileExists("C:\\T-damaged.CDX"));
-    EXPECT_EQ(shown([&] {
-                  const auto cursor = store->cursor("T", std::nullopt);
-                  cursor->moveTo(3);
-                  return cursor->field(4);
-              }()),
-              "'a memo'");
+    {
+        const auto cursor = store->cursor("T", std::nullopt);
+        ASSERT_TRUE(cursor->moveTo(3));
+        EXPECT_EQ(shown(cursor->field(4)), "'a memo'");
+    }
     insertPerson(*store, "after", 1, 1);
 }
 
