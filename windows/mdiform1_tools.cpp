@@ -216,7 +216,7 @@ void MDIForm1::buildMenus()
                    &DocumentChild::mnuFileOLE_Click),
          childTool(u"ID_mnuCloseFile"_s, u"&Close"_s, {}, u"document-close"_s,
                    &DocumentChild::mnuFileClose_Click, QKeySequence::Close),
-         childTool(u"ID_mnuSaveFileAs"_s, u"Save &As..."_s, {}, u"document-save-as"_s,
+         childTool(u"ID_mnuSaveFileAs"_s, u"Sav&e As..."_s, {}, u"document-save-as"_s,
                    &DocumentChild::mnuFileSaveAs_Click),
          toolLine(),
          notThereYet(u"ID_mnuRenameFile"_s, u"Re&name..."_s, {}, u"the file operations"_s),
@@ -262,7 +262,7 @@ void MDIForm1::buildMenus()
                        {mainTool(u"ID_mnuFindFiles"_s, u"&Find Files..."_s),
                         mainTool(u"ID_mnuFindNext"_s, u"Find &Next"_s), toolLine(),
                         mainTool(u"ID_mnuPrinterSetup"_s, u"Printer &Setup..."_s),
-                        mainTool(u"ID_mnuSetWorkingFolders"_s, u"Working &Folders..."_s),
+                        mainTool(u"ID_mnuSetWorkingFolders"_s, u"&Working Folders..."_s),
                         mainTool(u"ID_mnuSetApplicationColors"_s, u"&Colors..."_s),
                         mainTool(u"ID_mnuSetApplicationOptions"_s, u"&Options..."_s)});
 

@@ -134,7 +134,7 @@ void Velnor1::buildMenus()
           own(&Velnor1::openWithAnother), u"document-open-folder"_s},
          {u"ID_mnuClose"_s, u"&Close"_s, u"Close the window of the selected file"_s,
           own(&Velnor1::closeSelectedWindow), u"document-close"_s, QKeySequence::Close},
-         {u"ID_mnuSaveAs"_s, u"Save &As..."_s, u"Copy the selected file under another name"_s,
+         {u"ID_mnuSaveAs"_s, u"Sav&e As..."_s, u"Copy the selected file under another name"_s,
           own(&Velnor1::saveSelected), u"document-save-as"_s, QKeySequence::SaveAs},
          toolLine(),
          later("ID_mnuRenameFile", u"Re&name..."_s, files, u"edit-rename"_s),
@@ -177,7 +177,7 @@ void Velnor1::buildMenus()
                        organizerView("ID_ViewCopyLog", u"View Copy &Log"_s,
                                      u"View Copy Log for Past Table Copies"_s, u"L"_s),
                        toolLine()});
-    QMenu* list = view->addMenu(tr("File &List"));
+    QMenu* list = view->addMenu(tr("File L&ist"));
     for (const char* id : {"ID_LargeIcons", "ID_SmallIcons", "ID_ListIcons", "ID_DetailIcons"})
         list->addAction(tools.find(QString::fromLatin1(id)));
     QMenu* filter = view->addMenu(tr("&Filter"));
@@ -207,7 +207,7 @@ void Velnor1::buildMenus()
          toolLine(),
          later("ID_mnuBackUpDatabaseOrganizer", u"&Back Up Organizer..."_s, organizer),
          later("ID_mnuRestore", u"&Restore Organizer..."_s, organizer),
-         later("ID_mnuRepairorCompact", u"Re&pair or Compact Organizer..."_s, organizer)});
+         later("ID_mnuRepairorCompact", u"Repa&ir or Compact Organizer..."_s, organizer)});
 
     QMenu* copy = menuBar()->addMenu(tr("&Copy"));
     tools.fill(*copy, {{u"ID_mnuCopyRecords"_s, u"Copy &Records"_s,

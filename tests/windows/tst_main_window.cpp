@@ -3,6 +3,8 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
 #include <QTabBar>
 #include <QTest>
 #include <QToolBar>
@@ -141,6 +143,27 @@ private slots:
         window_->Form_Load();
         window_->ToolBarComp1->click("ID_mnuViewBrowseTable");
         QVERIFY(!window_->shell());
+    }
+
+    void mnemonicsOfAMenu_areDifferent()
+    {
+        window_->Form_Load();
+        fixture_->makeCustomers();
+        window_->DisplayFile("C:\\data\\CUSTOMER.DBF");
+        for (QMainWindow* frame : {static_cast<QMainWindow*>(window_.get()),
+                                   static_cast<QMainWindow*>(window_->shell())})
+            for (const QMenu* menu : frame->menuBar()->findChildren<QMenu*>()) {
+                QString seen;
+                for (const QAction* action : menu->actions()) {
+                    const auto at = QString(action->text()).replace("&&", "  ").indexOf('&');
+                    if (at < 0)
+                        continue;
+                    const QChar letter = action->text()[at + 1].toUpper();
+                    QVERIFY2(!seen.contains(letter),
+                             qPrintable(menu->title() + ": " + action->text()));
+                    seen += letter;
+                }
+            }
     }
 
     void clicksOff_runNoTool()
