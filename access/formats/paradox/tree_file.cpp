@@ -281,12 +281,12 @@ void TreeFile::writeBlock(std::uint16_t block, const std::vector<std::uint8_t>& 
     std::uint8_t start[kBlockHead];
     head.write(start);
     const std::uint8_t* old = blocks_.block(block);
-    if (std::memcmp(old, start, kBlockHead) == 0 &&
-        std::memcmp(old + kBlockHead, entries.data(), entries.size()) == 0)
+    if (std::equal(start, start + kBlockHead, old) &&
+        std::equal(entries.begin(), entries.end(), old + kBlockHead))
         return;
     std::uint8_t* bytes = blocks_.edit(block);
-    std::memcpy(bytes, start, kBlockHead);
-    std::memcpy(bytes + kBlockHead, entries.data(), entries.size());
+    std::copy_n(start, kBlockHead, bytes);
+    std::copy(entries.begin(), entries.end(), bytes + kBlockHead);
 }
 
 /// 3.
