@@ -67,7 +67,6 @@ public:
         return true;
     }
     std::size_t at() const { return at_; }
-    void moveTo(std::size_t at) { at_ = at; }
     bool cutOff() const { return cutOff_; }
     /// The type of the next record; 0xFFFF when there is none.
     std::uint16_t peek() const

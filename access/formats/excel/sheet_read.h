@@ -26,8 +26,8 @@ struct SheetContent {
 /// records that are too short are passed over; of several cells for a place the last one wins.
 void readSheet(Bytes stream, std::size_t position, const Globals& globals, SheetContent& content);
 
-/// Rows, columns and kinds of an RK number: 30 bits as an integer or the upper half of a double,
-/// perhaps divided by 100.
+/// The value of an RK number: 30 bits as an integer or as the upper half of a double, perhaps
+/// divided by 100.
 double numberOfRk(std::uint32_t rk);
 
 }  // namespace velnor::excel

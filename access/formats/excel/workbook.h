@@ -75,7 +75,6 @@ public:
     bool isNew();
 
     bool hasContainer() const { return container_ != nullptr; }
-    const std::string& streamName() const { return streamName_; }
     std::vector<std::string> containerFaults() const;
     Bytes stream()
     {

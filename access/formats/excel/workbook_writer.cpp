@@ -190,14 +190,13 @@ void WorkbookWriter::countSheets(int change)
         }
 }
 
-/// Whether an area in a formula or a name may be on the sheet.
-bool WorkbookWriter::refersTo(int sheet) const
+bool WorkbookWriter::refersTo(int sheet)
 {
     for (std::size_t at = list_.find(rec::kExternSheet); at != RecordList::npos;
          at = list_.find(rec::kExternSheet, at + 1)) {
         if (globals_.form->version < 8)
             return true;  // formulas hold the numbers of sheets themselves
-        const Bytes data = const_cast<RecordList&>(list_).entries()[at].data();
+        const Bytes data = list_.entries()[at].data();
         for (std::size_t o = 2; o + 6 <= data.size(); o += 6) {
             const std::uint16_t first = u16(data, o + 2), last = u16(data, o + 4);
             if (first < 0x8000 && first <= sheet && sheet <= last)

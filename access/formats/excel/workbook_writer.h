@@ -32,7 +32,8 @@ public:
     void renameSheet(int sheet, std::string_view name);
     /// The sheet must be one that nothing refers to.
     void removeSheet(int sheet);
-    bool refersTo(int sheet) const;
+    /// Whether an area in a formula or a name may be on the sheet.
+    bool refersTo(int sheet);
 
     /// Settles everything; returns the size of the stream, at least 4096.
     std::uint64_t plan();
