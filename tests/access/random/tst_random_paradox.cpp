@@ -131,7 +131,7 @@ RandomFormat shortTable(const std::string& name, const Kind& kind)
 TEST(RandomOperations, aParadoxTableWithoutLongValuesStaysAsTheModelSays)
 {
     for (const Kind& kind : {kLevel4, kLevel5, kLevel7})
-        runRandomOperations(shortTable(std::string("short, ") + kind.word, kind), 1500);
+        runRandomOperations(shortTable(std::string("short, ") + kind.word, kind), 1000);
 }
 
 TEST(RandomOperations, aParadoxTableStaysAsTheModelSays)
@@ -178,7 +178,7 @@ TEST(RandomOperations, aParadoxTableWithoutAKeyStaysAsTheModelSays)
         format.removes = format.changes = false;
         format.mostRecords = 2000;
         format.moreFields = {field("CITY", FieldType::Text, 120), field("MORE", FieldType::Memo)};
-        runRandomOperations(format, 1500);
+        runRandomOperations(format, 1000);
     }
 }
 
