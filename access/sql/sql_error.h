@@ -13,8 +13,8 @@ namespace velnor::sql {
 [[noreturn]] void fail(EngineErrorNumber number, const std::string& what,
                        std::string_view statement, std::size_t at);
 
-/// Errors cross SQLite as its message: number and words in one text, and back. `undo` gives the
-/// number of a text that is no such message as `otherwise`.
+/// Errors cross the statement machine as its message: number and words in one text, and back.
+/// `otherwise` for a text that is no such message.
 std::string errorMessage(EngineErrorNumber number, std::string_view words);
 EngineError errorOfMessage(const char* message, const EngineError& otherwise);
 
