@@ -101,6 +101,8 @@ void DatabaseState::attach(std::string_view name, std::shared_ptr<DatabaseState>
     if (name.empty() || attached(name))
         throw EngineError(EngineErrorNumber::ItemExists,
                           "A database is attached as '" + std::string(name) + "' already.");
+    if (other.get() == this)  // held by itself it would never close
+        other = std::shared_ptr<DatabaseState>(std::shared_ptr<void>(), this);
     attached_.emplace_back(name, std::move(other));
 }
 
