@@ -104,6 +104,78 @@ void DriverConformance::addNote(Recordset& rs, int id, std::string_view name, st
     rs.Update();
 }
 
+namespace {
+
+/// The number that a step is refused with: the numbers for what a kind of file cannot do,
+/// and for an index that it does not know.
+template <class Step> void expectRefused(Step&& step)
+{
+    EXPECT_THAT(errorOf(step), ::testing::AnyOf(3251, 3027, 3617, 3018));
+}
+
+}  // namespace
+
+void DriverConformance::expectEditRefused()
+{
+    makeTable({fieldDef("NAME", FieldType::Text, 20)});
+    {
+        Recordset rs = records();
+        rs.AddNew();
+        rs.setValue(0, ValueView::text("stays"));
+        rs.Update();
+        rs.MoveFirst();
+        expectRefused([&] {
+            rs.Edit();
+            rs.setValue(0, ValueView::text("goes"));
+            rs.Update();
+        });
+    }
+    reopen();
+    EXPECT_EQ(shown(records().value(0)), "stays");
+}
+
+void DriverConformance::expectDeleteRefused()
+{
+    makeNotes();
+    {
+        Recordset rs = records();
+        addNote(rs, 1, "stays");
+        rs.MoveFirst();
+        expectRefused([&] { rs.Delete(); });
+    }
+    reopen();
+    EXPECT_EQ(records().RecordCount(), 1);
+}
+
+void DriverConformance::expectIndexRefused()
+{
+    makeNotes();
+    {
+        Recordset rs = records();
+        addNote(rs, 1, "stays");
+    }
+    auto& tables = db.TableDefs();
+    TableDef& table = tables[tables.contains(listed(kTable)) ? listed(kTable) : kTable];
+    expectRefused([&] { table.Indexes().Append(indexOn("Once", {{"NAME"}}, true)); });
+    reopen();
+    EXPECT_EQ(records().RecordCount(), 1);
+}
+
+void DriverConformance::expectFieldRefused()
+{
+    makeNotes();
+    {
+        Recordset rs = records();
+        addNote(rs, 1, "stays");
+    }
+    auto& tables = db.TableDefs();
+    TableDef& table = tables[tables.contains(listed(kTable)) ? listed(kTable) : kTable];
+    expectRefused([&] { table.Fields().Append(table.CreateField("CITY", 10, 20)); });
+    expectRefused([&] { table.Fields().Delete("NAME"); });
+    reopen();
+    EXPECT_EQ(shown(records().value(1)), "stays");
+}
+
 bool DriverConformance::keepsNullTexts() const
 {
     return std::all_of(format().fields.begin(), format().fields.end(), [](const FieldCase& field) {

@@ -105,6 +105,12 @@ protected:
     /// Field n of all records of NOTES, in the order of `index`.
     std::vector<std::string> column(int n, std::string_view index = {});
 
+    // What a format cannot do is refused by a number, and the record that stands there stays.
+    void expectEditRefused();
+    void expectDeleteRefused();
+    void expectIndexRefused();
+    void expectFieldRefused();
+
     /// Whether a Text field that was never set reads as Null, not as an empty text.
     bool keepsNullTexts() const;
 

@@ -49,9 +49,9 @@ TEST_P(DriverConformance, everyTypeKeepsItsLimitsAndNull)
 TEST_P(DriverConformance, editsReachEveryType)
 {
     if (format().needsKey)
-        GTEST_SKIP() << "tables without a key are not edited";
+        return expectEditRefused();
     if (!format().edits)
-        GTEST_SKIP() << "this format changes no records";
+        return expectEditRefused();
     std::vector<FieldDef> defs;
     for (const FieldCase& field : format().fields)
         defs.push_back(field.def);
@@ -150,7 +150,7 @@ TEST_P(DriverConformance, memosOfEveryLengthAreKept)
 TEST_P(DriverConformance, memosGrowAndShrink)
 {
     if (!format().edits)
-        GTEST_SKIP() << "this format changes no records";
+        return expectEditRefused();
     makeNotes();
     {
         Recordset rs = records();
@@ -190,7 +190,7 @@ TEST_P(DriverConformance, everyClassOfCharactersIsKept)
 TEST_P(DriverConformance, fieldsAreAddedAndDroppedWithTheirRecordsKept)
 {
     if (!format().changesFields)
-        GTEST_SKIP() << "this format's fields stay as they are made";
+        return expectFieldRefused();
     makeNotes();
     {
         Recordset rs = records();

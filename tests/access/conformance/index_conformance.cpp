@@ -21,7 +21,7 @@ std::string found(Recordset& rs, std::string_view how, ValueView key, int field 
 TEST_P(DriverConformance, anIndexGivesOrderAndSeekInBothDirections)
 {
     if (!format().indexes)
-        GTEST_SKIP() << "this format keeps no indexes";
+        return expectIndexRefused();
     std::vector<velnor::Index> indexes{indexOn("ByName", {{"NAME"}})};
     if (format().fallingIndexes)
         indexes.push_back(indexOn("Down", {{"ID", true}}));
@@ -56,7 +56,7 @@ TEST_P(DriverConformance, anIndexGivesOrderAndSeekInBothDirections)
 TEST_P(DriverConformance, aDuplicateKeyIs3022AndLeavesNoTrace)
 {
     if (!format().indexes)
-        GTEST_SKIP() << "this format keeps no indexes";
+        return expectIndexRefused();
     makeNotes({indexOn("ByName", {{"NAME"}}, true)});
     Recordset rs = records();
     addNote(rs, 1, "one", "note");
@@ -89,7 +89,7 @@ TEST_P(DriverConformance, aDuplicateKeyIs3022AndLeavesNoTrace)
 TEST_P(DriverConformance, keysOfSeveralFieldsAreFoundByTheirFirst)
 {
     if (!format().indexes)
-        GTEST_SKIP() << "this format keeps no indexes";
+        return expectIndexRefused();
     const std::string place = format().needsKey ? primaryKey() : "Place";
     velnor::Index index = indexOn(place, {{"CITY"}, {"NUMBER"}});
     index.Primary(format().needsKey);
@@ -118,7 +118,7 @@ TEST_P(DriverConformance, keysOfSeveralFieldsAreFoundByTheirFirst)
 TEST_P(DriverConformance, anIndexMadeLaterHoldsWhatWasThere)
 {
     if (!format().changesIndexes)
-        GTEST_SKIP() << "this format's indexes stay as they are made";
+        return expectIndexRefused();
     makeNotes();
     {
         Recordset rs = records();
@@ -143,7 +143,7 @@ TEST_P(DriverConformance, anIndexMadeLaterHoldsWhatWasThere)
 TEST_P(DriverConformance, recordsAreDeletedOnAWalkByIndex)
 {
     if (!format().indexes)
-        GTEST_SKIP() << "this format keeps no indexes";
+        return expectIndexRefused();
     makeNotes();
     Recordset rs = records();
     for (int i = 0; i < 1000; ++i)
@@ -163,7 +163,7 @@ TEST_P(DriverConformance, recordsAreDeletedOnAWalkByIndex)
 TEST_P(DriverConformance, aKeyThatChangesMovesInTheOrder)
 {
     if (!format().indexes)
-        GTEST_SKIP() << "this format keeps no indexes";
+        return expectIndexRefused();
     makeNotes();
     Recordset rs = records();
     for (const int id : {1, 2, 3})

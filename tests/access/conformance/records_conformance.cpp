@@ -11,7 +11,7 @@ using ::testing::ElementsAre;
 TEST_P(DriverConformance, recordsAreAddedChangedAndDeleted)
 {
     if (!format().deletes)
-        GTEST_SKIP() << "this format deletes no records";
+        return expectDeleteRefused();
     makeNotes();
     {
         Recordset rs = records();
@@ -49,7 +49,7 @@ TEST_P(DriverConformance, anEmptyTableHasNoRecord)
 TEST_P(DriverConformance, walkingBackMeetsTheSameRecords)
 {
     if (!format().deletes)
-        GTEST_SKIP() << "this format deletes no records";
+        return expectDeleteRefused();
     makeNotes();
     Recordset rs = records();
     for (int i = 0; i < 700; ++i)
@@ -126,7 +126,7 @@ TEST_P(DriverConformance, aCursorSeesTheRowsOfAnotherWriter)
 TEST_P(DriverConformance, recordsThatGrowKeepTheirPlaceAndTheirBookmarks)
 {
     if (!format().edits)
-        GTEST_SKIP() << "this format changes no records";
+        return expectEditRefused();
     makeNotes();
     Recordset rs = records();
     for (int i = 0; i < 300; ++i)
@@ -151,7 +151,7 @@ TEST_P(DriverConformance, recordsThatGrowKeepTheirPlaceAndTheirBookmarks)
 TEST_P(DriverConformance, aTableEmptiedTakesNewRecords)
 {
     if (!format().deletes)
-        GTEST_SKIP() << "this format deletes no records";
+        return expectDeleteRefused();
     makeNotes();
     Recordset rs = records();
     for (int i = 0; i < 200; ++i)
@@ -199,7 +199,7 @@ TEST_P(DriverConformance, aReadOnlyDatabaseRefusesToWrite)
 TEST_P(DriverConformance, randomWorkEndsAsTheSameWorkOnAMap)
 {
     if (!format().edits)
-        GTEST_SKIP() << "this format changes no records";
+        return expectEditRefused();
     makeNotes();
     std::mt19937 random(11);
     std::map<int, std::pair<std::string, std::string>> expected;
