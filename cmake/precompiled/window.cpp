@@ -1,0 +1,2 @@
+// Carries the precompiled headers of its kind: see cmake/Precompiled.cmake.
+int main() {}
