@@ -9,15 +9,6 @@ namespace {
 
 constexpr auto kNothingOpen = static_cast<RunErrorNumber>(91);
 
-/// Past an end the record there is the current one.
-void stayInside(Recordset& records)
-{
-    if (records.Eof() && !records.Bof())
-        records.MoveLast();
-    else if (records.Bof() && !records.Eof())
-        records.MoveFirst();
-}
-
 }  // namespace
 
 DataControl::~DataControl()
@@ -38,6 +29,15 @@ void DataControl::commit()
 {
     if (database_)
         database_->commit();
+}
+
+/// Past an end, where that is not to be passed, the record there is the current one.
+void DataControl::stayInside(velnor::Recordset& records) const
+{
+    if (records.Eof() && !records.Bof() && EOFAction == EndAction::Stay)
+        records.MoveLast();
+    else if (records.Bof() && !records.Eof() && BOFAction == EndAction::Stay)
+        records.MoveFirst();
 }
 
 Recordset DataControl::open()
@@ -157,7 +157,7 @@ void DataControl::MoveNext()
 {
     if (Recordset().Eof())
         return;
-    act(DataAction::MoveNext, [](auto& records) {
+    act(DataAction::MoveNext, [this](auto& records) {
         records.MoveNext();
         stayInside(records);
     });
@@ -167,7 +167,7 @@ void DataControl::MovePrevious()
 {
     if (Recordset().Bof())
         return;
-    act(DataAction::MovePrevious, [](auto& records) {
+    act(DataAction::MovePrevious, [this](auto& records) {
         records.MovePrevious();
         stayInside(records);
     });
@@ -175,7 +175,7 @@ void DataControl::MovePrevious()
 
 void DataControl::Move(std::int64_t rows)
 {
-    act(DataAction::Find, [rows](auto& records) {
+    act(DataAction::Find, [this, rows](auto& records) {
         records.Move(rows);
         stayInside(records);
     });

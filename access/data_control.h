@@ -42,6 +42,12 @@ enum class DataAction {
     Unload = 11,
 };
 
+/// What a step past an end of the records does.
+enum class EndAction {
+    Stay,  ///< the record at that end is the current one
+    Pass,  ///< there is no current record, and Reposition tells it
+};
+
 /// A field of a window that shows a field of the record.
 class DataBinding {
 public:
@@ -69,6 +75,8 @@ public:
     bool ReadOnly = false;
     RecordsetType Type = RecordsetType::Dynaset;
     std::string Caption;
+    EndAction BOFAction = EndAction::Stay;
+    EndAction EOFAction = EndAction::Stay;
 
     /// After another record has become the current one.
     std::function<void()> onReposition;
@@ -95,12 +103,12 @@ public:
     bool anyChanged() const;
     bool adding() const { return adding_; }
 
-    // With events. The moves stop at the first and the last record.
+    // With events. What the moves do at the ends is up to BOFAction and EOFAction.
     void MoveFirst();
     void MovePrevious();
     void MoveNext();
     void MoveLast();
-    /// Relative to the current record; stays on the first or last one where it would pass it.
+    /// Relative to the current record.
     void Move(std::int64_t rows);
     /// Orders the records by an index, and stands on the first one. 3015 when there is no such
     /// index.
@@ -118,6 +126,7 @@ public:
 
 private:
     velnor::Recordset open();
+    void stayInside(velnor::Recordset& records) const;
     void act(DataAction action, const std::function<void(velnor::Recordset&)>& step);
     bool validate(DataAction action, bool& save);
     void save();

@@ -40,10 +40,7 @@ BoundField::BoundField(QWidget* box, int position, const FieldDef& field)
 
 void BoundField::noteChange()
 {
-    if (showing_)
-        return;
-    changed_ = true;
-    emit edited();
+    changed_ = changed_ || !showing_;
 }
 
 QString BoundField::text() const
@@ -68,7 +65,12 @@ void BoundField::setText(const QString& text)
     changed_ = false;
 }
 
-void BoundField::show(ValueView value)
+void BoundField::show(const Recordset& records)
+{
+    showValue(records.value(position_));
+}
+
+void BoundField::showValue(ValueView value)
 {
     auto* check = qobject_cast<QCheckBox*>(box_.data());
     if (!check)
@@ -90,7 +92,7 @@ void BoundField::clear()
     setText({});
 }
 
-void BoundField::writeTo(Recordset& records) const
+void BoundField::save(Recordset& records)
 {
     if (const auto* check = qobject_cast<QCheckBox*>(box_.data())) {
         const bool none = check->checkState() == Qt::PartiallyChecked;

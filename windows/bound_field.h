@@ -1,5 +1,5 @@
-// windows/bound_field.h - a control that shows one field of the record in hand and takes what is
-// typed into it.
+// windows/bound_field.h - a control bound to one field of a Data control: it shows the field of the
+// record in hand and takes what is typed into it.
 //
 // Only what people changed is written: a record that was looked at stays as it is, byte for byte.
 // An emptied box writes Null.
@@ -8,13 +8,13 @@
 #include <QObject>
 #include <QPointer>
 
-#include "access/engine.h"
+#include "windows/data_control.h"
 
 class QWidget;
 
 namespace velnor {
 
-class BoundField : public QObject {
+class BoundField : public QObject, public DataBinding {
     Q_OBJECT
 public:
     /// `box` is a QLineEdit, a QPlainTextEdit or a QCheckBox; `position` that of the field in the
@@ -22,24 +22,20 @@ public:
     BoundField(QWidget* box, int position, const FieldDef& field);
 
     QWidget* box() const { return box_; }
-    int position() const { return position_; }
-    /// Changed by people since it was shown or written.
-    bool changed() const { return changed_; }
-    void forgetChange() { changed_ = false; }
     /// The text of a line or memo; empty of a check box.
     QString text() const;
-
-    void show(ValueView value);
-    void clear();
-    /// Puts the text into the edit buffer; throws what the engine says to it.
-    void writeTo(Recordset& records) const;
     void setWritable(bool writable);
 
-signals:
-    void edited();
+    /// Changed by people since it was shown.
+    bool changed() const override { return changed_; }
+    /// Throws what the engine says to the text.
+    void save(Recordset& records) override;
+    void show(const Recordset& records) override;
+    void clear() override;
 
 private:
     void noteChange();
+    void showValue(ValueView value);
     void setText(const QString& text);
 
     QPointer<QWidget> box_;

@@ -37,6 +37,8 @@ ChildFrm3::ChildFrm3(MDIForm1& shell) : DocumentChild(shell), Data1(workspace())
         if (!loading_)
             Data1_Reposition();
     };
+    Data1.onValidate = [this](DataAction& action, bool& save) { Data1_Validate(action, save); };
+    setMode(u'E');
     buildControls();
 }
 
@@ -48,7 +50,6 @@ void ChildFrm3::Form_Load()
     shell_.CHILD_LEFT += kCascadeLeft;
     shell_.CHILD_TOP += kCascadeTop;
     FILE_USE = globals().SELECTED_FILE;
-    EntryMode = u'E';
     connect_ = SetDatabaseType(FILE_USE);
     folder_ = fromUtf8(paths::folder(FILE_USE.toStdString()));
     fileName_ = fromUtf8(paths::fileName(FILE_USE.toStdString()));
@@ -62,6 +63,8 @@ void ChildFrm3::Form_Load()
 
 void ChildFrm3::openTable()
 {
+    clearEntryFields();
+    setMode(u'E');
     setSource();
     if (closing_)
         return;
@@ -125,7 +128,6 @@ void ChildFrm3::openRecords()
         });
     }
     loading_ = false;
-    adding_ = editing_ = false;
     if (!opened)
         throw EngineError(static_cast<EngineErrorNumber>(opened.number),
                           opened.description.toStdString());
@@ -179,9 +181,9 @@ void ChildFrm3::Form_Activate()
 
 bool ChildFrm3::mayClose()
 {
-    if (closing_ || !Data1.isOpen() || !anyChanged())
+    if (closing_ || !Data1.isOpen() || !Data1.anyChanged())
         return true;
-    const Outcome written = attempt([this] { writeChanges(); });
+    const Outcome written = attempt([this] { saveWithoutMoving(); });
     if (!written)
         tellRefused(written.description + u" "_s + tr("Escape takes the changes back."));
     return bool(written);
@@ -196,11 +198,9 @@ void ChildFrm3::showTable(const QString& name)
         return;
     }
     const WaitPointer wait;
-    attempt([this] { dropChanges(); });
     auto& G = globals();
     G.RECORD_SOURCE = name;
     G.DATABASE_PASSWORD = password_;
-    EntryMode = u'E';
     const Outcome opened = attempt([this] { openTable(); });
     nameWindow();
     if (!opened)
@@ -233,14 +233,9 @@ void ChildFrm3::releaseFile()
 {
     if (!mayClose())
         return;
-    attempt([this] { dropChanges(); });
     clearEntryFields();
-    Data1.Connect = "Text";
-    Data1.DatabaseName = globals().APP_PATH.toStdString();
-    Data1.RecordSource = "Close.Txt";
-    loading_ = true;
-    attempt([this] { Data1.Refresh(); });  // whatever comes of it, the file is free
-    loading_ = false;
+    // Whatever comes of it, the file is free.
+    attempt([this] { attachTo(globals().APP_PATH, u"Close.Txt"_s, u"Text"_s); });
 }
 
 bool ChildFrm3::eventFilter(QObject* watched, QEvent* event)
@@ -249,13 +244,7 @@ bool ChildFrm3::eventFilter(QObject* watched, QEvent* event)
         pane->reveal(*qobject_cast<QWidget*>(watched));
     if (event->type() == QEvent::KeyPress &&
         static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape && Data1.isOpen()) {
-        const bool wasNew = adding_;
-        attempt([this] { dropChanges(); });
-        if (wasNew) {
-            --RecordTotal;
-            EntryMode = u'E';
-        }
-        standOnRecord();
+        takeBack();
         return true;
     }
     return DocumentChild::eventFilter(watched, event);

@@ -1,9 +1,9 @@
 // windows/childfrm3.h - the data entry window: one record of a table at a time, a control for each
 // field.
 //
-// Every record is open for editing as soon as it is shown, and moving away saves what was changed.
-// A new record is saved by SaveRecord, or when the window closes; moving away drops it: required.
-// What the engine refuses stays in the boxes, to be mended.
+// The boxes are bound to Data1. Every record is open for editing as soon as it is shown, and moving
+// away saves what was changed. A new record is saved by SaveRecord, or when the window closes;
+// moving away drops it: required. What the engine refuses stays in the boxes, to be mended.
 #pragma once
 
 #include <QList>
@@ -78,18 +78,19 @@ private:
     void setSource();
     void openRecords();
     void startRecords();
+    void setMode(QChar mode);
+    void attachTo(const QString& folder, const QString& source, const QString& connect);
     void runTool(const QString& tool);
-    void moveAway(void (velnor::Recordset::*step)());
-    void standOnRecord();
-    bool anyChanged() const;
-    void beginEdit();
-    void writeChanges();
-    void dropChanges();
-    void showRecord();
+    void Data1_Validate(DataAction& action, bool& save);
+    void saveWithoutMoving();
+    void tellOthers();
+    void backToTheEnd(bool last);
+    void openForEditing();
     void showPosition();
+    void takeBack();
+    QString firstText() const;
     void tellRefused(const QString& description);
     void tellOpening(int number, const QString& description);
-    void tellNoRecords();
     void nameWindow();
 
     QString connect_, folder_, fileName_, table_, password_;
@@ -97,9 +98,8 @@ private:
     QList<BoundField*> bound_;
     bool opened_ = false;   // counted in DATABASE_COUNT
     bool closing_ = false;  // the file could not be opened
-    bool adding_ = false;   // a new record is in the edit buffer
-    bool editing_ = false;  // the record in hand is
-    bool loading_ = false;  // the window opens: nobody has moved yet
+    bool loading_ = false;  // Data1 opens: nobody has moved yet
+    bool saved_ = false;    // records were changed that other windows may show
     bool writable_ = true;
     bool firstActivated_ = false;
 };

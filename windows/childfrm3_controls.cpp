@@ -90,6 +90,8 @@ void ChildFrm3::buildTools()
 
 void ChildFrm3::clearEntryFields()
 {
+    for (BoundField* field : bound_)
+        Data1.unbind(*field);
     qDeleteAll(bound_);
     bound_.clear();
     for (QWidget* box : Text1)
@@ -119,7 +121,8 @@ void ChildFrm3::BuildEntryFields()
         grid->setRowStretch(grid->rowCount(), 1);
         if (!bound_.isEmpty())
             setFocusProxy(bound_.first()->box());
-        showRecord();
+        for (BoundField* field : bound_)
+            field->show(Data1.Recordset());
     });
     for (BoundField* field : bound_)
         field->setWritable(writable_);
@@ -186,6 +189,7 @@ void ChildFrm3::addEntryRow(int number, int position, const FieldDef& field)
     box->installEventFilter(this);
     grid->addWidget(box, number, 1, look.kind == EntryKind::Memo ? Qt::Alignment() : Qt::AlignLeft);
     bound_ << new BoundField(box, position, field);
+    Data1.bind(*bound_.last());
 }
 
 void ChildFrm3::applyOptions()

@@ -1,9 +1,6 @@
-// The records of the data entry window: editing, saving, moving, and the tools that do it.
-#include <algorithm>
-
+// The records of the data entry window: what happens around Data1's moves, and the tools.
 #include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
+#include <QScopedValueRollback>
 #include <QStatusBar>
 
 #include "access/schema.h"
@@ -37,90 +34,82 @@ QString dataError(int number, const QString& description)
 
 }  // namespace
 
-bool ChildFrm3::anyChanged() const
+void ChildFrm3::setMode(QChar mode)
 {
-    return std::any_of(bound_.begin(), bound_.end(), [](const auto* b) { return b->changed(); });
+    EntryMode = mode;
+    // What lies past the ends is Data1_Reposition's business, which a new record is not.
+    Data1.BOFAction = Data1.EOFAction = mode == u'A' ? EndAction::Stay : EndAction::Pass;
 }
 
-void ChildFrm3::beginEdit()
+void ChildFrm3::Data1_Validate(DataAction& action, bool& save)
 {
-    if (adding_ || editing_)
-        return;
-    Data1.Recordset().Edit();
-    editing_ = true;
+    const bool moves = action >= DataAction::MoveFirst && action <= DataAction::MoveLast;
+    if (moves && Data1.adding())
+        save = false;  // only SaveRecord keeps a new record: required
+    saved_ = saved_ || save || action == DataAction::Update || action == DataAction::Delete;
 }
 
-/// Writes what was changed. When the engine refuses, the texts stay in their boxes and the record
-/// stays open.
-void ChildFrm3::writeChanges()
+void ChildFrm3::tellOthers()
 {
-    beginEdit();
-    auto& records = Data1.Recordset();
-    for (const BoundField* field : bound_)
-        if (field->changed())
-            field->writeTo(records);
-    records.Update();
-    const bool added = adding_;
-    adding_ = editing_ = false;
-    for (BoundField* field : bound_)
-        field->forgetChange();
-    Data1.commit();
-    if (added)
-        records.moveToBookmark(records.lastModified());
-    shell_.recordsChanged(*this);
+    if (std::exchange(saved_, false))
+        shell_.recordsChanged(*this);
 }
 
-void ChildFrm3::dropChanges()
+/// What was typed is safe in the file, and the record stays the one in hand.
+void ChildFrm3::saveWithoutMoving()
 {
-    if (adding_ || editing_)
-        Data1.Recordset().CancelUpdate();
-    adding_ = editing_ = false;
-}
-
-void ChildFrm3::showRecord()
-{
-    auto& records = Data1.Recordset();
-    for (BoundField* field : bound_)
-        field->show(records.value(field->position()));
-    pane->Frame1->setEnabled(true);
+    const bool wasNew = Data1.adding();
+    Data1.UpdateRecord();
+    if (wasNew)
+        setMode(u'E');
+    saved_ = true;
+    tellOthers();
 }
 
 void ChildFrm3::showPosition()
 {
     ID_DataPosition->setText(
-        adding_
+        Data1.adding()
             ? tr("New record")
             : u"Record %Position: "_s +
                   QString::number(static_cast<float>(Data1.Recordset().PercentPosition()), 'g', 7));
 }
 
-void ChildFrm3::tellNoRecords()
+void ChildFrm3::openForEditing()
 {
-    prompt().tell(this, kNoneLeft);
+    if (writable_)
+        Data1.Recordset().Edit();
+}
+
+void ChildFrm3::backToTheEnd(bool last)
+{
+    auto& records = Data1.Recordset();
+    last ? records.MoveLast() : records.MoveFirst();
+    Data1.UpdateControls();
 }
 
 /// Opens the record for editing and says where it stands; the ends of the table are not passed.
 void ChildFrm3::Data1_Reposition()
 {
-    if (EntryMode == u'A')
-        return;
-    editing_ = false;
     auto& records = Data1.Recordset();
     const Outcome done = attempt([&] {
+        if (EntryMode == u'A')
+            return showPosition();
         const bool eof = records.Eof();
         const bool bof = records.Bof();
         ToolBarComp1->enable(u"ID_NextRecord"_s, !eof);
         ToolBarComp1->enable(u"ID_PreviousRecord"_s, !bof);
         if ((eof || bof) && RecordTotal <= 0)
-            return tellNoRecords();
-        if (eof)
-            records.MoveLast();
-        else if (bof)
-            records.MoveFirst();
+            return prompt().tell(this, kNoneLeft);
+        if (eof || bof)
+            backToTheEnd(eof);
         showPosition();
-        if (writable_)
-            beginEdit();
+        openForEditing();
     });
+    const bool onRecord = Data1.adding() || (!records.Eof() && !records.Bof());
+    pane->Frame1->setEnabled(onRecord);
+    if (!onRecord)
+        ID_DataPosition->clear();
     if (done || done.number == kClosedSource || done.number == kNoCurrentRecord)
         return;
     if (done.number == kReadOnly) {  // said once; from then on it is only looked at
@@ -138,64 +127,27 @@ void ChildFrm3::Data1_Error(int number, const QString& description)
         return;
     }
     attempt([this] {
-        auto& records = Data1.Recordset();
-        if (!records.Eof() || !records.Bof()) {
-            records.MoveFirst();
-            standOnRecord();
-        }
+        if (Data1.Recordset().Eof() && Data1.Recordset().Bof())
+            return;
+        backToTheEnd(false);
+        Data1_Reposition();
     });
-}
-
-/// Shows the record that a move has come to.
-void ChildFrm3::standOnRecord()
-{
-    editing_ = false;
-    if (EntryMode == u'A')
-        attempt([this] {
-            auto& records = Data1.Recordset();
-            if (records.Eof())
-                records.MoveLast();
-            else if (records.Bof())
-                records.MoveFirst();
-            showPosition();
-        });
-    Data1_Reposition();
-    const Outcome shown = attempt([this] { showRecord(); });
-    if (shown)
-        return;
-    for (BoundField* field : bound_)
-        field->clear();
-    pane->Frame1->setEnabled(false);
-    ID_DataPosition->clear();
-}
-
-void ChildFrm3::moveAway(void (velnor::Recordset::*step)())
-{
-    if (!adding_ && anyChanged())
-        writeChanges();
-    dropChanges();
-    (Data1.Recordset().*step)();
-    standOnRecord();
 }
 
 // The tools.
 
 void ChildFrm3::AddRecord()
 {
-    if (anyChanged())
-        writeChanges();
-    dropChanges();
     const QChar before = EntryMode;
-    EntryMode = u'A';
-    const Outcome begun = attempt([this] { Data1.Recordset().AddNew(); });
+    setMode(u'A');
+    const Outcome begun = attempt([this] { Data1.AddNew(); });
     if (!begun) {
-        EntryMode = before;
+        setMode(before);
         throw EngineError(static_cast<EngineErrorNumber>(begun.number),
                           begun.description.toStdString());
     }
-    adding_ = true;
     ++RecordTotal;
-    showRecord();
+    pane->Frame1->setEnabled(true);
     showPosition();
     if (!Text1.isEmpty() && Text1.first()->isEnabled())
         Text1.first()->setFocus();
@@ -203,36 +155,54 @@ void ChildFrm3::AddRecord()
 
 void ChildFrm3::SaveRecord()
 {
-    writeChanges();
-    EntryMode = u'E';
-    standOnRecord();
+    if (!Data1.adding())
+        Data1.Recordset().Edit();  // there may be no record to save
+    Data1.Update();
+    setMode(u'E');
+    Data1_Reposition();
     shell_.statusBar()->showMessage(tr("Record saved."), 4000);
+}
+
+QString ChildFrm3::firstText() const
+{
+    for (const BoundField* field : bound_)
+        if (!Text1.isEmpty() && field->box() == Text1.first())
+            return field->text();
+    return {};
 }
 
 void ChildFrm3::DeleteRecord()
 {
-    const QString shown = bound_.isEmpty() || Text1.isEmpty() ? QString() : [this] {
-        for (const BoundField* field : bound_)
-            if (field->box() == Text1.first())
-                return field->text();
-        return QString();
-    }();
-    if (!prompt().ask(this, u"Are you sure you want to Delete Record - "_s + shown + u" ?"_s))
+    if (!prompt().ask(this, u"Are you sure you want to Delete Record - "_s + firstText() + u" ?"_s))
         return;
-    const bool wasNew = adding_;
-    dropChanges();
-    auto& records = Data1.Recordset();
-    if (!wasNew) {
-        records.Delete();
-        Data1.commit();
-    }
+    const bool wasNew = Data1.adding();
+    Data1.Delete();
     --RecordTotal;
-    EntryMode = u'E';
-    if (!wasNew)
-        attempt([&] { records.MovePrevious(); });  // nothing in front: the ends are seen to
-    standOnRecord();
-    if (!wasNew)
-        shell_.recordsChanged(*this);
+    setMode(u'E');
+    // A new record was not there yet: the one behind it shows again.
+    if (wasNew || !attempt([this] { Data1.MovePrevious(); }))
+        Data1_Reposition();
+}
+
+/// The record shows as the file has it; a new one is given up.
+void ChildFrm3::takeBack()
+{
+    const bool wasNew = Data1.adding();
+    attempt([this] { Data1.UpdateControls(); });
+    if (wasNew) {
+        --RecordTotal;
+        setMode(u'E');
+    }
+    Data1_Reposition();
+}
+
+void ChildFrm3::attachTo(const QString& folder, const QString& source, const QString& connect)
+{
+    Data1.DatabaseName = folder.toStdString();
+    Data1.RecordSource = source.toStdString();
+    Data1.Connect = connect.toStdString();
+    const QScopedValueRollback opening(loading_, true);
+    Data1.Refresh();
 }
 
 /// A Paradox table is locked while a control is attached to it, so that other programs' records
@@ -241,33 +211,26 @@ void ChildFrm3::RefreshEntry()
 {
     if (connect_ != u"Paradox 5.x;")
         return;
-    if (!adding_ && anyChanged())
-        writeChanges();
-    dropChanges();
-    const auto attach = [this](const QString& folder, const QString& source, const QString& word) {
-        Data1.DatabaseName = folder.toStdString();
-        Data1.RecordSource = source.toStdString();
-        Data1.Connect = word.toStdString();
-        loading_ = true;
-        const Outcome done = attempt([this] { Data1.Refresh(); });
-        loading_ = false;
-        return done;
-    };
-    attach(globals().APP_PATH, u"Velnor.Txt"_s, u"Text;"_s);  // whatever comes of it
+    if (!Data1.adding() && Data1.anyChanged())
+        saveWithoutMoving();
+    for (BoundField* field : bound_)
+        Data1.unbind(*field);
+    attempt([this] { attachTo(globals().APP_PATH, u"Velnor.Txt"_s, u"Text;"_s); });
     LoadTableStructure(folder_, connect_, fileName_);
     Data1.Type = RecordsetType::Table;
-    EntryMode = u'E';
-    if (const Outcome back = attach(folder_, fileName_, connect_); !back)
+    setMode(u'E');
+    const Outcome back = attempt([this] { attachTo(folder_, fileName_, connect_); });
+    if (!back)
         return Data1_Error(back.number, back.description);
     RecordTotal = static_cast<qint32>(Data1.Recordset().RecordCount());
-    Data1_Reposition();
     BuildEntryFields();
+    if (!closing_)
+        Data1_Reposition();
 }
 
 void ChildFrm3::runTool(const QString& tool)
 {
     auto& records = Data1.Recordset();
-    using R = velnor::Recordset;
     if (tool == u"ID_AddRecord")
         AddRecord();
     else if (tool == u"ID_SaveRecord")
@@ -275,13 +238,13 @@ void ChildFrm3::runTool(const QString& tool)
     else if (tool == u"ID_DeleteRecord")
         DeleteRecord();
     else if (tool == u"ID_FirstRecord" && !records.Bof())
-        moveAway(&R::MoveFirst);
+        Data1.MoveFirst();
     else if (tool == u"ID_PreviousRecord" && !records.Bof())
-        moveAway(&R::MovePrevious);
+        Data1.MovePrevious();
     else if (tool == u"ID_NextRecord" && !records.Eof())
-        moveAway(&R::MoveNext);
+        Data1.MoveNext();
     else if (tool == u"ID_LastRecord" && !records.Eof())
-        moveAway(&R::MoveLast);
+        Data1.MoveLast();
     else if (tool == u"ID_Refresh")
         RefreshEntry();
 }
@@ -290,6 +253,7 @@ void ChildFrm3::ToolBarComp1_Click(const QString& tool)
 {
     shell_.statusBar()->clearMessage();
     const Outcome done = attempt([&] { runTool(tool); });
+    tellOthers();
     if (!done)
         tellRefused(done.description);
 }

@@ -3,7 +3,9 @@
 #include <QLabel>
 
 #include "tests/windows/data_entry_case.h"
+#include "windows/childfrm1.h"
 #include "windows/entry_pane.h"
+#include "windows/record_grid.h"
 
 using namespace velnor;
 using namespace velnor::testing;
@@ -284,6 +286,70 @@ private slots:
         type(line(child, 1), "21");
         tool(child, "ID_SaveRecord");
         QCOMPARE(readRows("C:\\data", paradox, "STAFF").last(), (QStringList{"Cleo", "21"}));
+    }
+
+    void noRecordsWhileTheFieldsAreMade_isTold_andTheWindowGoes()
+    {
+        const QString paradox = "Paradox 5.x;";
+        makeKeyedTable(paradox);
+        appendRows("C:\\data", paradox, "STAFF", {{"Ada", 36.0}});
+        ChildFrm3* child = open("C:\\data\\STAFF.DB");
+        {
+            Workspace workspace(fixture_->sandbox.files());
+            Database folder =
+                workspace.OpenDatabase("C:\\data", false, false, paradox.toStdString());
+            Recordset rows = folder.OpenRecordset("STAFF");
+            rows.Delete();
+            rows.Close();
+            folder.Close();
+        }
+        tool(child, "ID_Refresh");
+        QCOMPARE(fixture_->prompt.told,
+                 QStringList{" No Records in File - STAFF.DB - Copy Records into Table or Pack / "
+                             "Compact Table and Add New Records."});
+        QTRY_VERIFY(shell_->children().isEmpty());
+        QCOMPARE(shell_->NUM_CHILDWINDOWS, short(0));
+    }
+
+    void aRefusedMove_keepsTheRecord_andTheNextTrySaves()
+    {
+        makeStaff();
+        ChildFrm3* child = open("C:\\data\\staff.mdb");
+        type(line(child, 0), "Ada L.");
+        type(line(child, 1), "many");
+        tool(child, "ID_NextRecord");
+        QCOMPARE(fixture_->prompt.told, QStringList{kInvalid});
+        QCOMPARE(child->Data1.anyChanged(), true);
+        QCOMPARE(staff()[0], (QStringList{"Ada", "36", "first\r\nsecond", "True"}));
+        type(line(child, 1), "37");
+        tool(child, "ID_NextRecord");
+        QCOMPARE(line(child, 0)->text(), "Ben");
+        QCOMPARE(staff()[0], (QStringList{"Ada L.", "37", "first\r\nsecond", "True"}));
+    }
+
+    void otherWindowsOnTheFile_showWhatWasSaved()
+    {
+        makeStaff();
+        globals().SELECTED_FILE = "C:\\data\\staff.mdb";
+        globals().DATA_ENTRY_FLG = false;
+        globals().TEXT_FILE_FLG = false;
+        shell_->NewWindowFile("C:\\data\\staff.mdb");
+        const auto* browser = qobject_cast<ChildFrm1*>(shell_->activeChild());
+        const QAbstractItemModel& rows = *browser->MSFlexGrid1->model();
+        ChildFrm3* child = open("C:\\data\\staff.mdb");
+        type(line(child, 0), "Ada L.");
+        tool(child, "ID_NextRecord");
+        QCOMPARE(rows.index(0, 0).data().toString(), "Ada L.");
+        tool(child, "ID_AddRecord");
+        type(line(child, 0), "Dan");
+        tool(child, "ID_SaveRecord");
+        QCOMPARE(rows.rowCount(), 4);
+        fixture_->prompt.expectQuestion("Are you sure you want to Delete Record - Dan ?", true);
+        tool(child, "ID_DeleteRecord");
+        QCOMPARE(rows.rowCount(), 3);
+        type(line(child, 1), "21");
+        QVERIFY(child->mayClose());
+        QCOMPARE(rows.index(2, 1).data().toString(), "21");
     }
 
     void errorsOfTheControl_areTold_orGoToTheFirstRecord()

@@ -91,6 +91,24 @@ TEST_F(DataControlCore, movesValidateFirst_andRepositionLast)
                                      "show Boston", "Reposition"));
 }
 
+TEST_F(DataControlCore, movesPassTheEnds_whereTheyAreToldTo)
+{
+    data1.BOFAction = data1.EOFAction = EndAction::Pass;
+    data1.Refresh();
+    data1.MoveLast();
+    taken();
+    data1.MoveNext();
+    EXPECT_TRUE(data1.Recordset().Eof());
+    EXPECT_EQ(city.text, "-");
+    EXPECT_THAT(taken(), ElementsAre("Validate 3", "Reposition"));
+    data1.MoveNext();  // it is there already
+    EXPECT_THAT(taken(), IsEmpty());
+    data1.MoveFirst();
+    data1.MovePrevious();
+    EXPECT_TRUE(data1.Recordset().Bof());
+    EXPECT_EQ(city.text, "-");
+}
+
 TEST_F(DataControlCore, moveSavesWhatWasTyped)
 {
     data1.Refresh();
