@@ -123,8 +123,10 @@ struct FileSet::State {
     FileSystem& files;
     std::string path;
     FileOwner owner;
+    bool undone = true;
     std::vector<std::unique_ptr<PageFile>> pageFiles;  // the main file first
     std::vector<StoredFile*> stored;
+    std::unique_ptr<UndoJournal> journal;  // stands while pages of no commit are on the disk
 
     PageFile& add(std::unique_ptr<PageFile> pageFile, StoredFile& file)
     {
@@ -134,10 +136,13 @@ struct FileSet::State {
     }
     std::vector<StoredFile*> changedFiles() const;
     void commit(const std::vector<StoredFile*>& changed);
-    void writeFiles(const std::vector<StoredFile*>& changed, UndoJournal& journal,
-                    std::vector<StoredFile*>& made);
-    void putBack(UndoJournal& journal, const std::vector<StoredFile*>& made);
+    void openJournal(const std::vector<StoredFile*>& changed);
+    void writeFiles(const std::vector<StoredFile*>& changed, std::vector<StoredFile*>& made);
+    void spill();
+    void keepOld(StoredFile& file);
+    void putBack(const std::vector<StoredFile*>& made);
     void dropChanges();
+    template <class Work> void orDropChanges(Work work);
 };
 
 /// 4. In the order of their rank.
@@ -152,7 +157,7 @@ std::vector<StoredFile*> FileSet::State::changedFiles() const
     return changed;
 }
 
-void FileSet::State::commit(const std::vector<StoredFile*>& changed)
+void FileSet::State::openJournal(const std::vector<StoredFile*>& changed)
 {
     std::vector<FileBefore> before;
     for (const StoredFile* file : changed)
@@ -161,29 +166,41 @@ void FileSet::State::commit(const std::vector<StoredFile*>& changed)
         if (file.missing && files.exists(file.path))
             throw EngineError(EngineErrorNumber::CannotOpen,
                               file.path + " was made by another program");
-
-    UndoJournal journal(files, path, std::move(before));
-    std::vector<StoredFile*> made;
-    bool sealed = false;
-    try {
-        for (std::uint32_t i = 0; i < changed.size(); ++i)
-            changed[i]->saveOld(journal, i);
-        journal.seal();
-        sealed = true;
-        writeFiles(changed, journal, made);
-    } catch (const std::exception&) {
-        if (journal.isCut())
-            owner.broken = true;  // which state a crash would leave is open: either is whole
-        else if (sealed)
-            putBack(journal, made);
-        else
-            journal.remove();
-        throw;
-    }
-    journal.remove();
+    journal = std::make_unique<UndoJournal>(files, path, std::move(before));
 }
 
-void FileSet::State::writeFiles(const std::vector<StoredFile*>& changed, UndoJournal& journal,
+void FileSet::State::commit(const std::vector<StoredFile*>& changed)
+{
+    if (!undone) {
+        stored.front()->writeEarly();
+        stored.front()->cutOff();
+        return;
+    }
+    bool sealed = journal != nullptr;  // 6.
+    if (!sealed)
+        openJournal(changed);
+    std::vector<StoredFile*> made;
+    try {
+        for (std::uint32_t i = 0; i < changed.size(); ++i)
+            changed[i]->saveOld(*journal, i);
+        journal->seal();
+        sealed = true;
+        writeFiles(changed, made);
+    } catch (const std::exception&) {
+        if (journal->isCut())
+            owner.broken = true;  // which state a crash would leave is open: either is whole
+        else if (sealed)
+            putBack(made);
+        else
+            journal->remove();
+        journal.reset();
+        throw;
+    }
+    journal->remove();
+    journal.reset();
+}
+
+void FileSet::State::writeFiles(const std::vector<StoredFile*>& changed,
                                 std::vector<StoredFile*>& made)
 {
     for (StoredFile* file : changed) {
@@ -199,15 +216,43 @@ void FileSet::State::writeFiles(const std::vector<StoredFile*>& changed, UndoJou
         file->cutOff();
     if (!made.empty())
         files.syncFolder(paths::folder(path));
-    journal.cut();
+    journal->cut();
+}
+
+/// 6. What was written is in the journal's keeping before the pages are.
+void FileSet::State::spill()
+{
+    StoredFile& file = *stored.front();
+    if (stored.size() > 1 || !file.changed() || !file.mayWriteEarly())
+        return;
+    if (undone)
+        keepOld(file);
+    file.writeEarly();
+}
+
+void FileSet::State::keepOld(StoredFile& file)
+{
+    const bool first = !journal;
+    if (first)
+        openJournal({&file});
+    try {
+        file.saveOld(*journal, 0);
+        journal->seal();
+    } catch (const std::exception&) {
+        if (first) {  // nothing was written on its word yet
+            journal->remove();
+            journal.reset();
+        }
+        throw;
+    }
 }
 
 /// 5. If the disk refuses even that, the journal stays for the next opening.
-void FileSet::State::putBack(UndoJournal& journal, const std::vector<StoredFile*>& made)
+void FileSet::State::putBack(const std::vector<StoredFile*>& made)
 {
     try {
-        journal.undo();
-        journal.remove();
+        journal->undo();
+        journal->remove();
     } catch (const std::exception&) {
         owner.broken = true;
     }
@@ -218,13 +263,33 @@ void FileSet::State::putBack(UndoJournal& journal, const std::vector<StoredFile*
 void FileSet::State::dropChanges()
 {
     ++owner.generation;
+    if (journal)
+        putBack({});
+    journal.reset();
+    if (!undone && stored.front()->wroteEarly())
+        owner.broken = true;
     for (StoredFile* file : stored)
         file->rollback();
 }
 
+template <class Work> void FileSet::State::orDropChanges(Work work)
+{
+    try {
+        work();
+    } catch (const RunError& error) {
+        dropChanges();
+        throw EngineError(error.code() == RunErrorNumber::DiskFull ? EngineErrorNumber::DiskFull
+                                                                   : EngineErrorNumber::CannotOpen,
+                          path + " could not be written: " + error.what());
+    } catch (const std::exception&) {
+        dropChanges();
+        throw;
+    }
+}
+
 FileSet::FileSet(FileSystem& files, std::string_view mainPath, const PageFileOptions& options,
                  bool readOnly)
-    : state_(new State{files, std::string(mainPath), {0, readOnly, false}, {}, {}})
+    : state_(new State{files, std::string(mainPath), {0, readOnly, false}, options.undone, {}, {}, {}})
 {
     auto state = std::make_unique<PageFile::State>(state_->owner, state_->path, options,
                                                    openMain(files, mainPath, readOnly));
@@ -232,7 +297,11 @@ FileSet::FileSet(FileSystem& files, std::string_view mainPath, const PageFileOpt
     state_->add(std::unique_ptr<PageFile>(new PageFile(std::move(state))), file);
 }
 
-FileSet::~FileSet() = default;
+FileSet::~FileSet()
+{
+    if (state_->journal)
+        state_->putBack({});
+}
 
 PageFile& FileSet::main()
 {
@@ -245,6 +314,9 @@ PageFile& FileSet::companion(std::string_view path, const PageFileOptions& optio
     if (!paths::sameName(paths::folder(path), paths::folder(set.path)))
         throw EngineError(EngineErrorNumber::InvalidArgument,
                           std::string(path) + " is not in the folder of " + set.path);
+    if (set.journal)
+        throw EngineError(EngineErrorNumber::InvalidArgument,
+                          std::string(path) + " comes to a set whose pages were written early");
     const auto known = std::find_if(set.stored.begin(), set.stored.end(), [&](StoredFile* file) {
         return paths::sameName(file->path(), path);
     });
@@ -278,19 +350,14 @@ void FileSet::commit()
     const std::vector<StoredFile*> changed = state_->changedFiles();
     if (changed.empty())
         return;
-    try {
-        state_->commit(changed);
-    } catch (const RunError& error) {
-        state_->dropChanges();
-        throw EngineError(error.code() == RunErrorNumber::DiskFull ? EngineErrorNumber::DiskFull
-                                                                   : EngineErrorNumber::CannotOpen,
-                          state_->path + " could not be written: " + error.what());
-    } catch (const std::exception&) {
-        state_->dropChanges();
-        throw;
-    }
+    state_->orDropChanges([&] { state_->commit(changed); });
     for (StoredFile* file : changed)
         file->changesAreSaved();
+}
+
+void FileSet::spill()
+{
+    state_->orDropChanges([&] { state_->spill(); });
 }
 
 void FileSet::rollback()

@@ -17,6 +17,8 @@
 //    between finds no count ahead of its data. Files that become shorter are cut after all that.
 // 5. An error is not a crash: when commit() fails, the files are put back to the last commit at
 // once.
+// 6. Pages may be written before the commit (spill()), by rule 1: the journal then stands, and grows,
+// until the commit or the rollback.
 #pragma once
 
 #include <cstdint>
@@ -72,6 +74,9 @@ struct PageFileOptions {
         4u << 20;                      ///< clean pages kept; changed pages come on top until commit
     int rank = 1;                      ///< place among the files of the set at commit
     const PageCodec* codec = nullptr;  ///< must outlive the file
+    /// Of a main file that counts for nothing until it is whole and gets its name: without this it
+    /// is written without journal and without sync, and is of no use after a failure.
+    bool undone = true;
     std::function<int(std::uint32_t page, const std::uint8_t* bytes)> writeRank;
 };
 
@@ -131,6 +136,10 @@ public:
     /// 3026 when the disk is full, 3051 for other failures: the files and their pages are then back
     /// at the last commit, and the set can be used on.
     void commit();
+    /// Takes changed pages out of memory before the commit, so that a long change needs no more of
+    /// it than a short one (6). They are dropped by a failure, a rollback or a crash as all others.
+    /// Only of a set of one file; where it cannot be done they stay in memory. Fails as commit().
+    void spill();
     /// Drops every change since the last commit. A PageRef held over it shows the old bytes.
     void rollback();
     std::size_t pendingBytes() const;

@@ -24,7 +24,7 @@ StoredFile::StoredFile(FileOwner& owner, std::string path, const PageFileOptions
                        std::unique_ptr<File> file)
     : owner_(owner), path_(std::move(path)), options_(options), file_(std::move(file)),
       pageSize_(std::max(options.pageSize, 1u)), shift_(shiftOf(pageSize_)), toBeMade_(!file_),
-      saved_(file_ ? file_->size() : 0), valid_(saved_), size_(saved_),
+      saved_(file_ ? file_->size() : 0), disk_(saved_), valid_(saved_), size_(saved_),
       cache_(pageSize_, options.cacheBytes)
 {
     needPages(size_);
@@ -209,9 +209,9 @@ void StoredFile::resize(std::uint64_t bytes)
 /// bytes of the disk, or encoded pages, are in the way, the pages become changed ones.
 void StoredFile::grow(std::uint64_t bytes)
 {
-    const std::uint64_t stale = options_.codec ? bytes : std::min(bytes, saved_);
+    const std::uint64_t stale = options_.codec ? bytes : std::min(bytes, disk_);
     const std::uint64_t from = size_;
-    if (options_.codec || valid_ < saved_) {
+    if (options_.codec || valid_ < disk_) {
         auto number = static_cast<std::uint32_t>(pageOf(from));
         for (; startOf(number) < stale; ++number)
             cache_.markChanged(pageToOverwrite(number, false));
@@ -300,33 +300,62 @@ void StoredFile::saveOld(UndoJournal& journal, std::uint32_t number)
 {
     if (saved_ == 0)
         return;
-    std::vector<PageSlot*> slots = cache_.changed();
+    std::vector<PageSlot*> slots;
+    for (PageSlot* slot : cache_.changed())
+        if (startOf(slot->number) < saved_ && !kept(slot->number))
+            slots.push_back(slot);
     std::sort(slots.begin(), slots.end(),
               [](const PageSlot* a, const PageSlot* b) { return a->number < b->number; });
     forEachRun(slots, pageSize_, [&](std::span<PageSlot* const> run) {
         const std::uint64_t from = startOf(run.front()->number);
         const std::uint64_t to = std::min(saved_, from + run.size() * pageSize_);
-        if (from < to)
-            journal.save(number, *file_, from, to - from);
+        journal.save(number, *file_, from, to - from);
     });
-    for (std::uint64_t from = size_; from < saved_; from += kLongestRun)
-        journal.save(number, *file_, from, std::min<std::uint64_t>(kLongestRun, saved_ - from));
+    if (kept_.empty()) {
+        for (std::uint64_t from = size_; from < saved_; from += kLongestRun)
+            journal.save(number, *file_, from, std::min<std::uint64_t>(kLongestRun, saved_ - from));
+    } else {
+        for (std::uint64_t from = size_; from < saved_;) {
+            const auto page = static_cast<std::uint32_t>(pageOf(from));
+            const std::uint64_t to = std::min(saved_, startOf(page) + pageSize_);
+            if (!kept(page))
+                journal.save(number, *file_, from, to - from);
+            from = to;
+        }
+    }
+    kept_.resize(static_cast<std::size_t>(pageOf(saved_ + pageSize_ - 1)));
+    for (const PageSlot* slot : slots)
+        kept_[slot->number] = true;
 }
 
 void StoredFile::write()
 {
+    writePages();
+    file_->sync();
+}
+
+void StoredFile::writeEarly()
+{
+    early_ = true;
+    writePages();
+    cache_.changesAreSaved();
+    disk_ = std::max(disk_, size_);
+    valid_ = size_;
+}
+
+void StoredFile::writePages()
+{
     const std::vector<PageSlot*> slots = inWriteOrder();
     std::vector<std::uint8_t> buffer;
-    const PageSlot* last = size_ > saved_ ? cache_.find(pageCount() - 1) : nullptr;
-    if (size_ > saved_ && !(last && last->changed))
+    const PageSlot* last = size_ > disk_ ? cache_.find(pageCount() - 1) : nullptr;
+    if (size_ > disk_ && !(last && last->changed))
         file_->resize(size_);  // ends in zeros that no page holds
     forEachRun(slots, pageSize_, [&](std::span<PageSlot* const> run) { writeRun(run, buffer); });
-    file_->sync();
 }
 
 void StoredFile::cutOff()
 {
-    if (size_ >= saved_)
+    if (size_ >= disk_)
         return;
     file_->resize(size_);
     file_->sync();
@@ -353,7 +382,9 @@ void StoredFile::writeRun(std::span<PageSlot* const> run, std::vector<std::uint8
 void StoredFile::changesAreSaved()
 {
     cache_.changesAreSaved();
-    saved_ = valid_ = size_;
+    saved_ = disk_ = valid_ = size_;
+    early_ = false;
+    kept_ = {};
     toBeMade_ = false;
 }
 
@@ -361,10 +392,15 @@ void StoredFile::rollback()
 {
     const std::uint32_t pages = pageCount();
     const std::uint64_t shortened = valid_ < saved_ ? pageOf(valid_) : pages;
-    size_ = valid_ = saved_;
+    size_ = valid_ = disk_ = saved_;
     if (pageCount() < pages)
         cache_.dropFrom(pageCount(), pages);
     toBeMade_ = false;
+    for (std::uint32_t number = 0; early_ && number < kept_.size(); ++number)
+        if (PageSlot* slot = kept_[number] ? cache_.find(number) : nullptr; slot && !slot->changed)
+            reread(*slot);  // it holds what was written early
+    early_ = false;
+    kept_ = {};
     if (PageSlot* slot = cache_.find(static_cast<std::uint32_t>(shortened)); slot && !slot->changed)
         reread(*slot);  // it was cut: its tail is zeros
     for (std::size_t i = cache_.changed().size(); i-- > 0;)

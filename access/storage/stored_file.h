@@ -1,10 +1,10 @@
 // access/storage/stored_file.h - one file of a set: its length, its pages in memory and on the
 // disk.
 //
-// Three lengths: `size` with all changes; `saved`, the length on the disk since the last commit;
-// `valid` <= saved, how much of the disk still counts after the file was made shorter. Invariant: a
-// page that reaches behind `valid` and starts before `saved` and `size` is in the cache as changed,
-// or ends at `valid`.
+// Four lengths: `size` with all changes; `saved`, of the last commit; `disk`, of the file on the disk,
+// which is longer than `saved` once pages were written early; `valid` <= disk, how much of the disk
+// still counts after the file was made shorter. Invariant: a page that reaches behind `valid` and
+// starts before `disk` and `size` is in the cache as changed, or ends at `valid`.
 #pragma once
 
 #include <cstdint>
@@ -61,7 +61,10 @@ public:
 
     // For the set.
     int rank() const { return options_.rank; }
-    bool changed() const { return toBeMade_ || size_ != saved_ || !cache_.changed().empty(); }
+    bool changed() const
+    {
+        return toBeMade_ || early_ || size_ != saved_ || !cache_.changed().empty();
+    }
     std::size_t pendingBytes() const;
     /// True for a file that the next commit makes.
     bool toBeMade() const { return toBeMade_; }
@@ -70,12 +73,18 @@ public:
     void make(FileSystem& files);
     void unmake() { file_.reset(); }
     std::uint64_t savedSize() const { return saved_; }
-    /// Hands over everything that write() will overwrite or cut off.
+    /// Hands over everything that write() or writeEarly() will overwrite or cut off, once a commit.
     void saveOld(UndoJournal& journal, std::uint32_t number);
     void write();
+    /// Before the commit: the pages become clean ones, and can go from memory. Not of a file that
+    /// was made shorter.
+    void writeEarly();
+    bool mayWriteEarly() const { return file_ && size_ >= saved_ && valid_ == disk_; }
+    bool wroteEarly() const { return early_; }
     void cutOff();
     void changesAreSaved();
-    /// Back to what is on the disk; pages that somebody holds are read again in place.
+    /// Back to the last commit, which the disk holds again; pages that somebody holds are read again
+    /// in place.
     void rollback();
 
 private:
@@ -96,7 +105,9 @@ private:
     void needWritable();
     void needPages(std::uint64_t bytes) const;
     std::vector<PageSlot*> inWriteOrder() const;
+    void writePages();
     void writeRun(std::span<PageSlot* const> run, std::vector<std::uint8_t>& buffer);
+    bool kept(std::uint32_t number) const { return number < kept_.size() && kept_[number]; }
     void reread(PageSlot& slot);
 
     FileOwner& owner_;
@@ -107,8 +118,11 @@ private:
     unsigned shift_;  // 0: the page size is no power of two
     bool toBeMade_;
     std::uint64_t saved_;
+    std::uint64_t disk_;
     std::uint64_t valid_;
     std::uint64_t size_;
+    bool early_ = false;      // pages were written since the last commit
+    std::vector<bool> kept_;  // pages of the last commit that the journal has
     PageCache cache_;
 };
 
