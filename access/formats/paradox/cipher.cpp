@@ -43,6 +43,12 @@ CipherParameters blockParameters(std::uint32_t key, std::size_t chunk, std::uint
             static_cast<std::uint8_t>(chunk), static_cast<std::uint8_t>(number)};
 }
 
+CipherParameters longValueParameters(std::uint32_t key)
+{
+    return {static_cast<std::uint8_t>(key), static_cast<std::uint8_t>(key >> 8),
+            static_cast<std::uint8_t>(key + 1), static_cast<std::uint8_t>((key >> 8) + 1)};
+}
+
 }  // namespace
 
 void encipherChunk(std::span<std::uint8_t> chunk, const CipherParameters& by)
@@ -77,6 +83,18 @@ void decipherBlock(std::span<std::uint8_t> block, std::uint32_t key, std::uint32
     for (std::size_t i = 0; i < block.size() / kCipherChunk; ++i)
         decipherChunk(block.subspan(i * kCipherChunk, kCipherChunk),
                       blockParameters(key, i, number));
+}
+
+void encipherLongValues(std::span<std::uint8_t> chunks, std::uint32_t key)
+{
+    for (std::size_t at = 0; at < chunks.size(); at += kCipherChunk)
+        encipherChunk(chunks.subspan(at, kCipherChunk), longValueParameters(key));
+}
+
+void decipherLongValues(std::span<std::uint8_t> chunks, std::uint32_t key)
+{
+    for (std::size_t at = 0; at < chunks.size(); at += kCipherChunk)
+        decipherChunk(chunks.subspan(at, kCipherChunk), longValueParameters(key));
 }
 
 std::uint32_t keyOfPassword(std::string_view password)

@@ -25,6 +25,10 @@ void decipherChunk(std::span<std::uint8_t> chunk, const CipherParameters& by);
 void encipherBlock(std::span<std::uint8_t> block, std::uint32_t key, std::uint32_t number);
 void decipherBlock(std::span<std::uint8_t> block, std::uint32_t key, std::uint32_t number);
 
+/// Whole chunks of an MB file: all of them are under the same parameters.
+void encipherLongValues(std::span<std::uint8_t> chunks, std::uint32_t key);
+void decipherLongValues(std::span<std::uint8_t> chunks, std::uint32_t key);
+
 /// The key of a password, given in the code page of the table.
 std::uint32_t keyOfPassword(std::string_view password);
 

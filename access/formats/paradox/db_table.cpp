@@ -33,27 +33,21 @@ PageFileOptions indexFileOptions()
 
 }  // namespace
 
-/// The MB file of a table with a password: one pattern for every chunk.
+/// The MB file of a table with a password.
 class DbTable::MbCodec final : public PageCodec {
 public:
-    explicit MbCodec(std::uint32_t key)
-        : by_{static_cast<std::uint8_t>(key), static_cast<std::uint8_t>(key >> 8),
-              static_cast<std::uint8_t>(key + 1), static_cast<std::uint8_t>((key >> 8) + 1)}
-    {
-    }
+    explicit MbCodec(std::uint32_t key) : key_(key) {}
     void decode(std::uint32_t, std::span<std::uint8_t> bytes) const override
     {
-        for (std::size_t at = 0; at < bytes.size(); at += kCipherChunk)
-            decipherChunk(bytes.subspan(at, kCipherChunk), by_);
+        decipherLongValues(bytes, key_);
     }
     void encode(std::uint32_t, std::span<std::uint8_t> bytes) const override
     {
-        for (std::size_t at = 0; at < bytes.size(); at += kCipherChunk)
-            encipherChunk(bytes.subspan(at, kCipherChunk), by_);
+        encipherLongValues(bytes, key_);
     }
 
 private:
-    CipherParameters by_;
+    std::uint32_t key_;
 };
 
 DbTable::DbTable(const TableOpening& opening) : opening_(opening)

@@ -107,6 +107,7 @@ void HeaderReader::first()
     h_.structureStamp = in_.u8(0x2E);
     h_.parentLink = in_.u8(0x2F);
     h_.writeProtected = in_.u8(0x38) != 0;
+    h_.cipherAddress = in_.u32(0x40);
     h_.statedMostBlocks = in_.u16(0x3A);
     h_.auxPasswords = in_.u8(0x3D);
     h_.lastNumber = in_.u32(0x49);
@@ -332,6 +333,10 @@ void putFirst(const FileHeader& h, std::uint8_t* to)
     to[0x3D] = h.auxPasswords;
     if (!h.isTree() && !(h.hasSecondHeader() && h.cipherKey))
         storeLE<std::uint16_t>(to + 0x3E, 0x0F1F);
+    if (h.cipherKey && h.cipherAddress) {
+        storeLE(to + 0x40, h.cipherAddress);
+        storeLE(to + 0x44, static_cast<std::uint32_t>(h.cipherAddress + h.fields.size()));
+    }
     storeLE(to + 0x51, h.realSize);
     to[0x55] = h.options;
     to[0x56] = h.hasSecondHeader() ? 0x20 : 0;

@@ -58,6 +58,9 @@ struct FileHeader {
     std::uint8_t levels = 0;
     std::uint16_t keyFields = 0;
     std::uint32_t cipherKey = 0;  ///< 0: plain
+    /// 40: of tables with a password, an address in a program of the past. The one behind it is as
+    /// many bytes further as the table has fields.
+    std::uint32_t cipherAddress = 0;
     std::uint8_t sortByte = 0;
     std::uint8_t link = 0;            ///< 2C: trees: ties them to their data file; X: FF
     std::uint8_t dataStamp = 0;       ///< 2D: changes with the records

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "access/engine_error.h"
+#include "access/formats/paradox/cipher.h"
 #include "access/formats/paradox/mb_file.h"
 #include "access/storage/replace_file.h"
 #include "platform/paths.h"
@@ -218,7 +219,10 @@ void createTableFiles(FileSystem& files, const std::string& path, const FileHead
     try {
         if (table.hasLongFields()) {
             made.push_back(paths::withExtension(path, "MB"));
-            makeFile(files, made.back(), MbFile::newHeader());
+            std::vector<std::uint8_t> values = MbFile::newHeader();
+            if (table.cipherKey)
+                encipherLongValues(values, table.cipherKey);
+            makeFile(files, made.back(), values);
         }
         if (table.kind == FileKind::KeyedTable) {
             made.push_back(paths::withExtension(path, "PX"));

@@ -249,9 +249,6 @@ void rewriteTable(DbTable& table, FileHeader header, const std::vector<int>& sou
 {
     table.prepareWriting();
     table.commit();
-    if (header.cipherKey)
-        throw EngineError(EngineErrorNumber::NotSupported,
-                          table.path() + " has a password: its fields stay as they are.");
     FileSystem& files = *table.opening().files;
     const std::string path = table.path(), folder = newFolderOf(path);
     header.structureStamp = nextStamp(header.structureStamp);

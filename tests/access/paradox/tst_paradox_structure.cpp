@@ -196,6 +196,53 @@ TEST(ParadoxStructure, aUniqueIndexOverEqualValuesLeavesNoFiles)
     EXPECT_EQ(rowsOf(*store).size(), 2u);
 }
 
+/// Whether a text can be read in a file as it stands.
+bool canBeRead(MemoryFileSystem& files, const std::string& path, const std::string& text)
+{
+    const Bytes bytes = files.content(path);
+    return std::string(bytes.begin(), bytes.end()).find(text) != std::string::npos;
+}
+
+TEST(ParadoxStructure, aTableWithAPasswordKeepsItThroughChanges)
+{
+    const auto folder = corpusFolder();
+    if (folder.empty())
+        GTEST_SKIP() << "the corpus is not here";
+    MemoryFileSystem files;
+    putFamily(files, folder / "encrypt" / "encrypted.db");  // without long values, without a key
+    const Bytes old = files.content("C:\\T.DB");
+    auto store = openStore(files, "Paradox 5.x;", false, "123");
+    const Rows before = rowsOf(*store);
+    store->addField("T", fieldDef("NOTE", FieldType::Memo));
+    store->addField("T", fieldDef("WORD", FieldType::Text, 20));
+    const auto fields = store->layout("T").fields.size();
+    std::vector<ValueView> values(fields);
+    values[0] = store->layout("T").fields[0].type == FieldType::Text ? text("key") : whole(9999);
+    const std::string memo = "a secret memo " + std::string(3000, 's');
+    values[fields - 2] = text(memo);
+    values[fields - 1] = text("a secret word");
+    store->writer("T")->insert(values);
+    store->commit();
+    store->addIndex("T", primaryDef({store->layout("T").fields[0].name}));
+    store->addIndex("T", indexDef("WORD", {"WORD"}));
+    EXPECT_EQ(rowsOf(*store, "WORD").size(), before.size() + 1);
+    EXPECT_EQ(faultsOf(*store), Rows{});
+    for (const char* file : {"C:\\T.DB", "C:\\T.MB", "C:\\T.X04"})
+        EXPECT_FALSE(canBeRead(files, file, "secret")) << file;
+
+    store->dropIndex("T", "WORD");
+    store->dropField("T", "NOTE");
+    store->dropField("T", "WORD");
+    store.reset();
+    const Bytes now = files.content("C:\\T.DB");
+    EXPECT_EQ(wordAt(now, 0x40), wordAt(old, 0x40));  // what marks the end follows the start
+    EXPECT_EQ(wordAt(now, 0x44), wordAt(old, 0x44));
+    EXPECT_EQ(errorOf([&] { openStore(files)->layout("T"); }), 3031);
+    const auto again = openStore(files, "Paradox 5.x;", true, "123");
+    EXPECT_EQ(rowsOf(*again).size(), before.size() + 1);
+    EXPECT_EQ(faultsOf(*again), Rows{});
+}
+
 TEST(ParadoxStructure, requiredFieldsAndDefaultsAreReadAndKept)
 {
     const auto folder = corpusFolder();

@@ -54,6 +54,8 @@ struct RandomFormat {
     /// Order of two values of a field in an ascending index; Null comes first. By default numbers
     /// by size, text blind to case in ASCII.
     std::function<int(const FieldDef&, ValueView, ValueView)> compare;
+    /// Changes the files of the new, empty table before anything else happens.
+    std::function<void(MemoryFileSystem&)> prepare;
     /// Runs while the store is closed; leaves the same records in the same place.
     std::function<void(MemoryFileSystem&)> compact;
     /// Asks a program that is not ours, while the store is closed; `expected` is the table as CSV.

@@ -46,6 +46,10 @@ RandomRun::RandomRun(const RandomFormat& format, unsigned seed)
         format_.driver->create(files_, format_.create);
     openStore();
     store_->createTable(format_.start);
+    if (format_.prepare) {
+        store_.reset();
+        format_.prepare(files_);
+    }
     openStore();
 }
 

@@ -3,7 +3,10 @@
 
 #include <algorithm>
 
+#include "access/formats/paradox/cipher.h"
 #include "access/formats/paradox/paradox_driver.h"
+#include "access/storage/byte_reader.h"
+#include "platform/paths.h"
 #include "tests/access/random/random_format.h"
 
 namespace velnor::testing {
@@ -117,6 +120,23 @@ RandomFormat keyedTable(const std::string& name, const Kind& kind, std::size_t k
     return format;
 }
 
+/// Gives the files of an empty table a password: there are no blocks yet that would be enciphered.
+void protect(MemoryFileSystem& files, const std::string& password)
+{
+    const std::uint32_t key = paradox::keyOfPassword(password);
+    for (const FileInfo& file : files.list("C:\\")) {
+        const std::string path = "C:\\" + file.name, extension(paths::extension(file.name));
+        std::vector<std::uint8_t> bytes = files.content(path);
+        if (extension == "MB")
+            paradox::encipherLongValues(bytes, key);
+        else if (extension == "DB" || extension[0] == 'X')
+            storeLE(&bytes[0x5C], key);
+        if (extension == "DB" || extension[0] == 'X')
+            bytes[0x3E] = bytes[0x3F] = 0;
+        files.put(path, bytes);
+    }
+}
+
 /// Without an MB file, so that a second reader that is not ours can look, too.
 RandomFormat shortTable(const std::string& name, const Kind& kind)
 {
@@ -139,6 +159,16 @@ TEST(RandomOperations, aParadoxTableStaysAsTheModelSays)
     RandomFormat format = keyedTable("Paradox 5", kLevel5);
     format.keyIndex = "T#PX";
     runRandomOperations(format);
+}
+
+TEST(RandomOperations, aParadoxTableWithAPasswordStaysAsTheModelSays)
+{
+    for (const Kind& kind : {kLevel4, kLevel7}) {
+        RandomFormat format = keyedTable(std::string("password, ") + kind.word, kind);
+        format.open.password = "Secret 7";
+        format.prepare = [](MemoryFileSystem& files) { protect(files, "Secret 7"); };
+        runRandomOperations(format, 1000);
+    }
 }
 
 TEST(RandomOperations, aParadoxSevenTableStaysAsTheModelSays)
