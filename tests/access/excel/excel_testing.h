@@ -2,21 +2,14 @@
 // the driver.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "access/formats/excel/excel_driver.h"
-#include "access/value_text.h"
-#include "platform/memory_file_system.h"
+#include "tests/access/support/store_testing.h"
 
 namespace velnor::excel_testing {
 
-using Bytes = std::vector<std::uint8_t>;
-using Lines = std::vector<std::string>;
+using namespace store_testing;
 using Row = std::vector<ValueView>;
 
 inline constexpr const char* kFile = "C:\\T.XLS";
@@ -160,95 +153,6 @@ inline void createFile(FileSystem& files, const char* word = "Excel 8.0;")
     request.name = kFile;
     request.connectWord = word;
     excel::ExcelDriver().create(files, request);
-}
-
-inline FieldDef fieldDef(std::string name, FieldType type, int size = 0)
-{
-    FieldDef def;
-    def.name = std::move(name);
-    def.type = type;
-    def.size = size;
-    return def;
-}
-
-inline TableLayout layoutOf(std::string name, std::vector<FieldDef> fields)
-{
-    TableLayout layout;
-    layout.name = std::move(name);
-    layout.fields = std::move(fields);
-    return layout;
-}
-
-/// Null as "-", texts in quotes, dates as in ISO, all else as people see it.
-inline std::string shown(ValueView v)
-{
-    if (v.isNull())
-        return "-";
-    std::string text;
-    if (v.kind() == ValueKind::Text)
-        return text.append("'").append(v.asText()).append("'");
-    if (v.kind() == ValueKind::Date)
-        appendIsoDate(text, v.asDate());
-    else
-        appendText(text, v);
-    return text;
-}
-
-inline Lines rowsOf(Store& store, std::string_view table)
-{
-    const int fields = static_cast<int>(store.layout(table).fields.size());
-    const auto cursor = store.cursor(table, std::nullopt);
-    Lines rows;
-    for (bool there = cursor->first(); there; there = cursor->next()) {
-        std::string row;
-        for (int i = 0; i < fields; ++i)
-            row.append(i ? " " : "").append(shown(cursor->field(i)));
-        rows.push_back(row);
-    }
-    return rows;
-}
-
-/// "NAME Text", "AMOUNT Double", ...
-inline Lines fieldsOf(Store& store, std::string_view table)
-{
-    static constexpr std::pair<FieldType, const char*> kNames[] = {
-        {FieldType::Text, "Text"},         {FieldType::Memo, "Memo"},
-        {FieldType::Double, "Double"},     {FieldType::Date, "Date"},
-        {FieldType::Currency, "Currency"}, {FieldType::Boolean, "Boolean"}};
-    Lines fields;
-    for (const FieldDef& def : store.layout(table).fields)
-        for (const auto& [type, name] : kNames)
-            if (def.type == type)
-                fields.push_back(def.name + " " + name);
-    return fields;
-}
-
-inline Lines tablesOf(Store& store)
-{
-    Lines names;
-    for (const TableEntry& entry : store.catalogue())
-        names.push_back(entry.name);
-    return names;
-}
-
-inline Lines faultsOf(Store& store)
-{
-    Lines faults;
-    store.check({}, [&](const Problem& problem) {
-        if (!problem.harmless)
-            faults.push_back(problem.where + ": " + problem.text);
-    });
-    return faults;
-}
-
-template <class Work> int errorOf(Work work)
-{
-    try {
-        work();
-        return 0;
-    } catch (const EngineError& error) {
-        return error.number();
-    }
 }
 
 inline ValueView text(std::string_view t)

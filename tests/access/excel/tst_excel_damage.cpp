@@ -1,41 +1,12 @@
 // Real workbooks with bits turned and ends cut off: an answer or an error, never a crash or a hang;
 // and real workbooks written, with their old records as they were.
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <random>
-
 #include "tests/access/excel/excel_testing.h"
+#include "tests/access/support/damaged_samples.h"
 
 using namespace velnor;
 using namespace velnor::excel_testing;
 
 namespace {
-
-namespace fs = std::filesystem;
-
-struct Sample {
-    std::string name;
-    Bytes bytes;
-};
-
-std::vector<Sample> samples(std::size_t most)
-{
-    std::vector<Sample> found;
-    const char* corpus = std::getenv("VELNOR_CORPUS");
-    if (!corpus || !fs::is_directory(fs::path(corpus) / "xls"))
-        return found;
-    for (const auto& entry : fs::recursive_directory_iterator(fs::path(corpus) / "xls")) {
-        std::string extension = entry.path().extension();
-        if (!entry.is_regular_file() || (extension != ".xls" && extension != ".XLS") ||
-            entry.file_size() > most)
-            continue;
-        std::ifstream in(entry.path(), std::ios::binary);
-        found.push_back({entry.path(), Bytes{std::istreambuf_iterator<char>(in), {}}});
-    }
-    return found;
-}
 
 /// Opens, reads, checks, writes. Only EngineError and RunError may come.
 void useFile(const Bytes& bytes)
@@ -71,7 +42,10 @@ class ExcelDamage : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        samples_ = samples(60'000);
+        samples_ = samplesOf("xls", [](const std::filesystem::path& path) {
+            const std::string extension = path.extension();
+            return (extension == ".xls" || extension == ".XLS") && file_size(path) <= 60'000;
+        });
         if (samples_.empty())
             GTEST_SKIP() << "no corpus here";
         ASSERT_GT(samples_.size(), 50u);
@@ -83,28 +57,12 @@ protected:
 
 TEST_F(ExcelDamage, turnedBits)
 {
-    std::mt19937 random(3);
-    for (const Sample& sample : samples_)
-        for (int i = 0; i < 24; ++i) {
-            Bytes bytes = sample.bytes;
-            for (int bits = 1 + i % 8; bits > 0; --bits) {
-                const std::size_t reach = bits % 2 ? bytes.size() : std::size_t{1536};
-                bytes[random() % std::min(reach, bytes.size())] ^=
-                    static_cast<std::uint8_t>(1u << random() % 8);
-            }
-            useFile(bytes);
-        }
+    useWithTurnedBits(samples_, 24, 1536, useFile);
 }
 
 TEST_F(ExcelDamage, endsCutOff)
 {
-    std::mt19937 random(7);
-    for (const Sample& sample : samples_)
-        for (int i = 0; i < 10; ++i) {
-            Bytes bytes = sample.bytes;
-            bytes.resize(random() % bytes.size());
-            useFile(bytes);
-        }
+    useCutOff(samples_, 10, useFile);
 }
 
 TEST_F(ExcelDamage, anAddedRecordLeavesTheOldOnesAsTheyWere)

@@ -1,6 +1,6 @@
 // Writing while the disk fails or the power goes: the old workbook or the new one, nothing between.
 #include "tests/access/excel/excel_testing.h"
-#include "tests/support/faulty_disk.h"
+#include "tests/access/support/old_or_new.h"
 
 using namespace velnor;
 using namespace velnor::testing;
@@ -41,57 +41,26 @@ Lines rowsOn(FaultyDisk& disk)
 {
     const auto store = openStore(disk, true);
     EXPECT_EQ(faultsOf(*store), Lines{});
-    return rowsOf(*store, "T$");
+    EXPECT_EQ(tablesOf(*store).size(), 1u);
+    return rowsOf(*store, tablesOf(*store).front());  // before the table is made: the empty sheet
 }
 
-template <class Break> void expectOldOrNew(Break breakAt)
+const Scene& scene()
 {
-    FaultyDisk sound;
-    makeBook(sound);
-    const Lines before = rowsOn(sound);
-    work(sound);
-    const Lines after = rowsOn(sound);
-    ASSERT_NE(before, after);
-    int old = 0;
-    for (long n = 1;; ++n) {
-        FaultyDisk disk(static_cast<unsigned>(n));
-        makeBook(disk);
-        if (!breakAt(disk, n))
-            break;
-        disk.restart();
-        const Lines now = rowsOn(disk);
-        ASSERT_TRUE(now == before || now == after) << "at change " << n;
-        old += now == before;
-        addOne(disk);  // and it can be written again
-        ASSERT_EQ(rowsOn(disk).size(), now.size() + 1);
-    }
-    EXPECT_GT(old, 2);
+    static const Scene scene{makeBook, work, addOne, rowsOn, kFile, 40, 2};
+    return scene;
 }
 
 }  // namespace
 
 TEST(ExcelFaults, afterAPowerCutTheWorkbookIsOldOrNew)
 {
-    expectOldOrNew([](FaultyDisk& disk, long n) {
-        disk.cutAt(n);
-        try {
-            work(disk);
-        } catch (const std::exception&) {
-        }
-        return disk.wasCut();
-    });
+    expectOldOrNewAfterAPowerCut(scene());
 }
 
 TEST(ExcelFaults, afterAFailedWriteTheWorkbookIsOldOrNew)
 {
-    expectOldOrNew([](FaultyDisk& disk, long n) {
-        disk.failAt(n, RunErrorNumber::DeviceIo);
-        try {
-            work(disk);
-        } catch (const std::exception&) {
-        }
-        return disk.hasFailed();
-    });
+    expectOldOrNewAfterAFailedWrite(scene());
 }
 
 TEST(ExcelFaults, aFullDiskIsToldAndTheWorkGoesOnWhenThereIsRoom)
@@ -112,23 +81,5 @@ TEST(ExcelFaults, aFullDiskIsToldAndTheWorkGoesOnWhenThereIsRoom)
 
 TEST(ExcelFaults, aNewWorkbookIsThereWholeOrNotAtAll)
 {
-    for (long n = 1;; ++n) {
-        FaultyDisk disk(static_cast<unsigned>(n));
-        disk.cutAt(n);
-        try {
-            makeBook(disk);
-        } catch (const std::exception&) {
-        }
-        if (!disk.wasCut())
-            break;
-        disk.restart();
-        if (!disk.exists(kFile))
-            continue;
-        const auto store = openStore(disk, true);
-        EXPECT_EQ(faultsOf(*store), Lines{});
-        ASSERT_EQ(tablesOf(*store).size(), 1u);
-        const std::string table = tablesOf(*store).front();
-        const auto rows = rowsOf(*store, table).size();
-        EXPECT_TRUE(rows == 0 || rows == 40) << "at change " << n << ": " << rows;
-    }
+    expectANewTableWholeOrNotAtAll(scene());
 }

@@ -2,21 +2,14 @@
 // through the driver.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "access/formats/lotus/lotus_driver.h"
-#include "access/value_text.h"
-#include "platform/memory_file_system.h"
+#include "tests/access/support/store_testing.h"
 
 namespace velnor::lotus_testing {
 
-using Bytes = std::vector<std::uint8_t>;
-using Lines = std::vector<std::string>;
+using namespace store_testing;
 
 inline constexpr const char* kFile = "C:\\T.WK4";
 
@@ -139,89 +132,6 @@ inline void createFile(FileSystem& files)
     CreateRequest request;
     request.name = kFile;
     lotus::LotusDriver().create(files, request);
-}
-
-/// Null as "-", texts in quotes, dates as YYYY-MM-DD, all else as people see it.
-inline std::string shown(ValueView v)
-{
-    if (v.isNull())
-        return "-";
-    std::string text;
-    if (v.kind() == ValueKind::Text)
-        return text.append("'").append(v.asText()).append("'");
-    if (v.kind() == ValueKind::Date)
-        appendIsoDate(text, v.asDate());
-    else
-        appendText(text, v);
-    return text;
-}
-
-inline Lines rowsOf(Store& store, std::string_view table)
-{
-    const std::size_t fields = store.layout(table).fields.size();
-    const auto cursor = store.cursor(table, std::nullopt);
-    Lines rows;
-    for (bool there = cursor->first(); there; there = cursor->next()) {
-        std::string row;
-        for (std::size_t i = 0; i < fields; ++i)
-            row.append(i ? " " : "").append(shown(cursor->field(static_cast<int>(i))));
-        rows.push_back(row);
-    }
-    return rows;
-}
-
-/// "NAME 10": the names and the numbers of the types.
-inline Lines fieldsOf(Store& store, std::string_view table)
-{
-    Lines fields;
-    for (const FieldDef& field : store.layout(table).fields)
-        fields.push_back(field.name + " " + std::to_string(static_cast<int>(field.type)));
-    return fields;
-}
-
-inline Lines tablesOf(Store& store)
-{
-    Lines names;
-    for (const TableEntry& entry : store.catalogue())
-        names.push_back(entry.name);
-    return names;
-}
-
-/// What a check finds, harmless or not.
-inline Lines findingsOf(Store& store)
-{
-    Lines findings;
-    store.check({}, [&](const Problem& problem) {
-        findings.push_back(problem.where + ": " + problem.text);
-    });
-    return findings;
-}
-
-template <class Work> int errorOf(Work work)
-{
-    try {
-        work();
-        return 0;
-    } catch (const EngineError& error) {
-        return error.number();
-    }
-}
-
-inline FieldDef fieldDef(std::string name, FieldType type, int size = 0)
-{
-    FieldDef def;
-    def.name = std::move(name);
-    def.type = type;
-    def.size = size;
-    return def;
-}
-
-inline TableLayout layoutOf(std::string name, std::vector<FieldDef> fields)
-{
-    TableLayout layout;
-    layout.name = std::move(name);
-    layout.fields = std::move(fields);
-    return layout;
 }
 
 inline ValueView words(std::string_view t)

@@ -1,40 +1,12 @@
 // Real worksheets with bits turned and ends cut off: an answer or an error, never a crash or a
 // hang; and real worksheets written, with their old cells as they were.
 #include "tests/access/lotus/lotus_testing.h"
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <random>
+#include "tests/access/support/damaged_samples.h"
 
 using namespace velnor;
 using namespace velnor::lotus_testing;
 
 namespace {
-
-namespace fs = std::filesystem;
-
-struct Sample {
-    std::string name;
-    Bytes bytes;
-};
-
-std::vector<Sample> samples()
-{
-    std::vector<Sample> found;
-    const char* corpus = std::getenv("VELNOR_CORPUS");
-    if (!corpus || !fs::is_directory(fs::path(corpus) / "wk4"))
-        return found;
-    for (const auto& entry : fs::recursive_directory_iterator(fs::path(corpus) / "wk4")) {
-        const std::string extension = entry.path().extension();
-        if (!entry.is_regular_file() || extension == ".csv" || extension == ".json")
-            continue;
-        std::ifstream in(entry.path(), std::ios::binary);
-        found.push_back({entry.path(), Bytes{std::istreambuf_iterator<char>(in), {}}});
-    }
-    return found;
-}
 
 /// Opens, reads, checks, writes. Only EngineError and RunError may come.
 void useFile(const Bytes& bytes)
@@ -66,7 +38,9 @@ class LotusDamage : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        samples_ = samples();
+        samples_ = samplesOf("wk4", [](const std::filesystem::path& path) {
+            return path.extension() != ".csv" && path.extension() != ".json";
+        });
         if (samples_.empty())
             GTEST_SKIP() << "no corpus here";
         ASSERT_GT(samples_.size(), 20u);
@@ -78,28 +52,12 @@ protected:
 
 TEST_F(LotusDamage, turnedBits)
 {
-    std::mt19937 random(3);
-    for (const Sample& sample : samples_)
-        for (int i = 0; i < 40; ++i) {
-            Bytes bytes = sample.bytes;
-            for (int bits = 1 + i % 8; bits > 0; --bits) {
-                const std::size_t reach = bits % 2 ? bytes.size() : std::size_t{300};
-                bytes[random() % std::min(reach, bytes.size())] ^=
-                    static_cast<std::uint8_t>(1u << random() % 8);
-            }
-            useFile(bytes);
-        }
+    useWithTurnedBits(samples_, 40, 300, useFile);
 }
 
 TEST_F(LotusDamage, endsCutOff)
 {
-    std::mt19937 random(7);
-    for (const Sample& sample : samples_)
-        for (int i = 0; i < 20; ++i) {
-            Bytes bytes = sample.bytes;
-            bytes.resize(random() % bytes.size());
-            useFile(bytes);
-        }
+    useCutOff(samples_, 20, useFile);
 }
 
 TEST_F(LotusDamage, anAddedRecordLeavesTheOldCellsAsTheyWere)

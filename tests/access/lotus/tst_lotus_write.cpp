@@ -255,11 +255,11 @@ TEST_F(LotusWrite, aNewFileTakesTables)
                        fieldDef("PRICE", FieldType::Currency), fieldDef("QTY", FieldType::Long),
                        fieldDef("NOTE", FieldType::Memo)}));
         EXPECT_EQ(fieldsOf(store, "Orders"),
-                  (Lines{"NAME 10", "DAY 8", "PRICE 5", "QTY 7", "NOTE 12"}));
+                  (Lines{"NAME Text", "DAY Date", "PRICE Currency", "QTY Double", "NOTE Memo"}));
     });
     // Types are known before there are values.
     EXPECT_EQ(fieldsOf(*openStore(files, true), "Orders:"),
-              (Lines{"NAME 10", "DAY 8", "PRICE 5", "QTY 7", "NOTE 12"}));
+              (Lines{"NAME Text", "DAY Date", "PRICE Currency", "QTY Double", "NOTE Memo"}));
     change([](Store& store) {
         for (int i = 0; i < 100; ++i)
             insert(store, "Orders",

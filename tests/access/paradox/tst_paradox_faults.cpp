@@ -1,10 +1,11 @@
 // Writing while the disk fails or the power goes: the old table or the new one, nothing between.
 #include "tests/access/paradox/paradox_testing.h"
-#include "tests/support/faulty_disk.h"
+#include "tests/access/support/old_or_new.h"
 
 using namespace velnor;
 using namespace velnor::testing;
 using namespace velnor::paradox_testing;
+using store_testing::Scene;
 
 namespace {
 
@@ -62,65 +63,32 @@ Rows rowsOn(FaultyDisk& disk)
     return rows;
 }
 
-template <class Break> void expectOldOrNew(Break breakAt)
+const Scene& scene()
 {
-    FaultyDisk sound;
-    makeTable(sound);
-    const Rows before = rowsOn(sound);
-    work(sound);
-    const Rows after = rowsOn(sound);
-    ASSERT_NE(before, after);
-    int old = 0, made = 0;
-    for (long n = 1;; ++n) {
-        FaultyDisk disk(static_cast<unsigned>(n));
-        makeTable(disk);
-        if (!breakAt(disk, n))
-            break;
-        disk.restart();
-        const Rows now = rowsOn(disk);
-        ASSERT_TRUE(now == before || now == after) << "at change " << n;
-        (now == before ? old : made) += 1;
-        addOne(disk);  // and it can be written again
-        ASSERT_EQ(rowsOn(disk).size(), now.size() + 1);
-    }
-    EXPECT_GT(old, 5);
+    static const Scene scene{makeTable, work, addOne, rowsOn, "C:\\T.DB", 60, 5};
+    return scene;
 }
 
 }  // namespace
 
 TEST(ParadoxFaults, afterAPowerCutTheTableIsOldOrNew)
 {
-    expectOldOrNew([](FaultyDisk& disk, long n) {
-        disk.cutAt(n);
-        try {
-            work(disk);
-        } catch (const std::exception&) {
-        }
-        return disk.wasCut();
-    });
+    expectOldOrNewAfterAPowerCut(scene());
 }
 
 TEST(ParadoxFaults, afterAFailedWriteTheTableIsOldOrNew)
 {
-    expectOldOrNew([](FaultyDisk& disk, long n) {
-        disk.failAt(n, RunErrorNumber::DeviceIo);
-        try {
-            work(disk);
-        } catch (const EngineError&) {
-        }
-        return disk.hasFailed();
-    });
+    expectOldOrNewAfterAFailedWrite(scene());
 }
 
 TEST(ParadoxFaults, aFullDiskIsTold)
 {
-    FaultyDisk disk;
-    makeTable(disk);
-    const Rows before = rowsOn(disk);
-    disk.failAt(1, RunErrorNumber::DiskFull, FaultyDisk::Lasts::FromThenOn);
-    EXPECT_EQ(errorOf([&] { work(disk); }), 3026);
-    disk.restart();
-    EXPECT_EQ(rowsOn(disk), before);
+    expectAFullDiskIsTold(scene());
+}
+
+TEST(ParadoxFaults, aNewTableIsThereWholeOrNotAtAll)
+{
+    expectANewTableWholeOrNotAtAll(scene());
 }
 
 TEST(ParadoxFaults, theStoreGoesOnAfterAFailedCommit)
@@ -143,23 +111,4 @@ TEST(ParadoxFaults, theStoreGoesOnAfterAFailedCommit)
     ASSERT_TRUE(cursor->last());
     EXPECT_EQ(shown(cursor->field(1)), "'kept'");
     EXPECT_EQ(faultsOf(*store), Rows{});
-}
-
-TEST(ParadoxFaults, aNewTableIsThereWholeOrNotAtAll)
-{
-    for (long n = 1;; ++n) {
-        FaultyDisk disk(static_cast<unsigned>(n));
-        disk.cutAt(n);
-        try {
-            makeTable(disk);
-        } catch (const std::exception&) {
-        }
-        if (!disk.wasCut())
-            break;
-        disk.restart();
-        if (!disk.exists("C:\\T.DB"))
-            continue;
-        const auto rows = rowsOf(*openStore(disk)).size();
-        EXPECT_TRUE(rows == 0 || rows == 60) << "at change " << n << ": " << rows;
-    }
 }

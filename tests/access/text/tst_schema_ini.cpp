@@ -8,8 +8,6 @@ using namespace velnor::text_testing;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class SchemaIni : public ::testing::Test {
 protected:
     Lines read(std::string_view schema, std::string_view content)
@@ -32,7 +30,7 @@ TEST_F(SchemaIni, columnsOfFixedWidthAreCut)
                    "Col3=DAY DateTime Width 10\n",
                    "   1Ann   2004-02-29\r\n  22Bobbie\r\n"),
               (Lines{"1 'Ann' 2004-02-29", "22 'Bobbie' -"}));
-    EXPECT_EQ(fieldsOf(*store, "t.txt"), (Lines{"ID 4", "First name 10", "DAY 8"}));
+    EXPECT_EQ(fieldsOf(*store, "t.txt"), (Lines{"ID Long", "First name Text", "DAY Date"}));
 }
 
 TEST_F(SchemaIni, widthsCountCharacters)

@@ -8,16 +8,6 @@ using namespace velnor::text_testing;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-TableLayout layoutOf(std::string name, std::vector<FieldDef> fields)
-{
-    TableLayout layout;
-    layout.name = std::move(name);
-    layout.fields = std::move(fields);
-    return layout;
-}
-
 class TextWrite : public ::testing::Test {
 protected:
     /// Appends records to a file with this content and gives what is in it then.
@@ -135,9 +125,9 @@ TEST_F(TextWrite, aNewFileHasItsTypesInSchemaIni)
               "1,007,1.25,2004-02-29 12:00:00,True,\"\",0.1\r\n,,,,,,\r\n");
     const auto store = openStore(files);
     EXPECT_EQ(fieldsOf(*store, "new.csv"),
-              (Lines{"Order no 4", "NAME 10", "PRICE 5", "DAY 8", "PAID 1", "NOTE 12", "RATE 6"}));
-    EXPECT_EQ(rowsOf(*store, "new.csv")[0],
-              "1 '007' 1.25 2004-02-29 12:00:00 True '' 0.1");
+              (Lines{"Order no Long", "NAME Text", "PRICE Currency", "DAY Date", "PAID Boolean",
+                     "NOTE Memo", "RATE Single"}));
+    EXPECT_EQ(rowsOf(*store, "new.csv")[0], "1 '007' 1.25 2004-02-29 12:00:00 True '' 0.1");
     EXPECT_EQ(errorOf(make), 3010);
     store->dropTable("new.csv");
     EXPECT_FALSE(files.exists("C:\\new.csv"));

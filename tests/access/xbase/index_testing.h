@@ -10,15 +10,6 @@
 
 namespace velnor::xbase_testing {
 
-inline IndexDef indexDef(std::string name, const std::vector<std::string>& fields)
-{
-    IndexDef def;
-    def.name = std::move(name);
-    for (const std::string& field : fields)
-        def.fields.push_back({field, false});
-    return def;
-}
-
 /// NAME, QTY, DAY, CITY, NOTE.
 inline TableLayout peopleLayout()
 {

@@ -10,7 +10,6 @@ using namespace velnor;
 using namespace velnor::testing;
 using namespace velnor::xbase_testing;
 
-using Rows = std::vector<std::string>;
 using Work = void (*)(Store&);
 
 struct Case {

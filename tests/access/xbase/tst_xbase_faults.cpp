@@ -1,14 +1,12 @@
 // Writing while the disk fails or the power goes: the old table or the new one, nothing between.
+#include "tests/access/support/old_or_new.h"
 #include "tests/access/xbase/xbase_testing.h"
-#include "tests/support/faulty_disk.h"
 
 using namespace velnor;
 using namespace velnor::testing;
 using namespace velnor::xbase_testing;
 
 namespace {
-
-using Rows = std::vector<std::string>;
 
 void makeTable(FaultyDisk& disk)
 {
@@ -53,82 +51,30 @@ Rows rowsOn(FaultyDisk& disk)
     return rows;
 }
 
-template <class Break> void expectOldOrNew(Break breakAt)
+const Scene& scene()
 {
-    FaultyDisk sound;
-    makeTable(sound);
-    const Rows before = rowsOn(sound);
-    work(sound);
-    const Rows after = rowsOn(sound);
-    ASSERT_NE(before, after);
-    int old = 0, made = 0;
-    for (long n = 1;; ++n) {
-        FaultyDisk disk(static_cast<unsigned>(n));
-        makeTable(disk);
-        if (!breakAt(disk, n))
-            break;
-        disk.restart();
-        const Rows now = rowsOn(disk);
-        ASSERT_TRUE(now == before || now == after) << "at change " << n;
-        (now == before ? old : made) += 1;
-        addOne(disk);  // and it can be written again
-        ASSERT_EQ(rowsOn(disk).size(), now.size() + 1);
-    }
-    EXPECT_GT(old, 5);
+    static const Scene scene{makeTable, work, addOne, rowsOn, "C:\\T.DBF", 40, 5};
+    return scene;
 }
 
 }  // namespace
 
 TEST(XbaseFaults, afterAPowerCutTheTableIsOldOrNew)
 {
-    expectOldOrNew([](FaultyDisk& disk, long n) {
-        disk.cutAt(n);
-        try {
-            work(disk);
-        } catch (const std::exception&) {
-        }
-        return disk.wasCut();
-    });
+    expectOldOrNewAfterAPowerCut(scene());
 }
 
 TEST(XbaseFaults, afterAFailedWriteTheTableIsOldOrNew)
 {
-    expectOldOrNew([](FaultyDisk& disk, long n) {
-        disk.failAt(n, RunErrorNumber::DeviceIo);
-        try {
-            work(disk);
-        } catch (const EngineError&) {
-        }
-        return disk.hasFailed();
-    });
+    expectOldOrNewAfterAFailedWrite(scene());
 }
 
 TEST(XbaseFaults, aFullDiskIsTold)
 {
-    FaultyDisk disk;
-    makeTable(disk);
-    const Rows before = rowsOn(disk);
-    disk.failAt(1, RunErrorNumber::DiskFull, FaultyDisk::Lasts::FromThenOn);
-    EXPECT_EQ(errorOf([&] { work(disk); }), 3026);
-    disk.restart();
-    EXPECT_EQ(rowsOn(disk), before);
+    expectAFullDiskIsTold(scene());
 }
 
 TEST(XbaseFaults, aNewTableIsThereWholeOrNotAtAll)
 {
-    for (long n = 1;; ++n) {
-        FaultyDisk disk(static_cast<unsigned>(n));
-        disk.cutAt(n);
-        try {
-            makeTable(disk);
-        } catch (const std::exception&) {
-        }
-        if (!disk.wasCut())
-            break;
-        disk.restart();
-        if (!disk.exists("C:\\T.DBF"))
-            continue;
-        const auto rows = rowsOn(disk).size();
-        EXPECT_TRUE(rows == 0 || rows == 40) << "at change " << n << ": " << rows;
-    }
+    expectANewTableWholeOrNotAtAll(scene());
 }
