@@ -57,27 +57,6 @@ void removeOldIndexes(FileSystem& files, const std::string& path)
     }
 }
 
-/// 2. of structure.h: the DB file first. After a crash it goes on where it was.
-void moveInto(FileSystem& files, const std::string& path)
-{
-    const std::string folder = newFolderOf(path), home(paths::folder(path));
-    const std::string made = paths::join(folder, paths::fileName(path));
-    if (files.fileExists(made)) {
-        files.rename(made, path);
-        files.syncFolder(home);
-    }
-    for (const Companion& companion : companionsOf(files, made)) {
-        const std::string to = paths::join(home, paths::fileName(companion.path));
-        if (companion.kind == CompanionKind::LongValues && files.fileExists(to))
-            files.remove(companion.path);  // 4.: made only so that the new table could be opened
-        else
-            files.rename(companion.path, to);
-    }
-    removeOldIndexes(files, path);
-    files.syncFolder(home);
-    clearFolder(files, folder);
-}
-
 /// The checks of a table, for its new fields.
 class NewChecks {
 public:
@@ -211,6 +190,43 @@ void copyRecords(DbTable& from, DbTable& to, const std::vector<int>& sources)
 
 }  // namespace
 
+/// 2. of structure.h: the DB file first. After a crash it goes on where it was.
+void moveInto(FileSystem& files, const std::string& path)
+{
+    const std::string folder = newFolderOf(path), home(paths::folder(path));
+    const std::string made = paths::join(folder, paths::fileName(path));
+    if (files.fileExists(made)) {
+        files.rename(made, path);
+        files.syncFolder(home);
+    }
+    for (const Companion& companion : companionsOf(files, made)) {
+        const std::string to = paths::join(home, paths::fileName(companion.path));
+        if (companion.kind == CompanionKind::LongValues && files.fileExists(to))
+            files.remove(companion.path);  // 4.: made only so that the new table could be opened
+        else
+            files.rename(companion.path, to);
+    }
+    removeOldIndexes(files, path);
+    files.syncFolder(home);
+    clearFolder(files, folder);
+}
+
+void makeInNewFolder(FileSystem& files, const std::string& path,
+                     const std::function<void(const std::string&)>& make)
+{
+    const std::string folder = newFolderOf(path);
+    if (files.info(folder))
+        clearFolder(files, folder);
+    files.makeFolder(folder);
+    try {
+        make(paths::join(folder, paths::fileName(path)));
+        files.syncFolder(folder);
+    } catch (...) {
+        clearFolder(files, folder);
+        throw;
+    }
+}
+
 void finishStructureChange(FileSystem& files, const std::string& path, bool readOnly)
 {
     const std::string folder = newFolderOf(path);
@@ -250,7 +266,7 @@ void rewriteTable(DbTable& table, FileHeader header, const std::vector<int>& sou
     table.prepareWriting();
     table.commit();
     FileSystem& files = *table.opening().files;
-    const std::string path = table.path(), folder = newFolderOf(path);
+    const std::string path = table.path();
     header.structureStamp = nextStamp(header.structureStamp);
     header.dataStamp = nextStamp(header.structureStamp);
     header.records = 0;
@@ -263,12 +279,9 @@ void rewriteTable(DbTable& table, FileHeader header, const std::vector<int>& sou
     header.blockBytes = std::max(header.blockBytes, blockBytesFor(header.recordSize));
     const NewChecks checks(table, header, sources);
     const std::vector<IndexDef> indexes = keptIndexes(table);
-    if (files.info(folder))
-        clearFolder(files, folder);
-    files.makeFolder(folder);
-    try {
+    makeInNewFolder(files, path, [&](const std::string& newPath) {
         TableOpening opening = table.opening();
-        opening.path = paths::join(folder, paths::fileName(path));
+        opening.path = newPath;
         createTableFiles(files, opening.path, header);
         {
             DbTable made(opening);
@@ -281,11 +294,7 @@ void rewriteTable(DbTable& table, FileHeader header, const std::vector<int>& sou
         if (checks.any())
             files.open(paths::withExtension(opening.path, "VAL"), OpenMode::Replace)
                 ->writeAt(0, checks.bytes());
-        files.syncFolder(folder);
-    } catch (...) {
-        clearFolder(files, folder);
-        throw;
-    }
+    });
     table.withFilesClosed([&] { moveInto(files, path); });
 }
 

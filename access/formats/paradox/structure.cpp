@@ -143,14 +143,6 @@ void addSecondaryIndex(DbTable& table, const IndexDef& def)
     }
 }
 
-void removeFamily(FileSystem& files, const std::string& path)
-{
-    for (const Companion& companion : companionsOf(files, path))
-        files.remove(companion.path);
-    if (files.fileExists(path))
-        files.remove(path);
-}
-
 /// The index that becomes the primary key; null when the table gets none.
 const IndexDef* primaryOf(const TableLayout& layout)
 {
@@ -205,20 +197,18 @@ void createTableWithIndexes(FileSystem& files, const std::string& path, const Ta
     // Files of a table that is gone would become this one's.
     for (const Companion& left : companionsOf(files, path))
         files.remove(left.path);
-    createTableFiles(files, path, header);
-    try {
+    makeInNewFolder(files, path, [&](const std::string& newPath) {
+        createTableFiles(files, newPath, header);
         TableOpening opening;
         opening.files = &files;
-        opening.path = path;
+        opening.path = newPath;
         opening.readOnly = false;
         opening.codePage = codePage;
         for (const IndexDef& index : layout.indexes)
             if (!index.primary)  // a second primary key is the same one under another name
                 addSecondaryIndex(*std::make_unique<DbTable>(opening), index);
-    } catch (...) {
-        removeFamily(files, path);
-        throw;
-    }
+    });
+    moveInto(files, path);
 }
 
 void addTableField(DbTable& table, const FieldDef& def)

@@ -1,6 +1,7 @@
 // access/formats/paradox/structure.h - changes of a table's fields and indexes.
 //
-// A change of the fields or of the primary key writes the whole table anew.
+// A change of the fields or of the primary key writes the whole table anew, and a new table is made
+// likewise.
 // 1. The new files are made, under their own names, in a folder "NAME.DB-new" beside the table.
 // 2. The DB file is moved out of it first: that is the moment of the change. Then the others
 // follow.
