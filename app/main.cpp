@@ -2,9 +2,6 @@
 #include <memory>
 
 #include <QApplication>
-#include <QIcon>
-#include <QPalette>
-#include <QStyle>
 
 #include "access/routing.h"
 #include "core/application_folder.h"
@@ -14,7 +11,7 @@
 #include "organizer/organizer_store.h"
 #include "platform/desktop_qt/qt_desktop.h"
 #include "platform/host.h"
-#include "windows/outline_style.h"
+#include "windows/desktop_look.h"
 #include "windows/save_file_as.h"
 #include "windows/velnor1.h"
 
@@ -44,35 +41,6 @@ private:
     Host host_;
 };
 
-/// Icons and style where the desktop brings none of its own.
-void dress(QApplication& app)
-{
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/velnor/icons/velnor.svg")));
-    QIcon::setFallbackSearchPaths(QIcon::fallbackSearchPaths()
-                                  << QStringLiteral("/usr/share/icons"));
-    const bool dark = app.palette().color(QPalette::Window).lightness() < 128;
-    const QString theme = dark ? QStringLiteral("breeze-dark") : QStringLiteral("breeze");
-    QIcon::setFallbackThemeName(theme);
-    if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor"))
-        QIcon::setThemeName(theme);
-    const QString style = QApplication::style()->name().toLower();
-    if (style == QLatin1String("windows") || style == QLatin1String("fusion"))
-        QApplication::setStyle(new OutlineStyle);
-}
-
-/// Some desktops give dark fields and leave hints black: a grey that reads on either.
-void mendHints()
-{
-    const QPalette now = QApplication::palette();
-    const QColor hint = now.color(QPalette::PlaceholderText);
-    const int apart = qAbs(hint.lightness() - now.color(QPalette::Base).lightness());
-    if (apart * hint.alpha() / 255 >= 80)
-        return;
-    QPalette mended;
-    mended.setColor(QPalette::PlaceholderText, QColor(128, 128, 128));
-    QApplication::setPalette(mended);
-}
-
 void fillUpcalls(Velnor1& window)
 {
     upcalls().DisplayFile = [&](const QString& path) { window.DisplayFile(path); };
@@ -96,8 +64,7 @@ QString commandLinePath(const QStringList& arguments)
 int run(QApplication& app)
 {
     const RealHost machine;
-    dress(app);
-    mendHints();
+    const DesktopLook look(app);
     const QString path = commandLinePath(QApplication::arguments());
     upcalls().LoadGroupList = [] { LoadGroupList(); };
     const QString startFolder = QString::fromStdString(host().currentFolder);

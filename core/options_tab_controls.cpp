@@ -168,7 +168,9 @@ QGroupBox* OptionsTab::buildGeneral()
     Label7->setMinimumWidth(fontMetrics().averageCharWidth() * 6);
     line->addWidget(HScroll2);
     line->addWidget(Label7);
-    form->addRow(tr("&Row height:"), height);
+    auto* label = new QLabel(tr("&Row height:"), frame);
+    label->setBuddy(HScroll2);
+    form->addRow(label, height);
     return frame;
 }
 
@@ -200,7 +202,9 @@ QGroupBox* OptionsTab::buildMail()
     OptnOpenMailBtn = button("OptnOpenMailBtn", tr("Ope&n..."),
                              u"Select E-Mail Address List to Open"_s, "document-open", book);
     row->addWidget(OptnOpenMailBtn);
-    form->addRow(tr("Address &book:"), book);
+    auto* label = new QLabel(tr("Address &book:"), frame);
+    label->setBuddy(Text8[2]);
+    form->addRow(label, book);
     form->addRow(tr("F&rom address:"), field(3, tr("Your address, in mail that you send"), frame));
     for (int i = 4; i < static_cast<int>(Text8.size()); ++i)
         form->addRow(tr("Favorite %1:").arg(i - 3),

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QVBoxLayout>
 
+#include "access/routing.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
 #include "core/file_types.h"
@@ -12,7 +13,6 @@
 #include "core/text.h"
 #include "core/wait_pointer.h"
 #include "organizer/organizer_store.h"
-#include "platform/paths.h"
 
 namespace velnor {
 
@@ -27,9 +27,12 @@ QString nameOfPath(const QString& path)
     return text::mid(path, text::instrRev(path, u"\\"_s) + 1);
 }
 
-QString extensionOf(const QString& path)
+/// The empty slot in front of the types counts: a file without extension is taken, too, unless it
+/// is the first of those dropped. Required.
+bool isFiled(const QString& path)
 {
-    return QString::fromStdString(std::string(paths::extension(path.toStdString()))).toUpper();
+    const QString extension = GetFileExtension(path);
+    return extension.isEmpty() || extensionSlot(extension) != 0;
 }
 
 }  // namespace
@@ -228,7 +231,7 @@ void OrganizerPane::dropped(const QStringList& paths, QTreeWidgetItem* under)
     if (under)
         globals().ORG_GROUP = KeyedTree::nodeValue(*under);
     QStringList items = paths;
-    if (extensionOf(paths.first()).isEmpty()) {
+    if (GetFileExtension(paths.first()).isEmpty()) {
         items.clear();
         for (const QString& pattern : filePattern().split(';', Qt::SkipEmptyParts))
             for (const QString& name : dirAll(paths.first() + u"\\"_s + pattern))
@@ -244,8 +247,7 @@ void OrganizerPane::dropped(const QStringList& paths, QTreeWidgetItem* under)
 
 bool OrganizerPane::dropOne(const QString& path, QTreeWidgetItem* under)
 {
-    const QString extension = extensionOf(path);
-    if (extension.isEmpty() || extensionSlot(extension) == 0) {
+    if (!isFiled(path)) {
         prompt().tell(this, u"File Type not supported - Did not add to Database"_s);
         return false;
     }

@@ -26,8 +26,12 @@ QString textOf(ValueView value)
 
 }  // namespace
 
-BoundField::BoundField(QWidget* box, int position, const FieldDef& field)
-    : QObject(box), box_(box), position_(position), numberedByFile_(field.autonumber)
+BoundField::BoundField(QWidget* box, int position, const FieldDef& field, bool mayBeNull)
+    : QObject(box),
+      box_(box),
+      position_(position),
+      numberedByFile_(field.autonumber),
+      mayBeNull_(mayBeNull)
 {
     if (auto* line = qobject_cast<QLineEdit*>(box))
         connect(line, &QLineEdit::textEdited, this, &BoundField::noteChange);
@@ -76,8 +80,9 @@ void BoundField::showValue(ValueView value)
     if (!check)
         return setText(textOf(value));
     // A file that knows neither yes nor no shows as half a tick until people decide.
-    check->setTristate(value.isNull());
-    check->setCheckState(value.isNull()                       ? Qt::PartiallyChecked
+    const bool undecided = value.isNull() && mayBeNull_;
+    check->setTristate(undecided);
+    check->setCheckState(undecided                            ? Qt::PartiallyChecked
                          : realOf(value).value_or(0.0) != 0.0 ? Qt::Checked
                                                               : Qt::Unchecked);
     changed_ = false;

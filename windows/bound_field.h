@@ -18,8 +18,8 @@ class BoundField : public QObject, public DataBinding {
     Q_OBJECT
 public:
     /// `box` is a QLineEdit, a QPlainTextEdit or a QCheckBox; `position` that of the field in the
-    /// record.
-    BoundField(QWidget* box, int position, const FieldDef& field);
+    /// record. A check box whose field `mayBeNull` has a third state.
+    BoundField(QWidget* box, int position, const FieldDef& field, bool mayBeNull = true);
 
     QWidget* box() const { return box_; }
     /// The text of a line or memo; empty of a check box.
@@ -41,6 +41,7 @@ private:
     QPointer<QWidget> box_;
     int position_;
     bool numberedByFile_;
+    bool mayBeNull_;
     bool changed_ = false;
     bool showing_ = false;
 };

@@ -23,6 +23,7 @@
 #include "windows/paint_colors.h"
 #include "windows/record_grid.h"
 #include "windows/recordset_model.h"
+#include "windows/table_pane.h"
 
 namespace velnor {
 
@@ -84,7 +85,6 @@ void ChildFrm1::openFile()
             return;
         auto& G = globals();
         NUMINDEXES = G.INDEX_COUNT;
-        tableCount_ = G.TABLE_COUNT;
         shell_.EnableDataButtons(NUMINDEXES);
         fillLists();
         setColumns();
@@ -170,25 +170,28 @@ void ChildFrm1::tellOpening(int number, const QString& description)
 void ChildFrm1::fillLists()
 {
     auto& G = globals();
-    loading_ = true;
-    List1->clear();
-    List2->clear();
+    QStringList tables;
     if (isDatabaseKind(fileType_))
-        for (int i = 0; i < tableCount_; ++i)
-            List1->addItem(G.TABLE_NAMES[i]);
+        for (int i = 0; i < G.TABLE_COUNT; ++i)
+            tables << G.TABLE_NAMES[i];
+    Frame1->setTables(tables);
+    fillIndexes();
+}
+
+void ChildFrm1::fillIndexes()
+{
+    QStringList indexes;
     for (int i = 0; i < NUMINDEXES; ++i)
-        List2->addItem(G.INDEX_NAMES[i]);
-    List1->setCurrentRow(List1->count() > 0 ? 0 : -1);
-    List2->setCurrentRow(List2->count() > 0 ? 0 : -1);
-    loading_ = false;
+        indexes << globals().INDEX_NAMES[i];
+    Frame1->setIndexes(indexes);
 }
 
 void ChildFrm1::setColumns()
 {
-    auto& G = globals();
+    // Of the grid's own fields: the table last read may be another window's by now.
     columnTypes_.fill(0);
-    for (int i = 0; i < G.FIELD_COUNT; ++i)
-        columnTypes_[i] = G.FIELD_TYPES[i];
+    for (int i = 0; i < qMin(rows_->columnCount(), columnTypes_.size()); ++i)
+        columnTypes_[i] = static_cast<short>(rows_->field(i).type);
 
     QHeaderView& header = *MSFlexGrid1->horizontalHeader();
     for (int i = 0; i < rows_->columnCount(); ++i) {
@@ -276,13 +279,6 @@ void ChildFrm1::applyOptions()
     setRowHeight();
 }
 
-void ChildFrm1::changeEvent(QEvent* event)
-{
-    DocumentChild::changeEvent(event);
-    if (event->type() == QEvent::ApplicationPaletteChange && !firstActivation_)
-        paintWindow();
-}
-
 void ChildFrm1::Data1_Reposition()
 {
     auto& records = Data1.Recordset();
@@ -318,17 +314,9 @@ void ChildFrm1::MSFlexGrid1_Click()
         showComments(here.row(), here.column());
 }
 
-QStringList ChildFrm1::tables() const
-{
-    QStringList names;
-    for (int i = 0; i < List1->count(); ++i)
-        names << List1->item(i)->text();
-    return names;
-}
-
 void ChildFrm1::List1_Click()
 {
-    if (!loading_ && List1->currentItem())
+    if (List1->currentItem())
         showTable(List1->currentItem()->text());
 }
 
@@ -345,15 +333,8 @@ void ChildFrm1::showTable(const QString& name)
     NUMINDEXES = G.INDEX_COUNT;
     SORTEDBY.clear();
     const Outcome opened = attempt([&] { refreshData(); });
-    loading_ = true;
-    List2->clear();
-    for (int i = 0; i < NUMINDEXES; ++i)
-        List2->addItem(G.INDEX_NAMES[i]);
-    List2->setCurrentRow(List2->count() > 0 ? 0 : -1);
-    for (int i = 0; i < List1->count(); ++i)
-        if (List1->item(i)->text() == name)
-            List1->setCurrentRow(i);
-    loading_ = false;
+    fillIndexes();
+    Frame1->markTable(name);
     Frame2->hide();
     setColumns();
     enableTools();
@@ -364,7 +345,7 @@ void ChildFrm1::showTable(const QString& name)
 
 void ChildFrm1::List2_Click()
 {
-    if (loading_ || !List2->currentItem())
+    if (!List2->currentItem())
         return;
     const QString name = List2->currentItem()->text();
     const Outcome ordered = attempt([&] { Data1.SetIndex(name.toStdString()); });
@@ -381,10 +362,14 @@ void ChildFrm1::mnuFileRefresh_Click()
 {
     if (Data1.DatabaseName.empty() || Data1.RecordSource.empty())
         return;
+    const int columns = rows_->columnCount();
+    const QByteArray widths = MSFlexGrid1->horizontalHeader()->saveState();
     attempt([&] { refreshData(); });
     if (!SORTEDBY.isEmpty())
         List2_Click();
     setColumns();
+    if (rows_->columnCount() == columns)  // they stay as people made them
+        MSFlexGrid1->horizontalHeader()->restoreState(widths);
 }
 
 void ChildFrm1::mnuEditCopy_Click()

@@ -13,7 +13,6 @@
 
 class QListWidget;
 class QPlainTextEdit;
-class QSplitter;
 class QToolButton;
 
 namespace velnor {
@@ -23,6 +22,7 @@ class FindBar;
 class GridSearch;
 class RecordGrid;
 class RecordsetModel;
+class TablePane;
 
 class ChildFrm1 : public DocumentChild {
     Q_OBJECT
@@ -34,7 +34,7 @@ public:
     DataControl Data1;
     DataStrip* Data1Strip;  // the face of Data1
     RecordGrid* MSFlexGrid1;
-    QWidget* Frame1;     // tables and indexes
+    TablePane* Frame1;   // tables and indexes
     QListWidget* List1;  // tables
     QListWidget* List2;  // indexes
     QToolButton* ExitDBaseBtn;
@@ -78,7 +78,6 @@ public:
 
 protected:
     void Form_Unload() override;
-    void changeEvent(QEvent* event) override;
 
 private:
     void buildControls();
@@ -90,29 +89,22 @@ private:
     void refreshData();
     void tellOpening(int number, const QString& description);
     void fillLists();
+    void fillIndexes();
     void setColumns();
     void setRowHeight();
     void showComments(int row, int column);
     QWidget* buildFind();
-    void showPanes();
     void paintWindow();
     void recordCell(int row);
 
     QString fileType_, folder_, fileName_, connect_, password_;
     BoundedArray<short, 301> columnTypes_;
-    short tableCount_ = 0;
     std::int64_t gridRow_ = 0;  // the record that Data1 stands on
     bool firstActivation_ = true;
     bool closeWindow_ = false;  // the file could not be opened
-    bool tablePane_ = false;
-    bool indexPane_ = false;
-    bool loading_ = false;  // the lists are being filled: a click in them is not the user's
     bool opened_ = false;   // counted in DATABASE_COUNT
     RecordsetModel* rows_;
     GridSearch* search_;
-    QWidget* tableBox_;
-    QWidget* indexBox_;
-    QSplitter* side_;
 };
 
 }  // namespace velnor

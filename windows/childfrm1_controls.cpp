@@ -1,8 +1,4 @@
 // The controls of the table browser and how they are laid out.
-#include <QFrame>
-#include <QHeaderView>
-#include <QLabel>
-#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QSplitter>
 #include <QToolButton>
@@ -17,50 +13,12 @@
 #include "windows/pane_heading.h"
 #include "windows/record_grid.h"
 #include "windows/recordset_model.h"
+#include "windows/table_pane.h"
 #include "windows/text_style_delegate.h"
 
 namespace velnor {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QToolButton* closeButton(QWidget* parent, const QString& name, const QString& tip)
-{
-    auto* button = new QToolButton(parent);
-    button->setObjectName(name);
-    button->setIcon(QIcon::fromTheme(u"window-close"_s));
-    button->setAutoRaise(true);
-    button->setToolTip(tip);
-    button->setAccessibleName(tip);
-    return button;
-}
-
-/// A list under its heading, the heading at `boxOut` hidden together with it.
-QListWidget* headedList(QWidget* parent, QVBoxLayout* column, const QString& name,
-                        const QString& heading, const QString& tip, QWidget*& boxOut)
-{
-    boxOut = new QWidget(parent);
-    auto* box = new QVBoxLayout(boxOut);
-    box->setContentsMargins(0, 0, 0, 0);
-    box->setSpacing(2);
-    auto* label = new QLabel(heading, boxOut);
-    label->setContentsMargins(6, 4, 6, 0);
-    auto* list = new QListWidget(boxOut);
-    list->setObjectName(name);
-    list->setToolTip(tip);
-    list->setAccessibleName(heading);
-    list->setUniformItemSizes(true);
-    list->setSpacing(1);
-    list->setFrameShape(QFrame::NoFrame);
-    label->setBuddy(list);
-    box->addWidget(label);
-    box->addWidget(list, 1);
-    column->addWidget(boxOut, 1);
-    return list;
-}
-
-}  // namespace
 
 void ChildFrm1::buildControls()
 {
@@ -81,19 +39,19 @@ void ChildFrm1::buildControls()
     main->setStretchFactor(0, 3);
     main->setStretchFactor(1, 1);
     main->setChildrenCollapsible(false);
-    side_ = new QSplitter(Qt::Horizontal, this);
-    side_->addWidget(buildLists());
-    side_->addWidget(main);
-    side_->setStretchFactor(0, 0);
-    side_->setStretchFactor(1, 1);
-    side_->setSizes({190, 600});
-    side_->setChildrenCollapsible(false);
+    auto* side = new QSplitter(Qt::Horizontal, this);
+    side->addWidget(buildLists());
+    side->addWidget(main);
+    side->setStretchFactor(0, 0);
+    side->setStretchFactor(1, 1);
+    side->setSizes({190, 600});
+    side->setChildrenCollapsible(false);
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(Data1Strip);
-    column->addWidget(side_, 1);
+    column->addWidget(side, 1);
     column->addWidget(buildFind());
     setFocusProxy(MSFlexGrid1);
 
@@ -107,15 +65,13 @@ void ChildFrm1::buildControls()
     move(Data1Strip->previousBtn, &DataControl::MovePrevious);
     move(Data1Strip->nextBtn, &DataControl::MoveNext);
     move(Data1Strip->lastBtn, &DataControl::MoveLast);
-    connect(List1, &QListWidget::currentRowChanged, this, edge(this, &ChildFrm1::List1_Click));
-    connect(List2, &QListWidget::currentRowChanged, this, edge(this, &ChildFrm1::List2_Click));
+    connect(Frame1, &TablePane::tableClicked, this, edge(this, &ChildFrm1::List1_Click));
+    connect(Frame1, &TablePane::indexClicked, this, edge(this, &ChildFrm1::List2_Click));
+    connect(Frame1, &TablePane::closed, this, edge(this, &ChildFrm1::ExitDBaseBtn_Click));
     connect(MSFlexGrid1->selectionModel(), &QItemSelectionModel::currentChanged, this,
             edge(this, &ChildFrm1::MSFlexGrid1_Click));
-    connect(MSFlexGrid1, &QTableView::doubleClicked, this,
-            edge(this, &ChildFrm1::mnuViewComments_Click));
-    connect(ExitDBaseBtn, &QToolButton::clicked, this, edge(this, &ChildFrm1::ExitDBaseBtn_Click));
     connect(ExitCommBtn, &QToolButton::clicked, this, edge(this, &ChildFrm1::ExitCommBtn_Click));
-    showPanes();
+    Frame1->hide();
     Frame2->hide();
 }
 
@@ -144,19 +100,11 @@ QWidget* ChildFrm1::buildFind()
 
 QWidget* ChildFrm1::buildLists()
 {
-    Frame1 = new QWidget(this);
+    Frame1 = new TablePane(this);
     Frame1->setObjectName(u"Frame1"_s);
-    Frame1->setMinimumWidth(120);
-    auto* column = new QVBoxLayout(Frame1);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    ExitDBaseBtn =
-        closeButton(Frame1, u"ExitDBaseBtn"_s, u"Close Database Table and Index Display"_s);
-    column->addWidget(new PaneHeading(tr("Table and Index"), ExitDBaseBtn, Frame1));
-    List1 = headedList(Frame1, column, u"List1"_s, tr("&Tables"), tr("Choose the table to show"),
-                       tableBox_);
-    List2 = headedList(Frame1, column, u"List2"_s, tr("&Indexes"),
-                       tr("Choose the order of the records"), indexBox_);
+    List1 = Frame1->List1;
+    List2 = Frame1->List2;
+    ExitDBaseBtn = Frame1->ExitDBaseBtn;
     return Frame1;
 }
 

@@ -1,6 +1,5 @@
 // What stands around the grid of the table browser: tables and indexes, the comments, find, and the
 // way to data entry.
-#include <QListWidget>
 #include <QPlainTextEdit>
 
 #include "access/layout.h"
@@ -13,6 +12,7 @@
 #include "windows/mdiform1.h"
 #include "windows/record_grid.h"
 #include "windows/recordset_model.h"
+#include "windows/table_pane.h"
 
 namespace velnor {
 
@@ -44,34 +44,25 @@ void ChildFrm1::ExitCommBtn_Click()
     MSFlexGrid1->setFocus();
 }
 
-void ChildFrm1::showPanes()
-{
-    tableBox_->setVisible(tablePane_);
-    indexBox_->setVisible(indexPane_);
-    Frame1->setVisible(tablePane_ || indexPane_);
-}
-
 void ChildFrm1::mnuViewTable_Click()
 {
-    tablePane_ = !tablePane_;
-    showPanes();
-    if (tablePane_)
-        List1->setFocus();
+    Frame1->toggleTables();
 }
 
 void ChildFrm1::mnuViewIndex_Click()
 {
-    indexPane_ = !indexPane_;
-    showPanes();
-    if (indexPane_)
-        List2->setFocus();
+    Frame1->toggleIndexes();
 }
 
 void ChildFrm1::ExitDBaseBtn_Click()
 {
-    tablePane_ = indexPane_ = false;
-    showPanes();
+    Frame1->hideBoth();
     MSFlexGrid1->setFocus();
+}
+
+QStringList ChildFrm1::tables() const
+{
+    return Frame1->tables();
 }
 
 void ChildFrm1::mnuFindText_Click()

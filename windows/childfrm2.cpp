@@ -82,6 +82,7 @@ ChildFrm2::ChildFrm2(MDIForm1& shell) : DocumentChild(shell)
     Text1->setFrameShape(QFrame::NoFrame);
     Text1->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     Text1->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    Text1->document()->setDocumentMargin(8);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);

@@ -250,13 +250,6 @@ bool ChildFrm3::eventFilter(QObject* watched, QEvent* event)
     return DocumentChild::eventFilter(watched, event);
 }
 
-void ChildFrm3::changeEvent(QEvent* event)
-{
-    DocumentChild::changeEvent(event);
-    if (event->type() == QEvent::ApplicationPaletteChange)
-        applyOptions();
-}
-
 void ChildFrm3::Form_Unload()
 {
     Data1.close();

@@ -64,7 +64,6 @@ public:
 
 protected:
     void Form_Unload() override;
-    void changeEvent(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

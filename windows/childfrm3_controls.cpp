@@ -188,7 +188,8 @@ void ChildFrm3::addEntryRow(int number, int position, const FieldDef& field)
     box->setAccessibleDescription(box->toolTip());
     box->installEventFilter(this);
     grid->addWidget(box, number, 1, look.kind == EntryKind::Memo ? Qt::Alignment() : Qt::AlignLeft);
-    bound_ << new BoundField(box, position, field);
+    const bool mayBeNull = connect_ != u"Access 2000;";  // there yes or no is always decided
+    bound_ << new BoundField(box, position, field, mayBeNull);
     Data1.bind(*bound_.last());
 }
 

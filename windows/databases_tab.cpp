@@ -192,7 +192,7 @@ QWidget* DatabasesTab::buildList()
     auto* filterRow = new QHBoxLayout;
     filterRow->setContentsMargins(8, 2, 8, 4);
     filterRow->setSpacing(6);
-    auto* filterLabel = new QLabel(tr("S&how:"), box);
+    auto* filterLabel = new QLabel(tr("&Show:"), box);
     filterLabel->setBuddy(filterCombo);
     filterRow->addWidget(filterLabel);
     filterRow->addWidget(filterCombo, 1);

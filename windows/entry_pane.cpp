@@ -51,6 +51,7 @@ void EntryPane::arrange()
     Frame1->resize(view_->width(), high);
     const bool hides = hiddenHeight() > 0;
     VScroll1->setEnabled(hides);
+    VScroll1->setMaximum(hides ? kPercent : 0);  // its handle fills it while all is seen
     VScroll1->setPageStep(qMax(1, kPercent * view_->height() / qMax(1, high)));
     if (!hides)
         VScroll1->setValue(0);

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 FindBar::FindBar(QWidget* parent) : QWidget(parent)
 {
     setObjectName(u"FindBar"_s);
-    auto* label = new QLabel(tr("F&ind:"), this);
+    auto* label = new QLabel(tr("Fin&d:"), this);
     words = new QLineEdit(this);
     words->setObjectName(u"FindText"_s);
     words->setClearButtonEnabled(true);

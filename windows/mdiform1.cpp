@@ -1,6 +1,7 @@
 #include "windows/mdiform1.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDragEnterEvent>
@@ -11,6 +12,7 @@
 #include <QMimeData>
 #include <QScreen>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTabBar>
 #include <QToolBar>
 
@@ -21,6 +23,7 @@
 #include "core/prompt.h"
 #include "core/twips.h"
 #include "core/upcalls.h"
+#include "platform/run_error.h"
 #include "windows/child_geometry.h"
 #include "windows/childfrm1.h"
 #include "windows/childfrm2.h"
@@ -31,6 +34,10 @@
 namespace velnor {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+constexpr qreal kCascadedPart = 0.7;  // of the room that there is, in each direction
+}
 
 MDIForm1::MDIForm1(ShellLinks links, QWidget* parent)
     : QMainWindow(parent), links_(std::move(links))
@@ -43,11 +50,10 @@ MDIForm1::MDIForm1(ShellLinks links, QWidget* parent)
 
     area_ = new QMdiArea(this);
     area_->setObjectName(u"MdiArea"_s);
-    area_->setViewMode(QMdiArea::TabbedView);
     area_->setTabsClosable(true);
     area_->setTabsMovable(true);
     area_->setDocumentMode(true);
-    area_->setBackground(palette().brush(QPalette::Mid));
+    showAsTabs();
     setCentralWidget(area_);
     connect(area_, &QMdiArea::subWindowActivated, this, &MDIForm1::childCameToFront);
 
@@ -85,6 +91,7 @@ void MDIForm1::applyOptions()
     for (QToolBar* bar : findChildren<QToolBar*>())
         if (bar->window() == this)
             paintSurface(*bar, {G.TOOLBAR_BACK_COLOR, G.TOOLBAR_TEXT_COLOR});
+    area_->setBackground(QApplication::palette().brush(QPalette::Mid));
     useBoldOption(*this);
     for (DocumentChild* child : children())
         child->applyOptions();
@@ -166,29 +173,44 @@ void MDIForm1::NewWindowFile(const QString& title)
     NEWCAPTION = uniqueCaption(title);
     if (GetFileExtension(title).isEmpty() && !isWebAddress(title))
         return;
+    const short count = NUM_CHILDWINDOWS;
+    const int left = CHILD_LEFT, top = CHILD_TOP;
+    std::unique_ptr<QMdiSubWindow> window;
     const Outcome made = attempt([&] {
-        DocumentChild* child = makeChild();
-        auto* window = new QMdiSubWindow;
-        window->setWidget(child);
+        window = std::make_unique<QMdiSubWindow>();
         window->setAttribute(Qt::WA_DeleteOnClose);
+        DocumentChild* child = makeChild();
+        window->setWidget(child);
         child->setCaption(NEWCAPTION);
-        const int left = CHILD_LEFT, top = CHILD_TOP;
         child->Form_Load();
-        window->setWindowTitle(child->windowTitle());
-        for (QAction* action : window->systemMenu()->actions())
-            action->setShortcut({});  // the shell's own keys would be ambiguous
-        area_->addSubWindow(window);
-        window->setGeometry(toPixels(left), toPixels(top), toPixels(kChildWidth),
-                            toPixels(kChildHeight));
-        child->show();
-        window->show();
-        AddToWindowList(child);
-        bringToFront(child);
+        showChild(window.release(), child, QPoint(left, top));
     });
-    if (made.number == 7)
+    if (made)
+        return;
+    if (window) {  // it was not to be seen yet
+        window.reset();
+        NUM_CHILDWINDOWS = count;
+        CHILD_LEFT = left;
+        CHILD_TOP = top;
+    }
+    if (made.number == static_cast<int>(RunErrorNumber::OutOfMemory))
         prompt().tell(this, u"Running out of Memory - Please Close some File Windows"_s);
-    else if (!made)
+    else
         tellUnexpected(made);
+}
+
+void MDIForm1::showChild(QMdiSubWindow* window, DocumentChild* child, QPoint place)
+{
+    window->setWindowTitle(child->windowTitle());
+    for (QAction* action : window->systemMenu()->actions())
+        action->setShortcut({});  // the shell's own keys would be ambiguous
+    area_->addSubWindow(window);
+    window->setGeometry(toPixels(place.x()), toPixels(place.y()), toPixels(kChildWidth),
+                        toPixels(kChildHeight));
+    child->show();
+    window->show();
+    AddToWindowList(child);
+    bringToFront(child);
 }
 
 QList<DocumentChild*> MDIForm1::children() const
@@ -333,7 +355,20 @@ void MDIForm1::ID_CMBTable_Change(int index)
 void MDIForm1::cascade()
 {
     area_->setViewMode(QMdiArea::SubWindowView);
-    area_->cascadeSubWindows();
+    const QSize room = area_->viewport()->size();
+    const int step = toPixels(kCascadeLeft) + style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    QPoint place(0, 0);
+    for (DocumentChild* child : children()) {
+        auto* window = qobject_cast<QMdiSubWindow*>(child->parentWidget());
+        window->showNormal();
+        window->setGeometry(QRect(place, room * kCascadedPart));
+        window->raise();
+        place += QPoint(step, step);
+        if (place.x() + window->width() > room.width() || place.y() + window->height() > room.height())
+            place = {0, 0};
+    }
+    if (DocumentChild* front = activeChild())
+        bringToFront(front);
 }
 
 void MDIForm1::tile(Qt::Orientation orientation)
@@ -356,6 +391,8 @@ void MDIForm1::tile(Qt::Orientation orientation)
 void MDIForm1::showAsTabs()
 {
     area_->setViewMode(QMdiArea::TabbedView);
+    if (auto* tabs = area_->findChild<QTabBar*>())  // the area makes one each time
+        tabs->setExpanding(false);
 }
 
 void MDIForm1::nextFile()

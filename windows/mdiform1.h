@@ -103,6 +103,7 @@ private:
                       const QString& icon, ChildCommand command, QKeySequence key = {});
     ToolRow mainTool(const QString& id, const QString& text, const QString& icon = {});
     DocumentChild* makeChild();
+    void showChild(QMdiSubWindow* window, DocumentChild* child, QPoint place);
     void childCameToFront(QMdiSubWindow* window);
     void ID_CMBTable_Change(int index);
     void allChildrenGone();

@@ -215,7 +215,7 @@ void MDIForm1::buildMenus()
          childTool(u"ID_mnuOpenFileApplication"_s, u"Open with another &Application"_s, {}, {},
                    &DocumentChild::mnuFileOLE_Click),
          childTool(u"ID_mnuCloseFile"_s, u"&Close"_s, {}, u"document-close"_s,
-                   &DocumentChild::mnuFileClose_Click, QKeySequence::Close),
+                   &DocumentChild::mnuFileClose_Click, QKeySequence(u"Ctrl+W"_s)),
          childTool(u"ID_mnuSaveFileAs"_s, u"Sav&e As..."_s, {}, u"document-save-as"_s,
                    &DocumentChild::mnuFileSaveAs_Click),
          toolLine(),
@@ -241,6 +241,8 @@ void MDIForm1::buildMenus()
          childTool(u"ID_mnuFindNextText"_s, u"Find &Next"_s, u"Find the text again"_s,
                    u"go-down-search"_s, &DocumentChild::mnuFindNextText_Click,
                    QKeySequence::FindNext)});
+    // A menu that is off takes its keys along; these work for tables, too.
+    addActions({ToolBarComp1->find(u"ID_mnuFindText"_s), ToolBarComp1->find(u"ID_mnuFindNextText"_s)});
 
     QMenu* view = menuBar()->addMenu(tr("&View"));
     ToolBarComp1->adopt(u"ID_mnuView"_s, view->menuAction());

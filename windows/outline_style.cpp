@@ -6,6 +6,10 @@
 
 namespace velnor {
 
+namespace {
+constexpr qreal kOffOpacity = 0.35;
+}
+
 OutlineStyle::OutlineStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
 
 void OutlineStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
@@ -28,6 +32,20 @@ void OutlineStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* o
     else
         painter->drawRoundedRect(frame, 2, 2);
     painter->restore();
+}
+
+QPixmap OutlineStyle::generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
+                                          const QStyleOption* option) const
+{
+    if (mode != QIcon::Disabled || pixmap.isNull())
+        return QProxyStyle::generatedIconPixmap(mode, pixmap, option);
+    QPixmap faint(pixmap.size());
+    faint.setDevicePixelRatio(pixmap.devicePixelRatio());
+    faint.fill(Qt::transparent);
+    QPainter painter(&faint);
+    painter.setOpacity(kOffOpacity);
+    painter.drawPixmap(0, 0, pixmap);
+    return faint;
 }
 
 }  // namespace velnor

@@ -121,6 +121,7 @@ void Velnor1::buildTabs()
     options_->applied = [this] { applyOptions(); };
     List1 = new QListWidget(this);
     List1->setObjectName(u"List1"_s);
+    List1->setAccessibleName(tr("Working folders"));
     List1->hide();
     databases_->StepFolderList = [this] { stepFolders(); };
     addComingTabs();
@@ -233,6 +234,14 @@ void Velnor1::changeEvent(QEvent* event)
         if (!done)
             tellUnexpected(done);
     }
+}
+
+bool Velnor1::event(QEvent* event)
+{
+    const bool handled = QMainWindow::event(event);
+    if (event->type() == QEvent::ApplicationPaletteChange && loaded_)
+        applyOptions();  // colours of the desktop among those that people set
+    return handled;
 }
 
 void Velnor1::Timer1_Timer()

@@ -133,7 +133,7 @@ void Velnor1::buildMenus()
           u"Open the selected file with the program that the desktop has for it"_s,
           own(&Velnor1::openWithAnother), u"document-open-folder"_s},
          {u"ID_mnuClose"_s, u"&Close"_s, u"Close the window of the selected file"_s,
-          own(&Velnor1::closeSelectedWindow), u"document-close"_s, QKeySequence::Close},
+          own(&Velnor1::closeSelectedWindow), u"document-close"_s, QKeySequence(u"Ctrl+W"_s)},
          {u"ID_mnuSaveAs"_s, u"Sav&e As..."_s, u"Copy the selected file under another name"_s,
           own(&Velnor1::saveSelected), u"document-save-as"_s, QKeySequence::SaveAs},
          toolLine(),
@@ -148,7 +148,7 @@ void Velnor1::buildMenus()
          later("ID_mnuReceive", u"Recei&ve..."_s, u"mail"_s, u"mail-receive"_s),
          toolLine(),
          {u"ID_mnuExit"_s, u"E&xit"_s, u"End the program"_s, [this] { close(); },
-          u"application-exit"_s, QKeySequence::Quit}});
+          u"application-exit"_s, QKeySequence(u"Ctrl+Q"_s)}});
 
     QMenu* edit = menuBar()->addMenu(tr("&Edit"));
     tools.fill(*edit,

@@ -115,6 +115,25 @@ private slots:
         QCOMPARE(tab_->CHKOPTION[size_t(index)]->objectName(), QString("CHKOPTION_%1").arg(index));
     }
 
+    void choices_areThoseOfTheOptions()
+    {
+        const auto choices = [](const QComboBox* box) {
+            QStringList texts;
+            for (int i = 0; i < box->count(); ++i)
+                texts << box->itemText(i);
+            return texts;
+        };
+        QCOMPARE(choices(tab_->CMBMENU), (QStringList{"Windows 95/98", "Windows 2000", "Windows XP"}));
+        QCOMPARE(choices(tab_->CMBMENUTYPE), (QStringList{"None", "Light Raised", "Heavy Raised",
+                                                          "Light Inset", "Heavy Inset"}));
+        QCOMPARE(choices(tab_->CMBFONTTYPE), (QStringList{"None", "Raised Light", "Raised Heavy",
+                                                          "Lowered Light", "Lowered Heavy"}));
+        QCOMPARE(tab_->RDBROWSER[0]->text(), "Flat Text");
+        QCOMPARE(tab_->RDBROWSER[1]->text(), "Raised Text");
+        QCOMPARE(tab_->RDBROWSER[2]->text(), "Lowered Text");
+        QCOMPARE(tab_->OptWinColorBtn->toolTip(), "Set Colors to Window Color Selections");
+    }
+
     void load_showsTheOptionsInForce()
     {
         auto& G = globals();

@@ -102,6 +102,16 @@ private slots:
         QCOMPARE(fixture_->rows("DatabaseTable").size(), 2);
     }
 
+    void aDatabaseNamedWithABlankInFrontTakesAFileOnce()  // it is looked for without the blank
+    {
+        const QString path = fixture_->makeFile("C:\\data\\A.DBF");
+        globals().ORG_DATABASE = " Database 1";
+        QVERIFY(AddtoDatabase("A.DBF", path));
+        QVERIFY(!AddtoDatabase("A.DBF", path));
+        QCOMPARE(fixture_->prompt.told, QStringList{"File already exisits in the Database"});
+        QCOMPARE(fixture_->rows("DatabaseTable").size(), 1);
+    }
+
     void whatCannotBeFiledIsTold()
     {
         globals().ORG_DATABASE = "Database 1";

@@ -233,6 +233,23 @@ private slots:
         QCOMPARE(tree().topLevelItemCount(), 1);
     }
 
+    void aFileWithoutExtensionIsTakenBehindAnother()  // the empty slot of the types: required
+    {
+        drop({file("A.DBF"), file("PLAIN")}, "Database 1");
+        QVERIFY(fixture_->prompt.told.isEmpty());
+        QCOMPARE(fixture_->rows("DatabaseTable").size(), 2);
+    }
+
+    void aFolderUnderADottedOneIsNoFolder()  // what stands behind the last dot counts: required
+    {
+        fixture_->sandbox.makeFolders("C:\\data\\v1.2\\inner");
+        fixture_->makeFile("C:\\data\\v1.2\\inner\\A.DBF");
+        drop({"C:\\data\\v1.2\\inner"}, "Database 1");
+        QCOMPARE(fixture_->prompt.told,
+                 QStringList{"File Type not supported - Did not add to Database"});
+        QCOMPARE(fixture_->rows("DatabaseTable").size(), 0);
+    }
+
     void aClosedFolderIsNotDeleted()
     {
         tree().setCurrentItem(tree().node("Database 1"));

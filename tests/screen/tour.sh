@@ -172,7 +172,7 @@ run_screen() {
 
 for screen in ${SCREENS:-small large}; do
     case $screen in
-    small) run_screen small 91 1280x800 ;;
-    large) QT_SCALE_FACTOR=2 run_screen large 92 2560x1600 ;;
+    small) run_screen small "${FIRST_SCREEN:-91}" 1280x800 ;;
+    large) QT_SCALE_FACTOR=2 run_screen large "${FIRST_SCREEN:-91}" 2560x1600 ;;
     esac
 done

@@ -304,6 +304,11 @@ private slots:
     {
         auto& G = globals();
         fixture_->prompt.expectDialog("AskNetworkName", [](QDialog& dialog) {
+            [&] {
+                QCOMPARE(static_cast<QInputDialog&>(dialog).labelText(),
+                         "Please Select your Computer Name on the Network - Cancel if you are not "
+                         "using a Computer Network.");
+            }();
             static_cast<QInputDialog&>(dialog).setTextValue("attic\r\nsecond line");
             return QDialog::Accepted;
         });

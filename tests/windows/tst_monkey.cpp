@@ -4,8 +4,11 @@
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
+#include <QDropEvent>
 #include <QElapsedTimer>
 #include <QMenu>
+#include <QMimeData>
+#include <QSet>
 #include <QTest>
 #include <QTimer>
 
@@ -23,6 +26,9 @@ using namespace velnor::testing;
 
 namespace {
 
+constexpr const char* kParadox = "Paradox 5.x;";
+constexpr const char* kLocale = ";LANGID=0x0409;CP=1252;COUNTRY=0";
+
 int environmentNumber(const char* name, int otherwise)
 {
     bool given = false;
@@ -34,7 +40,7 @@ int environmentNumber(const char* name, int otherwise)
 bool isOffLimits(const QAction& action)
 {
     return action.menu() || action.isSeparator() || !action.isEnabled() ||
-           action.text().contains("xit") || action.shortcut() == QKeySequence::Quit;
+           action.text().contains("xit") || action.shortcut() == QKeySequence("Ctrl+Q");
 }
 
 }  // namespace
@@ -50,11 +56,11 @@ private slots:
         fixture_->makeCustomers();
         fixture_->makeShop();
         fixture_->makeCustomers("SECOND");
+        makeOtherKinds();
         fixture_->sandbox.write("C:\\data\\notes.txt", "some words\r\nmore words\r\n");
         prompt_ = std::make_unique<MonkeyPrompt>(
             random_,
-            QStringList{"C:\\data\\CUSTOMER.DBF", "C:\\data\\shop.mdb", "C:\\data\\SECOND.DBF",
-                        "C:\\data\\notes.txt", "C:\\data\\gone.dbf"});
+            files_ + QStringList{"C:\\data\\SECOND.DBF", "C:\\data\\gone.dbf"});
         prompt_->play = [this](QDialog& dialog) {
             for (int i = 0; i < 5; ++i)
                 actOn(dialog);
@@ -90,7 +96,8 @@ private slots:
             ++steps_;
             QApplication::processEvents(QEventLoop::AllEvents, 5);
         }
-        qInfo("%d steps, %d messages, %d questions", steps_, prompt_->messages, prompt_->questions);
+        qInfo("%d steps, %d messages, %d questions, windows: %s", steps_, prompt_->messages,
+              prompt_->questions, qPrintable(QStringList(seen_.values()).join(' ')));
         QVERIFY(steps_ > 20);
         window_->close();
         window_.reset();
@@ -105,8 +112,10 @@ private:
         upcalls().DisplayFile = [this](const QString& path) { window_->DisplayFile(path); };
         upcalls().OpenwithOLE = [this](const QString& path) { window_->OpenwithOLE(path); };
         upcalls().SaveFileAs = [](const QString& path) { SaveFileAs(path); };
+        upcalls().ShowHelp = [this](const QString& topic) { window_->showHelp(topic); };
         upcalls().EnableSelectMenus = [this] { window_->EnableSelectMenus(); };
         window_->setStartFolder("C:\\data");
+        globals().LOG_COPY = true;
         window_->Form_Load();
         window_->show();
         window_->Form_Activate();
@@ -125,25 +134,99 @@ private:
                 windows << widget;
         if (windows.isEmpty())
             return;
-        if (below(25) == 0) {
-            const QStringList files{"C:\\data\\CUSTOMER.DBF", "C:\\data\\shop.mdb",
-                                    "C:\\data\\notes.txt"};
-            const Outcome shown =
-                attempt([&] { window_->DisplayFile(files[below(files.size())]); });
-            Q_UNUSED(shown)
-        }
+        if (below(25) == 0)
+            openSome();
+        if (below(40) == 0)
+            windows[below(windows.size())]->resize(200 + static_cast<int>(below(1200)),
+                                                   150 + static_cast<int>(below(700)));
         actOn(*windows[below(windows.size())]);
+    }
+
+    /// A file of any kind, to be looked at or edited.
+    void openSome()
+    {
+        const Outcome shown = attempt([&] {
+            globals().SELECTED_FILE = files_[below(files_.size())];
+            window_->ToolBarComp1->click(below(2) ? "ID_mnuViewBrowseTable"
+                                                  : "ID_mnuViewEditTable");
+        });
+        Q_UNUSED(shown)
     }
 
     void actOn(QWidget& window)
     {
-        const unsigned what = below(10);
-        if (what < 2)
+        seen_.insert(QString(window.metaObject()->className()).section("::", -1));
+        const unsigned what = below(24);
+        if (what < 5)
             runAction(window);
-        else if (what < 6)
+        else if (what < 13)
             click(window);
+        else if (what < 15)
+            drop(window);
+        else if (what < 16)
+            wheel(window);
         else
             type(window);
+    }
+
+    /// Files of the scratch folder fall on something, as the desktop lets them.
+    void drop(QWidget& window)
+    {
+        QWidget* child = someChild(window);
+        QMimeData data;
+        QList<QUrl> urls;
+        for (unsigned i = 0; i < 1 + below(3); ++i)
+            urls << QUrl::fromLocalFile(QString::fromStdString(
+                fixture_->sandbox.native(files_[below(files_.size())].toStdString())));
+        data.setUrls(urls);
+        const QPoint at(child->width() / 2, static_cast<int>(below(qMax(1, child->height()))));
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(child, &enter);
+        if (!enter.isAccepted())
+            return;
+        QDropEvent event(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(child, &event);
+    }
+
+    void wheel(QWidget& window)
+    {
+        QWidget* child = someChild(window);
+        const QPointF at(child->rect().center());
+        QWheelEvent turn(at, child->mapToGlobal(at), {}, {0, below(2) ? 240 : -240}, Qt::NoButton,
+                         Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(child, &turn);
+    }
+
+    /// STAFF.DB: only with a primary key can its records be changed.
+    static void makeKeyedStaff()
+    {
+        Workspace workspace(*host().files);
+        Database folder = workspace.OpenDatabase("C:\\data", false, false, kParadox);
+        TableDef table = folder.CreateTableDef("STAFF");
+        table.Fields().Append(table.CreateField("Name", int(FieldType::Text), 20));
+        table.Fields().Append(table.CreateField("Age", int(FieldType::Double)));
+        Index key = table.CreateIndex("PrimaryKey");
+        key.Primary(true);
+        key.Unique(true);
+        key.Fields().Append(key.CreateField("Name"));
+        table.Indexes().Append(key);
+        folder.TableDefs().Append(table);
+        folder.Close();
+    }
+
+    void makeOtherKinds()
+    {
+        const auto make = [](const QString& file, const char* connect) {
+            Workspace workspace(*host().files);
+            workspace.CreateDatabase(file.toStdString(), std::string(kLocale) + connect).Close();
+            makeTable(file, connect, "Prices",
+                      {{"Item", FieldType::Text, 20}, {"Price", FieldType::Double}});
+            appendRows(file, connect, "Prices", {{"pear", 3}, {"apple", 1}});
+        };
+        make("C:\\data\\prices.xls", "Excel 8.0;");
+        make("C:\\data\\list.wk4", "Lotus WK4;");
+        makeKeyedStaff();
+        appendRows("C:\\data", kParadox, "STAFF", {{"Ada", 36}, {"Ben", 40}});
     }
 
     void runAction(QWidget& window)
@@ -213,10 +296,20 @@ private:
             look("C:\\data\\" + name, kAccess, "");
         for (const QString& name : dirAll("C:\\data\\*.DBF"))
             look("C:\\data", kDBase, name.chopped(4).toStdString());
+        for (const QString& name : dirAll("C:\\data\\*.DB"))
+            look("C:\\data", kParadox, name.chopped(3).toStdString());
+        for (const QString& name : dirAll("C:\\data\\*.XLS"))
+            look("C:\\data\\" + name, "Excel 8.0;", "");
+        for (const QString& name : dirAll("C:\\data\\*.WK4"))
+            look("C:\\data\\" + name, "Lotus WK4;", "");
         look("C:\\app\\DataTabl.MDB", kAccess, "");
         return found;
     }
 
+    const QStringList files_{"C:\\data\\CUSTOMER.DBF", "C:\\data\\shop.mdb",
+                             "C:\\data\\STAFF.DB",     "C:\\data\\prices.xls",
+                             "C:\\data\\list.wk4",     "C:\\data\\notes.txt"};
+    QSet<QString> seen_;  // kinds of windows that were played with
     std::mt19937 random_;
     std::unique_ptr<WindowFixture> fixture_;
     std::unique_ptr<MonkeyPrompt> prompt_;

@@ -15,6 +15,7 @@
 #include "windows/find_bar.h"
 #include "windows/mdiform1.h"
 #include "windows/record_grid.h"
+#include "windows/table_pane.h"
 
 using namespace velnor;
 using namespace velnor::testing;
@@ -120,6 +121,7 @@ private slots:
         child->mnuViewComments_Click();
         QCOMPARE(fixture_->prompt.told, QStringList{"Please select a Comment Field to Display"});
         QVERIFY(child->Frame2->isHidden());
+        QCOMPARE(child->ExitDBaseBtn->toolTip(), "Close Database Table and Index Display");
         grid->setCurrentIndex(grid->model()->index(0, 2));
         QVERIFY(!child->Frame2->isHidden());
         QCOMPARE(child->Text2->toPlainText(), "first\nsecond");
