@@ -170,6 +170,7 @@ QGroupBox* OptionsTab::buildGeneral()
     line->addWidget(Label7);
     auto* label = new QLabel(tr("&Row height:"), frame);
     label->setBuddy(HScroll2);
+    HScroll2->setAccessibleName(tr("Row height"));
     form->addRow(label, height);
     return frame;
 }
@@ -204,6 +205,7 @@ QGroupBox* OptionsTab::buildMail()
     row->addWidget(OptnOpenMailBtn);
     auto* label = new QLabel(tr("Address &book:"), frame);
     label->setBuddy(Text8[2]);
+    Text8[2]->setAccessibleName(tr("Address book"));  // the label is not its neighbour
     form->addRow(label, book);
     form->addRow(tr("F&rom address:"), field(3, tr("Your address, in mail that you send"), frame));
     for (int i = 4; i < static_cast<int>(Text8.size()); ++i)

@@ -27,10 +27,7 @@ QString textOf(ValueView value)
 }  // namespace
 
 BoundField::BoundField(QWidget* box, int position, const FieldDef& field, bool mayBeNull)
-    : QObject(box),
-      box_(box),
-      position_(position),
-      numberedByFile_(field.autonumber),
+    : QObject(box), box_(box), position_(position), numberedByFile_(field.autonumber),
       mayBeNull_(mayBeNull)
 {
     if (auto* line = qobject_cast<QLineEdit*>(box))

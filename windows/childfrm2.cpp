@@ -7,12 +7,12 @@
 #include <QVBoxLayout>
 
 #include "access/routing.h"
-#include "core/wait_pointer.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
 #include "core/globals.h"
 #include "core/prompt.h"
 #include "core/text.h"
+#include "core/wait_pointer.h"
 #include "platform/host.h"
 #include "platform/paths.h"
 #include "windows/child_geometry.h"
@@ -159,7 +159,8 @@ void ChildFrm2::mnuFindText_Click()
     findBar->open();
 }
 
-/// From the end of what is chosen on; at the end of the text nothing is found, and the choice stays.
+/// From the end of what is chosen on; at the end of the text nothing is found, and the choice
+/// stays.
 void ChildFrm2::mnuFindNextText_Click()
 {
     if (findBar->text().isEmpty())

@@ -364,7 +364,8 @@ void MDIForm1::cascade()
         window->setGeometry(QRect(place, room * kCascadedPart));
         window->raise();
         place += QPoint(step, step);
-        if (place.x() + window->width() > room.width() || place.y() + window->height() > room.height())
+        if (place.x() + window->width() > room.width() ||
+            place.y() + window->height() > room.height())
             place = {0, 0};
     }
     if (DocumentChild* front = activeChild())

@@ -42,9 +42,11 @@ TablePane::TablePane(QWidget* parent) : QWidget(parent)
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    ExitDBaseBtn = closeButton(this, u"ExitDBaseBtn"_s, u"Close Database Table and Index Display"_s);
+    ExitDBaseBtn =
+        closeButton(this, u"ExitDBaseBtn"_s, u"Close Database Table and Index Display"_s);
     column->addWidget(new PaneHeading(tr("Table and Index"), ExitDBaseBtn, this));
-    List1 = headedList(column, u"List1"_s, tr("&Tables"), tr("Choose the table to show"), tableBox_);
+    List1 =
+        headedList(column, u"List1"_s, tr("&Tables"), tr("Choose the table to show"), tableBox_);
     List2 = headedList(column, u"List2"_s, tr("&Indexes"), tr("Choose the order of the records"),
                        indexBox_);
     tableBox_->hide();

@@ -135,7 +135,7 @@ void Velnor1::buildMenus()
          {u"ID_mnuClose"_s, u"&Close"_s, u"Close the window of the selected file"_s,
           own(&Velnor1::closeSelectedWindow), u"document-close"_s, QKeySequence(u"Ctrl+W"_s)},
          {u"ID_mnuSaveAs"_s, u"Sav&e As..."_s, u"Copy the selected file under another name"_s,
-          own(&Velnor1::saveSelected), u"document-save-as"_s, QKeySequence::SaveAs},
+          own(&Velnor1::saveSelected), u"document-save-as"_s, QKeySequence(u"Ctrl+Shift+S"_s)},
          toolLine(),
          later("ID_mnuRenameFile", u"Re&name..."_s, files, u"edit-rename"_s),
          later("ID_mnuMoveFile", u"&Move..."_s, files),

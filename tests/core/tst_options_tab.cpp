@@ -123,7 +123,8 @@ private slots:
                 texts << box->itemText(i);
             return texts;
         };
-        QCOMPARE(choices(tab_->CMBMENU), (QStringList{"Windows 95/98", "Windows 2000", "Windows XP"}));
+        QCOMPARE(choices(tab_->CMBMENU),
+                 (QStringList{"Windows 95/98", "Windows 2000", "Windows XP"}));
         QCOMPARE(choices(tab_->CMBMENUTYPE), (QStringList{"None", "Light Raised", "Heavy Raised",
                                                           "Light Inset", "Heavy Inset"}));
         QCOMPARE(choices(tab_->CMBFONTTYPE), (QStringList{"None", "Raised Light", "Raised Heavy",

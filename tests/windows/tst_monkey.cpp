@@ -59,8 +59,7 @@ private slots:
         makeOtherKinds();
         fixture_->sandbox.write("C:\\data\\notes.txt", "some words\r\nmore words\r\n");
         prompt_ = std::make_unique<MonkeyPrompt>(
-            random_,
-            files_ + QStringList{"C:\\data\\SECOND.DBF", "C:\\data\\gone.dbf"});
+            random_, files_ + QStringList{"C:\\data\\SECOND.DBF", "C:\\data\\gone.dbf"});
         prompt_->play = [this](QDialog& dialog) {
             for (int i = 0; i < 5; ++i)
                 actOn(dialog);
@@ -306,9 +305,8 @@ private:
         return found;
     }
 
-    const QStringList files_{"C:\\data\\CUSTOMER.DBF", "C:\\data\\shop.mdb",
-                             "C:\\data\\STAFF.DB",     "C:\\data\\prices.xls",
-                             "C:\\data\\list.wk4",     "C:\\data\\notes.txt"};
+    const QStringList files_{"C:\\data\\CUSTOMER.DBF", "C:\\data\\shop.mdb", "C:\\data\\STAFF.DB",
+                             "C:\\data\\prices.xls",   "C:\\data\\list.wk4", "C:\\data\\notes.txt"};
     QSet<QString> seen_;  // kinds of windows that were played with
     std::mt19937 random_;
     std::unique_ptr<WindowFixture> fixture_;
