@@ -39,9 +39,7 @@ std::unique_ptr<Store> ParadoxDriver::open(FileSystem& files, const OpenRequest&
     if (!form)
         throw EngineError(EngineErrorNumber::NoDriver,
                           "There is no driver for \"" + request.connectWord + "\".");
-    const auto folder = files.info(request.name);
-    if (!folder || !folder->folder)
-        throw EngineError(EngineErrorNumber::PathInvalid, request.name + " is not a folder.");
+    needFolder(files, request.name);
     return std::make_unique<ParadoxStore>(files, request, *form);
 }
 

@@ -2,22 +2,20 @@
 // for.
 #pragma once
 
-#include <map>
 #include <memory>
-#include <optional>
 #include <string>
+#include <vector>
 
-#include "access/formats/driver.h"
+#include "access/formats/folder/folder_store.h"
 #include "access/formats/paradox/db_table.h"
 #include "access/formats/paradox/new_table.h"
 
 namespace velnor::paradox {
 
-class ParadoxStore final : public Store {
+class ParadoxStore final : public FolderStore<DbTable> {
 public:
     ParadoxStore(FileSystem& files, const OpenRequest& request, const NewTableForm& form);
 
-    std::vector<TableEntry> catalogue() override;
     TableLayout layout(std::string_view table) override;
     std::int64_t recordCount(std::string_view table) override;
     std::unique_ptr<RowCursor> cursor(std::string_view table,
@@ -30,22 +28,16 @@ public:
     void addIndex(std::string_view table, const IndexDef& index) override;
     void dropIndex(std::string_view table, std::string_view index) override;
     bool acceptsPassword(std::string_view password) override;
-    void commit() override;
-    std::size_t pendingBytes() const override;
     void check(std::string_view table, const ProblemSink& report) override;
     std::vector<std::pair<std::string, std::string>> info(std::string_view table) override;
 
 private:
-    std::shared_ptr<DbTable> open(std::string_view table);
-    /// The path of a table as spelled on the disk; nothing when there is none.
-    std::optional<std::string> pathOf(std::string_view table);
+    std::shared_ptr<DbTable> openTable(const std::string& path) override;
+    /// 3027 in a folder that is only read.
     std::shared_ptr<DbTable> openToChange(std::string_view table);
 
-    FileSystem& files_;
-    OpenRequest request_;
     const NewTableForm& form_;
     std::vector<std::string> passwords_;
-    std::map<std::string, std::shared_ptr<DbTable>> open_;  // by folded name
 };
 
 }  // namespace velnor::paradox

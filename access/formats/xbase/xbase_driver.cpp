@@ -43,9 +43,7 @@ std::unique_ptr<Store> XbaseDriver::open(FileSystem& files, const OpenRequest& r
     if (!form)
         throw EngineError(EngineErrorNumber::NoDriver,
                           "There is no driver for \"" + request.connectWord + "\".");
-    const auto folder = files.info(request.name);
-    if (!folder || !folder->folder)
-        throw EngineError(EngineErrorNumber::PathInvalid, request.name + " is not a folder.");
+    needFolder(files, request.name);
     return std::make_unique<XbaseStore>(files, request, *form);
 }
 

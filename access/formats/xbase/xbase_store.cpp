@@ -19,73 +19,23 @@ constexpr std::string_view kExtension = "DBF";
 /// What goes with a table when it is dropped, in this order behind the DBF.
 constexpr std::string_view kCompanions[] = {"DBT", "FPT", "MDX", "CDX"};
 
-/// Names that lead out of the folder, or cannot stand in one, name no table.
-bool canBeTable(std::string_view name)
-{
-    return !name.empty() && name.find_first_of("\\/:*?\"<>|") == name.npos &&
-           std::none_of(name.begin(), name.end(),
-                        [](char c) { return static_cast<unsigned char>(c) < ' '; });
-}
-
-[[noreturn]] void notFound(std::string_view table)
-{
-    throw EngineError(EngineErrorNumber::TableNotFound,
-                      "There is no table \"" + std::string(table) + "\".");
-}
-
 }  // namespace
 
 XbaseStore::XbaseStore(FileSystem& files, const OpenRequest& request, const NewTableForm& form)
-    : files_(files), request_(request), form_(form)
+    : FolderStore(files, request, kExtension), form_(form)
 {
 }
 
-std::vector<TableEntry> XbaseStore::catalogue()
+std::shared_ptr<DbfTable> XbaseStore::openTable(const std::string& path)
 {
-    std::vector<std::pair<std::string, TableEntry>> found;
-    for (const FileInfo& file : files_.list(request_.name)) {
-        if (file.folder || !paths::sameName(paths::extension(file.name), kExtension))
-            continue;
-        const std::string_view name = paths::baseName(file.name);
-        if (!name.empty())
-            found.push_back({paths::foldName(name), {std::string(name), 0}});
-    }
-    std::sort(found.begin(), found.end(),
-              [](const auto& a, const auto& b) { return a.first < b.first; });
-    std::vector<TableEntry> tables;
-    tables.reserve(found.size());
-    for (auto& [folded, entry] : found)
-        tables.push_back(std::move(entry));
-    return tables;
-}
-
-std::optional<std::string> XbaseStore::pathOf(std::string_view table)
-{
-    if (!canBeTable(table))
-        return std::nullopt;
-    const std::string path = paths::join(request_.name, std::string(table) + ".DBF");
-    const auto info = files_.info(path);
-    if (!info || info->folder)
-        return std::nullopt;
-    return paths::join(request_.name, info->name);
-}
-
-std::shared_ptr<DbfTable> XbaseStore::open(std::string_view table)
-{
-    const std::string key = paths::foldName(table);
-    if (const auto known = open_.find(key); known != open_.end())
-        return known->second;
-    const auto path = pathOf(table);
-    if (!path)
-        notFound(table);
     TableOpening opening;
     opening.files = &files_;
-    opening.path = *path;
+    opening.path = path;
     opening.readOnly = request_.readOnly;
     opening.foxWord = form_.fox;
     opening.listsIndexFiles = form_.connectWord == "dBASE III;";
     opening.codePage = request_.codePage;
-    return open_[key] = std::make_shared<DbfTable>(opening);
+    return std::make_shared<DbfTable>(opening);
 }
 
 TableLayout XbaseStore::layout(std::string_view table)
@@ -122,34 +72,21 @@ std::unique_ptr<RowWriter> XbaseStore::writer(std::string_view table)
     return std::make_unique<DbfWriter>(open(table));
 }
 
-void XbaseStore::needWritable() const
-{
-    if (request_.readOnly)
-        throw EngineError(EngineErrorNumber::ReadOnly,
-                          request_.name + " is open for reading only.");
-}
-
 void XbaseStore::createTable(const TableLayout& layout)
 {
     needWritable();
-    // "orders.dbf" is the table "orders" in a file of just that spelling.
-    const bool spelled = paths::sameName(paths::extension(layout.name), "DBF");
-    const std::string name(spelled ? paths::baseName(layout.name) : layout.name);
-    if (!canBeTable(name) || name.find('.') != std::string::npos)
+    const FolderTables::NewTable made = tables().newTable(layout.name);
+    if (made.name.find('.') != std::string::npos)
         throw EngineError(EngineErrorNumber::InvalidTableName,
                           "\"" + layout.name + "\" cannot be the name of a table.");
-    if (pathOf(name))
-        throw EngineError(EngineErrorNumber::TableAlreadyExists,
-                          "The table \"" + name + "\" exists already.");
     TableLayout plain = layout;
     plain.indexes.clear();
-    createTableFiles(files_, paths::join(request_.name, spelled ? layout.name : name + ".DBF"),
-                     plain, form_, request_.codePage);
+    createTableFiles(files_, made.path, plain, form_, request_.codePage);
     try {
         for (const IndexDef& index : layout.indexes)
-            addIndex(name, index);
+            addIndex(made.name, index);
     } catch (...) {
-        dropTable(name);
+        dropTable(made.name);
         throw;
     }
 }
@@ -157,9 +94,7 @@ void XbaseStore::createTable(const TableLayout& layout)
 void XbaseStore::dropTable(std::string_view table)
 {
     needWritable();
-    const auto path = pathOf(table);
-    if (!path)
-        notFound(table);
+    const std::string path = tables().needPath(table);
     std::vector<std::string> indexFiles;
     try {
         indexFiles = open(table)->indexFiles();  // 3045 when somebody else works on it
@@ -167,18 +102,18 @@ void XbaseStore::dropTable(std::string_view table)
         if (error.code() != EngineErrorNumber::UnexpectedFormat)
             throw;  // a damaged table may go
     }
-    open_.erase(paths::foldName(table));
-    files_.remove(*path);
+    close(table);
+    files_.remove(path);
     for (const std::string_view extension : kCompanions) {
-        const std::string companion = paths::withExtension(*path, extension);
+        const std::string companion = paths::withExtension(path, extension);
         if (files_.fileExists(companion))
             files_.remove(companion);
     }
     for (const std::string& name : indexFiles)
         if (const std::string file = paths::join(request_.name, name); files_.fileExists(file))
             files_.remove(file);
-    if (infListsIndexes(files_, *path))  // else a new table of this name would seem to have them
-        files_.remove(paths::withExtension(*path, "INF"));
+    if (infListsIndexes(files_, path))  // else a new table of this name would seem to have them
+        files_.remove(paths::withExtension(path, "INF"));
     files_.syncFolder(request_.name);
 }
 
@@ -209,14 +144,14 @@ template <class Plan> void XbaseStore::rewrite(std::string_view table, RewriteKi
     if (const std::string why = opened->whyNotUpdatable(); !why.empty())
         throw EngineError(EngineErrorNumber::ReadOnly,
                           opened->path() + " cannot be written. " + why);
-    constexpr long kHere = 2;  // this one, and the one in open_
+    constexpr long kHere = 2;  // this one, and the store's
     if (opened.use_count() > kHere)
         throw EngineError(EngineErrorNumber::FileInUse, opened->path() + " is in use.");
     opened->commit();
     const std::vector<std::uint8_t> head = opened->headerBytes();
     TablePlanner planner(head, opened->header(), form_);
     plan(*opened, planner);
-    open_.erase(paths::foldName(table));
+    close(table);
     rewriteTable(*opened, planner.plan(), kind);
 }
 
@@ -274,26 +209,6 @@ void XbaseStore::addIndex(std::string_view table, const IndexDef& index)
 void XbaseStore::dropIndex(std::string_view table, std::string_view index)
 {
     changeIndexes(table, [&](IndexSet& indexes) { indexes.drop(index); });
-}
-
-void XbaseStore::commit()
-{
-    for (auto at = open_.begin(); at != open_.end(); ++at)
-        try {
-            at->second->commit();
-        } catch (...) {
-            for (++at; at != open_.end(); ++at)
-                at->second->rollback();
-            throw;
-        }
-}
-
-std::size_t XbaseStore::pendingBytes() const
-{
-    std::size_t bytes = 0;
-    for (const auto& [name, table] : open_)
-        bytes += table->pendingBytes();
-    return bytes;
 }
 
 void XbaseStore::check(std::string_view table, const ProblemSink& report)

@@ -2,22 +2,20 @@
 // for.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
 
-#include "access/formats/driver.h"
+#include "access/formats/folder/folder_store.h"
 #include "access/formats/xbase/dbf_format.h"
 #include "access/formats/xbase/dbf_table.h"
 #include "access/formats/xbase/table_rewrite.h"
 
 namespace velnor::xbase {
 
-class XbaseStore final : public Store {
+class XbaseStore final : public FolderStore<DbfTable> {
 public:
     XbaseStore(FileSystem& files, const OpenRequest& request, const NewTableForm& form);
 
-    std::vector<TableEntry> catalogue() override;
     TableLayout layout(std::string_view table) override;
     std::int64_t recordCount(std::string_view table) override;
     std::unique_ptr<RowCursor> cursor(std::string_view table,
@@ -33,23 +31,15 @@ public:
     void pack(std::string_view table);
     void addIndex(std::string_view table, const IndexDef& index) override;
     void dropIndex(std::string_view table, std::string_view index) override;
-    void commit() override;
-    std::size_t pendingBytes() const override;
     void check(std::string_view table, const ProblemSink& report) override;
     std::vector<std::pair<std::string, std::string>> info(std::string_view table) override;
 
 private:
-    std::shared_ptr<DbfTable> open(std::string_view table);
-    /// The path of a table as spelled on the disk; nothing when there is none.
-    std::optional<std::string> pathOf(std::string_view table);
-    void needWritable() const;
+    std::shared_ptr<DbfTable> openTable(const std::string& path) override;
     template <class Work> void changeIndexes(std::string_view table, Work work);
     template <class Plan> void rewrite(std::string_view table, RewriteKind kind, Plan plan);
 
-    FileSystem& files_;
-    OpenRequest request_;
     const NewTableForm& form_;
-    std::map<std::string, std::shared_ptr<DbfTable>> open_;  // by folded name
 };
 
 }  // namespace velnor::xbase
