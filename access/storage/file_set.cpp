@@ -127,6 +127,7 @@ struct FileSet::State {
     std::vector<std::unique_ptr<PageFile>> pageFiles;  // the main file first
     std::vector<StoredFile*> stored;
     std::unique_ptr<UndoJournal> journal;  // stands while pages of no commit are on the disk
+    std::vector<StoredFile*> kept;         // what it keeps, by its numbers
 
     PageFile& add(std::unique_ptr<PageFile> pageFile, StoredFile& file)
     {
@@ -136,10 +137,11 @@ struct FileSet::State {
     }
     std::vector<StoredFile*> changedFiles() const;
     void commit(const std::vector<StoredFile*>& changed);
-    void openJournal(const std::vector<StoredFile*>& changed);
+    void openJournal(std::vector<StoredFile*> keeps);
+    void saveOld();
     void writeFiles(const std::vector<StoredFile*>& changed, std::vector<StoredFile*>& made);
     void spill();
-    void keepOld(StoredFile& file);
+    void keepOld();
     void putBack(const std::vector<StoredFile*>& made);
     void dropChanges();
     template <class Work> void orDropChanges(Work work);
@@ -157,16 +159,26 @@ std::vector<StoredFile*> FileSet::State::changedFiles() const
     return changed;
 }
 
-void FileSet::State::openJournal(const std::vector<StoredFile*>& changed)
+void FileSet::State::openJournal(std::vector<StoredFile*> keeps)
 {
     std::vector<FileBefore> before;
-    for (const StoredFile* file : changed)
+    for (const StoredFile* file : keeps)
         before.push_back({file->path(), file->savedSize(), !file->onDisk()});
     for (const FileBefore& file : before)
         if (file.missing && files.exists(file.path))
             throw EngineError(EngineErrorNumber::CannotOpen,
                               file.path + " was made by another program");
     journal = std::make_unique<UndoJournal>(files, path, std::move(before));
+    kept = std::move(keeps);
+}
+
+/// 1.
+void FileSet::State::saveOld()
+{
+    for (std::uint32_t i = 0; i < kept.size(); ++i)
+        if (kept[i]->changed())
+            kept[i]->saveOld(*journal, i);
+    journal->seal();
 }
 
 void FileSet::State::commit(const std::vector<StoredFile*>& changed)
@@ -181,9 +193,7 @@ void FileSet::State::commit(const std::vector<StoredFile*>& changed)
         openJournal(changed);
     std::vector<StoredFile*> made;
     try {
-        for (std::uint32_t i = 0; i < changed.size(); ++i)
-            changed[i]->saveOld(*journal, i);
-        journal->seal();
+        saveOld();
         sealed = true;
         writeFiles(changed, made);
     } catch (const std::exception&) {
@@ -222,22 +232,25 @@ void FileSet::State::writeFiles(const std::vector<StoredFile*>& changed,
 /// 6. What was written is in the journal's keeping before the pages are.
 void FileSet::State::spill()
 {
-    StoredFile& file = *stored.front();
-    if (stored.size() > 1 || !file.changed() || !file.mayWriteEarly())
+    const std::vector<StoredFile*> changed = changedFiles();
+    const bool may = std::all_of(stored.begin(), stored.end(),
+                                 [](const StoredFile* file) { return file->mayWriteEarly(); });
+    if (changed.empty() || !may)
         return;
     if (undone)
-        keepOld(file);
-    file.writeEarly();
+        keepOld();
+    for (StoredFile* file : changed)
+        file->writeEarly();
 }
 
-void FileSet::State::keepOld(StoredFile& file)
+/// The journal names every file of the set: each of them may come to be changed before the commit.
+void FileSet::State::keepOld()
 {
     const bool first = !journal;
     if (first)
-        openJournal({&file});
+        openJournal(stored);
     try {
-        file.saveOld(*journal, 0);
-        journal->seal();
+        saveOld();
     } catch (const std::exception&) {
         if (first) {  // nothing was written on its word yet
             journal->remove();
@@ -289,7 +302,7 @@ template <class Work> void FileSet::State::orDropChanges(Work work)
 
 FileSet::FileSet(FileSystem& files, std::string_view mainPath, const PageFileOptions& options,
                  bool readOnly)
-    : state_(new State{files, std::string(mainPath), {0, readOnly, false}, options.undone, {}, {}, {}})
+    : state_(new State{files, std::string(mainPath), {0, readOnly, false}, options.undone, {}, {}, {}, {}})
 {
     auto state = std::make_unique<PageFile::State>(state_->owner, state_->path, options,
                                                    openMain(files, mainPath, readOnly));
@@ -314,9 +327,6 @@ PageFile& FileSet::companion(std::string_view path, const PageFileOptions& optio
     if (!paths::sameName(paths::folder(path), paths::folder(set.path)))
         throw EngineError(EngineErrorNumber::InvalidArgument,
                           std::string(path) + " is not in the folder of " + set.path);
-    if (set.journal)
-        throw EngineError(EngineErrorNumber::InvalidArgument,
-                          std::string(path) + " comes to a set whose pages were written early");
     const auto known = std::find_if(set.stored.begin(), set.stored.end(), [&](StoredFile* file) {
         return paths::sameName(file->path(), path);
     });
@@ -326,6 +336,9 @@ PageFile& FileSet::companion(std::string_view path, const PageFileOptions& optio
             (*known)->wantMade();
         return *set.pageFiles[static_cast<std::size_t>(known - set.stored.begin())];
     }
+    if (set.journal)
+        throw EngineError(EngineErrorNumber::InvalidArgument,
+                          std::string(path) + " comes to a set whose pages were written early");
     std::unique_ptr<File> file;
     if (!make || set.files.fileExists(path))
         file = openFile(set.files, path, set.owner.readOnly ? OpenMode::Read : OpenMode::ReadWrite);

@@ -138,7 +138,7 @@ public:
     void commit();
     /// Takes changed pages out of memory before the commit, so that a long change needs no more of
     /// it than a short one (6). They are dropped by a failure, a rollback or a crash as all others.
-    /// Only of a set of one file; where it cannot be done they stay in memory. Fails as commit().
+    /// Where a file of the set is new or became shorter they stay in memory. Fails as commit().
     void spill();
     /// Drops every change since the last commit. A PageRef held over it shows the old bytes.
     void rollback();

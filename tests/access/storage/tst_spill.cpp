@@ -113,6 +113,69 @@ TEST(SpillTest, aPowerCutAtAnyMomentLeavesTheOldOrTheNewState)
     EXPECT_GT(news, 50);
 }
 
+/// Both files of a set, one behind the other.
+struct Pair {
+    Bytes main, index;
+    bool operator==(const Pair&) const = default;
+};
+
+constexpr const char* kIndex = "C:\\DATA\\SHOP.CDX";
+
+Pair pairOn(FaultyDisk& disk)
+{
+    return {disk.content(kFile), disk.content(kIndex)};
+}
+
+/// Changes of both files up to the commit, some of them written early.
+Pair changeBoth(Work& work, FileSet& set, PageFile& index)
+{
+    for (unsigned i = 0, steps = 1 + work.number(12); i < steps; ++i) {
+        work.change(work.number(2) ? set.main() : index);
+        if (work.number(3) == 0)
+            set.spill();
+    }
+    return {content(set.main()), content(index)};
+}
+
+TEST(SpillTest, theFilesOfASetAreOldOrNewTogetherAfterAPowerCut)
+{
+    int olds = 0, news = 0;
+    for (unsigned seed = 1; seed <= 300; ++seed) {
+        Work work(seed);
+        FaultyDisk disk(seed * 7919);
+        disk.put(kFile, work.start());
+        disk.put(kIndex, work.start());
+        for (int round = 0; round < 6; ++round) {
+            Pair committed = pairOn(disk), next = committed;
+            disk.cutAt(1 + work.number(50));
+            try {
+                FileSet set(disk, kFile, pagesOf(128, 1024), false);
+                PageFile& index = set.companion(kIndex, pagesOf(128, 1024));
+                for (;;) {
+                    next = committed;
+                    next = changeBoth(work, set, index);
+                    if (work.number(4) == 0) {
+                        set.rollback();
+                        ASSERT_TRUE((Pair{content(set.main()), content(index)} == committed));
+                        continue;
+                    }
+                    set.commit();
+                    committed = next;
+                }
+            } catch (const std::exception& error) {
+                ASSERT_TRUE(disk.wasCut()) << error.what();
+            }
+            disk.restart();
+            recoverFiles(disk, kFile);
+            const Pair found = pairOn(disk);
+            ASSERT_TRUE(found == committed || found == next) << "seed " << seed;
+            ++(found == committed ? olds : news);
+        }
+    }
+    EXPECT_GT(olds, 300);
+    EXPECT_GT(news, 15);
+}
+
 TEST(SpillTest, aRollbackGivesTheOldStateBackInMemoryAndOnTheDisk)
 {
     for (unsigned seed = 1; seed <= 300; ++seed) {
