@@ -275,6 +275,13 @@ void DbfTable::removeCompanion(const std::string& path)
         std::rethrow_exception(failure);
 }
 
+void DbfTable::relieve()
+{
+    constexpr std::size_t kMostChanged = 4u << 20;
+    if (set().pendingBytes() > kMostChanged)
+        set().spill();
+}
+
 /// 1.
 void DbfTable::commit()
 {

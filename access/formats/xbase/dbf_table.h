@@ -91,6 +91,8 @@ public:
 
     void commit();
     void rollback();
+    /// Within a commit that changes much: takes changed pages out of memory.
+    void relieve();
     std::size_t pendingBytes() const
     {
         return files_ ? files_->pendingBytes() + indexes_.pendingBytes() : 0;

@@ -54,11 +54,12 @@ std::uint8_t likelyPad(const IndexTag& tag)
 IndexSet::IndexSet(DbfTable& table) : table_(table) {}
 IndexSet::~IndexSet() = default;
 
-PageFileOptions IndexSet::indexFileOptions()
+PageFileOptions IndexSet::indexFileOptions() const
 {
     PageFileOptions options;
     options.pageSize = 4096;
-    options.cacheBytes = 16u << 20;  // seeks go all over the file
+    // Seeks go all over the file; a writer enters keys in order, and has changed pages beside.
+    options.cacheBytes = (table_.readOnly() ? 16u : 4u) << 20;
     options.rank = 2;
     return options;
 }
@@ -222,7 +223,7 @@ void IndexSet::beforeCommit()
     for (const auto& file : files_) {
         std::vector<const IndexTag*> changed;
         for (const auto& index : file->indexes) {
-            index->flush();
+            index->flush([this] { table_.relieve(); });
             if (index->changed())
                 changed.push_back(&index->tag());
         }

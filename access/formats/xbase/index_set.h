@@ -74,7 +74,7 @@ private:
         std::unique_ptr<IndexFileFormat> format;
         std::vector<std::unique_ptr<TableIndex>> indexes;
     };
-    static PageFileOptions indexFileOptions();
+    PageFileOptions indexFileOptions() const;
     void open();
     void openFile(const std::string& name);
     void openFormat(IndexFile& file);

@@ -11,6 +11,8 @@ namespace {
 
 constexpr std::size_t kMostPendingBytes = 16u << 20;
 constexpr std::size_t kFewEntries = 64;
+constexpr std::size_t kMostMergedBytes = 8u << 20;  // beyond it entries go in one by one
+constexpr std::size_t kEntriesBetweenLooks = 1024;
 constexpr std::uint8_t kDeleted = '*';
 
 }  // namespace
@@ -157,14 +159,16 @@ void TableIndex::after(std::uint32_t number)
 }
 
 /// Many entries are merged with all that there are; few are entered one by one.
-void TableIndex::flush()
+void TableIndex::flush(const std::function<void()>& relieve)
 {
     if (pending_.empty())
         return;
     EntryList added(keyLength());
     std::swap(added, pending_);
     added.sort();
-    if (added.count() > kFewEntries && added.count() > entries_ / 4) {
+    const std::uint64_t mergedBytes = (entries_ + added.count()) * std::uint64_t{keyLength() + 4};
+    if (added.count() > kFewEntries && added.count() > entries_ / 4 &&
+        mergedBytes <= kMostMergedBytes) {
         EntryList all(keyLength());
         all.reserve(static_cast<std::size_t>(entries_) + added.count());
         TreeWalker walker(*nodes_);
@@ -175,8 +179,11 @@ void TableIndex::flush()
         entries_ = tree_.build(entries);
         return;
     }
-    for (std::size_t i = 0; i < added.count(); ++i)
+    for (std::size_t i = 0; i < added.count(); ++i) {
         tree_.insert(added.key(i), added.record(i));
+        if (relieve && i % kEntriesBetweenLooks == 0)
+            relieve();
+    }
     entries_ += added.count();
 }
 

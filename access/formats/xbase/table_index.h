@@ -8,6 +8,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -48,8 +49,8 @@ public:
     void before(std::uint32_t number, RecordImage oldImage, RecordImage newImage);
     void after(std::uint32_t number);
     bool caresForDeletion() const { return keys_ && keys_->caresForDeletion(); }
-    /// 1.
-    void flush();
+    /// 1. `relieve` is called from time to time where many entries go in.
+    void flush(const std::function<void()>& relieve = {});
     bool changed() const { return changed_; }
     void committed() { changed_ = false; }
     std::size_t pendingBytes() const { return pending_.bytes(); }
