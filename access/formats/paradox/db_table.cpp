@@ -18,6 +18,7 @@ PageFileOptions recordFileOptions()
 {
     PageFileOptions options;
     options.pageSize = 4096;
+    options.cacheBytes = 1u << 20;  // blocks in use are kept by BlockFile
     options.rank = kRecordsRank;
     return options;
 }
@@ -304,7 +305,7 @@ std::size_t DbTable::pendingBytes() const
     std::size_t bytes = files_->pendingBytes() + blocks_->changedBytes();
     for (const auto& index : indexes_)
         bytes += index->changedBytes();
-    return bytes;
+    return bytes + bytes / 4;  // a commit needs room beside the pages: the journal's, the trees'
 }
 
 /// 3. The next stamp is one under which no index that stays behind would look as old as the table.
