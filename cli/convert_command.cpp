@@ -10,7 +10,9 @@
 #include "cli/new_table.h"
 #include "cli/output.h"
 #include "cli/record_loop.h"
+#include "cli/result_json.h"
 #include "cli/type_mapping.h"
+#include "copy/further_sheet.h"
 #include "platform/paths.h"
 
 namespace velnor::cli {
@@ -28,7 +30,7 @@ constexpr std::array kOptions{
     OptionSpec{"--structure-only", "", "the table without its records"},
     OptionSpec{"--add", "", "append to the table when it is there, field by field in order"},
     OptionSpec{"--dry-run", "", "write nothing; show what each field would become"},
-    OptionSpec{"--json", "", "of --dry-run: JSON instead of lines"},
+    OptionSpec{"--json", "", "the outcome, or that of --dry-run, as JSON"},
     OptionSpec{"--password", "P", "password of the Access file that is read"},
     OptionSpec{"--codepage", "C", "code page of the texts that are read"},
     OptionSpec{"--to-codepage", "C", "code page of a new DBF's or DB's texts"},
@@ -208,34 +210,36 @@ TableLayout targetLayout(const TableLayout& from, bool fromXbase, const Target& 
 /// person is told.
 class Filling {
 public:
-    Filling(Context& context, Database& to, Target& target, TableLayout layout)
-        : context_(context), to_(to), target_(target), layout_(std::move(layout)),
-          first_(target.source.table), added_(open())
+    Filling(Database& to, const std::string& table, std::vector<int> fields)
+        : further_(to, table), fields_(std::move(fields)),
+          added_(to.OpenRecordset(table, RecordsetType::Table))
     {
-        for (int i = 0; i < static_cast<int>(layout_.fields.size()); ++i)
-            fields_.push_back(i);
     }
-    /// Field n of the table is taken from field fields[n] of the source.
-    void takeFrom(std::vector<int> fields) { fields_ = std::move(fields); }
 
+    /// Field n of the table is taken from field fields[n] of the source.
     void add(const Recordset& rows)
     {
         fill(rows);
         try {
             added_.Update();
         } catch (const EngineError& error) {
-            if (error.code() != EngineErrorNumber::SpreadsheetFull)
+            if (error.code() != EngineErrorNumber::SpreadsheetFull || !further_.possible())
                 throw;
-            goOn();
+            added_.Close();
+            const std::string full = further_.current();
+            added_ = further_.open();
+            std::fprintf(stderr, "The sheet %s is full; the records go on in %s.\n", full.c_str(),
+                         further_.current().c_str());
             fill(rows);
             added_.Update();
         }
+        ++count_;
     }
     void close() { added_.Close(); }
+    std::int64_t count() const { return count_; }
+    const std::vector<std::string>& furtherSheets() const { return further_.names(); }
 
 private:
-    Recordset open() { return to_.OpenRecordset(target_.source.table, RecordsetType::Table); }
-
     void fill(const Recordset& rows)
     {
         added_.AddNew();
@@ -244,31 +248,22 @@ private:
             added_.setValue(i, rows.value(fields_[static_cast<std::size_t>(i)]));
     }
 
-    void goOn()
-    {
-        constexpr std::size_t kRoomForNumber = 4;
-        added_.Close();
-        const std::string full = target_.source.table;
-        for (int n = 2; hasTable(context_, to_, target_); ++n)
-            target_.source.table =
-                std::string(
-                    textPrefix(first_, longestSheetName(target_.source.kind) - kRoomForNumber)) +
-                "_" + std::to_string(n);
-        layout_.name = target_.source.table;
-        makeTable(to_, target_, layout_);
-        added_ = open();
-        std::fprintf(stderr, "The sheet %s is full; the records go on in %s.\n", full.c_str(),
-                     layout_.name.c_str());
-    }
-
-    Context& context_;
-    Database& to_;
-    Target& target_;
-    TableLayout layout_;
-    std::string first_;
-    Recordset added_;
+    FurtherSheets further_;
     std::vector<int> fields_;
+    Recordset added_;
+    std::int64_t count_ = 0;
 };
+
+void tellJson(Context& context, const Arguments& arguments, const Target& target,
+              const Filling& filling)
+{
+    ResultJson()
+        .text("file", arguments.positional().back())
+        .text("table", target.source.table)
+        .number("records", filling.count())
+        .texts("furtherSheets", filling.furtherSheets())
+        .print(context);
+}
 
 /// Sheets and text files cannot hold bytes: such fields are left out, and the person is told.
 std::vector<int> leaveOutBytes(TableLayout& layout)
@@ -360,23 +355,19 @@ int run(Context& context, const Arguments& arguments)
         throw EngineError(EngineErrorNumber::TableAlreadyExists,
                           "Table '" + target.source.table + "' already exists.");
 
-    Filling filling(context, to, target, std::move(layout));
-    filling.takeFrom(std::move(fields));
-    if (arguments.has("--structure-only")) {
-        filling.close();
-        to.Close();
-        return kDone;
-    }
+    Filling filling(to, target.source.table, std::move(fields));
     RecordLoop loop(to, arguments.has("--progress"),
                     isSheetFile(target.source.kind) ? RecordLoop::kBetweenRewrites
                                                     : RecordLoop::kBetweenCommits);
-    for (; !rows.Eof(); rows.MoveNext()) {
+    for (; !arguments.has("--structure-only") && !rows.Eof(); rows.MoveNext()) {
         filling.add(rows);
         loop.recordDone();
     }
     filling.close();
     to.Close();
     loop.finish();
+    if (arguments.has("--json"))
+        tellJson(context, arguments, target, filling);
     return kDone;
 }
 

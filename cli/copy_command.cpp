@@ -6,6 +6,7 @@
 
 #include "cli/command.h"
 #include "cli/output.h"
+#include "cli/result_json.h"
 #include "cli/source.h"
 #include "copy/copy_engine.h"
 #include "copy/field_match.h"
@@ -153,9 +154,15 @@ int run(Context& context, const Arguments& arguments)
                                                             std::to_string(tally.copied) +
                                                             " records copied.");
     progress.show(tally.copied);
-    std::printf(arguments.has("--json") ? "{\"records\":%lld}\n"
-                                        : "Copy Successful - %lld records\n",
-                static_cast<long long>(tally.copied));
+    for (const std::string& sheet : tally.furtherSheets)
+        std::fprintf(stderr, "The sheet is full; the records go on in %s.\n", sheet.c_str());
+    if (arguments.has("--json"))
+        ResultJson()
+            .number("records", tally.copied)
+            .texts("furtherSheets", tally.furtherSheets)
+            .print(context);
+    else
+        std::printf("Copy Successful - %lld records\n", static_cast<long long>(tally.copied));
     return kDone;
 }
 

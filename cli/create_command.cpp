@@ -4,6 +4,7 @@
 #include "cli/command.h"
 #include "cli/field_words.h"
 #include "cli/new_table.h"
+#include "cli/result_json.h"
 #include "cli/source.h"
 
 namespace velnor::cli {
@@ -17,6 +18,7 @@ constexpr std::array kOptions{
     OptionSpec{"--as", "KIND",
                "access2000, access97; dbase5, dbase4, dbase3, foxpro3, foxpro2; paradox7, "
                "paradox5, paradox4, paradox3"},
+    OptionSpec{"--json", "", "the outcome as JSON"},
     OptionSpec{"--password", "P", "password of an Access file that is there"},
     OptionSpec{"--codepage", "C", "code page of a DBF's texts"},
 };
@@ -41,6 +43,13 @@ int run(Context& context, const Arguments& arguments)
     if (!layout.fields.empty())
         makeTable(database, target, layout);
     database.Close();
+    if (arguments.has("--json"))
+        ResultJson()
+            .text("file", arguments.positional()[0])
+            .text("table", layout.name)
+            .number("fields", static_cast<std::int64_t>(layout.fields.size()))
+            .number("indexes", static_cast<std::int64_t>(layout.indexes.size()))
+            .print(context);
     return kDone;
 }
 

@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "cli/command.h"
+#include "cli/result_json.h"
 #include "cli/source.h"
 
 namespace velnor::cli {
@@ -11,6 +12,7 @@ namespace {
 
 constexpr std::array kOptions{
     OptionSpec{"--yes", "", "do not ask"},
+    OptionSpec{"--json", "", "the outcome as JSON"},
     OptionSpec{"--password", "P", "password of an Access file"},
 };
 
@@ -41,6 +43,8 @@ int run(Context& context, const Arguments& arguments)
     }
     database.TableDefs().Delete(source.table);
     database.Close();
+    if (arguments.has("--json"))
+        ResultJson().text("file", words[0]).text("deleted", source.table).print(context);
     return kDone;
 }
 

@@ -4,6 +4,7 @@
 #include "cli/command.h"
 #include "cli/field_words.h"
 #include "cli/new_table.h"
+#include "cli/result_json.h"
 #include "cli/source.h"
 
 namespace velnor::cli {
@@ -20,6 +21,7 @@ constexpr std::array kOptions{
     OptionSpec{"--drop", "NAME", "an index goes", true},
     OptionSpec{"--as", "KIND",
                "of a DBF: the kind of index, dbase5 (MDX), dbase3 (NDX), foxpro2 (CDX)"},
+    OptionSpec{"--json", "", "the outcome as JSON"},
     OptionSpec{"--password", "P", "password of an Access file"},
     OptionSpec{"--codepage", "C", "code page of a DBF's texts"},
 };
@@ -58,6 +60,19 @@ void chooseDriver(Context& context, Source& source)
         source = fox;
 }
 
+void tellJson(Context& context, const Arguments& arguments, const std::string& table)
+{
+    std::vector<std::string> added;
+    if (arguments.has("--add"))
+        added.push_back(arguments.value("--add"));
+    ResultJson()
+        .text("file", arguments.positional()[0])
+        .text("table", table)
+        .texts("added", added)
+        .texts("dropped", arguments.values("--drop"))
+        .print(context);
+}
+
 int run(Context& context, const Arguments& arguments)
 {
     arguments.expectPositional(1, 2);
@@ -72,13 +87,15 @@ int run(Context& context, const Arguments& arguments)
     if (target.source.kind == FileKind::Xbase && !arguments.has("--as"))
         chooseDriver(context, target.source);
     Database database = openTarget(context, target);
-    Collection<Index>& indexes =
-        database.TableDefs().Item(chosenTable(database, target.source)).Indexes();
+    const std::string table = chosenTable(database, target.source);
+    Collection<Index>& indexes = database.TableDefs().Item(table).Indexes();
     for (const std::string& name : arguments.values("--drop"))
         indexes.Delete(name);
     if (arguments.has("--add"))
         indexes.Append(Index(wantedIndex(arguments)));
     database.Close();
+    if (arguments.has("--json"))
+        tellJson(context, arguments, table);
     return kDone;
 }
 

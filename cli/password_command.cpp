@@ -2,6 +2,7 @@
 #include <array>
 
 #include "cli/command.h"
+#include "cli/result_json.h"
 #include "cli/source.h"
 
 namespace velnor::cli {
@@ -11,6 +12,7 @@ constexpr std::array kOptions{
     OptionSpec{"--password", "P", "the password that the file has now"},
     OptionSpec{"--new-password", "P", "the password from now on, at most 20 characters"},
     OptionSpec{"--remove", "", "no password from now on"},
+    OptionSpec{"--json", "", "the outcome as JSON"},
 };
 
 int run(Context& context, const Arguments& arguments)
@@ -24,6 +26,11 @@ int run(Context& context, const Arguments& arguments)
     Database database = openSource(context, source, false);
     database.NewPassword(arguments.value("--password"), arguments.value("--new-password"));
     database.Close();
+    if (arguments.has("--json"))
+        ResultJson()
+            .text("file", arguments.positional()[0])
+            .truth("password", !arguments.value("--new-password").empty())
+            .print(context);
     return kDone;
 }
 

@@ -343,10 +343,13 @@ void CopyTab::CopyRecords()
     CopyTally tally;
     const Outcome copied = attempt([&] { runCopy(workspace(), job(), tally); });
     showResult(copied ? "Copy Successful" : "Copy Unsuccessful");
-    emit statusText(
+    QString told =
         copied ? tr("Copy successful: %1 records appended.").arg(text::thousands(tally.copied))
                : tr("Copy unsuccessful: it ended after %1 appended records.")
-                     .arg(text::thousands(tally.copied)));
+                     .arg(text::thousands(tally.copied));
+    for (const std::string& sheet : tally.furtherSheets)
+        told += tr(" The sheet was full; records went on in %1.").arg(QString::fromStdString(sheet));
+    emit statusText(told);
 }
 
 void CopyTab::showResult(const QString& text)

@@ -1,6 +1,7 @@
 #include "copy/record_loop.h"
 
 #include "copy/conversion.h"
+#include "copy/further_sheet.h"
 #include "platform/paths.h"
 
 namespace velnor {
@@ -48,6 +49,19 @@ std::int64_t recordsAtStart(Recordset& source)
     return source.RecordCount();
 }
 
+void addRecord(Recordset& source, Recordset& target, std::span<const PlannedPair> planned,
+               std::string& scratch)
+{
+    ValueView value;
+    target.AddNew();
+    for (const PlannedPair& pair : planned) {
+        if (convert(source.value(pair.from), pair.how, pair.sourceType, pair.targetSize, scratch,
+                    value))
+            target.setValue(pair.to, value);
+    }
+    target.Update();
+}
+
 }  // namespace
 
 void copyRecords(Recordset& source, Recordset& target, std::span<const FieldPair> pairs,
@@ -57,15 +71,15 @@ void copyRecords(Recordset& source, Recordset& target, std::span<const FieldPair
     const std::vector<PlannedPair> planned = plan(source, target, pairs);
     const std::int64_t every = watch.reached ? watch.every : 0;
     std::string scratch;
-    ValueView value;
     while (!source.Eof() && tally.copied != limit) {
-        target.AddNew();
-        for (const PlannedPair& pair : planned) {
-            if (convert(source.value(pair.from), pair.how, pair.sourceType, pair.targetSize,
-                        scratch, value))
-                target.setValue(pair.to, value);
+        try {
+            addRecord(source, target, planned, scratch);
+        } catch (const EngineError& error) {
+            if (error.code() != EngineErrorNumber::SpreadsheetFull || !watch.full ||
+                !watch.full(target))
+                throw;
+            addRecord(source, target, planned, scratch);
         }
-        target.Update();
         ++tally.copied;
         if (every > 0 && tally.copied % every == 0 && !watch.reached(tally.copied)) {
             tally.cancelled = true;
@@ -90,6 +104,14 @@ void runCopy(Workspace& workspace, const CopyJob& job, CopyTally& tally, const C
             return watch.reached(copied);
         };
     }
+    FurtherSheets further(to, job.to.record);
+    committed.full = [&](Recordset& full) {
+        if (!further.possible())
+            return false;
+        full = further.open();
+        tally.furtherSheets = further.names();
+        return true;
+    };
     const std::int64_t limit = sameTable(job.from, job.to) ? recordsAtStart(source) : kAllRecords;
     copyRecords(source, target, job.pairs, tally, committed, limit);
     from.Close();

@@ -19,6 +19,7 @@ namespace velnor {
 struct CopyTally {
     std::int64_t copied = 0;  ///< records that the target has taken
     bool cancelled = false;
+    std::vector<std::string> furtherSheets;  ///< made because a sheet was full
 };
 
 /// Called on the way. Without a callback the loop doesn't pause.
@@ -26,6 +27,9 @@ struct CopyWatch {
     std::int64_t every = 0;  ///< records between two calls; 0: never
     /// Takes the records copied so far; false ends the copy after this record.
     std::function<bool(std::int64_t copied)> reached;
+    /// Called when the target's sheet has no further row: puts another one in its place, and gives
+    /// false when there is none. May be empty.
+    std::function<bool(Recordset& target)> full = {};
 };
 
 /// No bound on the number of records.
@@ -49,7 +53,7 @@ struct CopyJob {
     std::vector<FieldPair> pairs;
 };
 
-/// Opens both ends, copies, closes. The callback of `watch` is called after a commit: the records
+/// Opens both ends, copies, closes. Where a sheet is full the records go on in a further one. The callback of `watch` is called after a commit: the records
 /// it is told of are safe on the disk. A table copied into itself gets the records that it had at
 /// the start.
 void runCopy(Workspace& workspace, const CopyJob& job, CopyTally& tally,
