@@ -1,7 +1,7 @@
 #include "access/model/query_result.h"
 
 #include "access/engine_error.h"
-#include "access/sql/error_numbers.h"
+#include "access/statement_errors.h"
 
 namespace velnor::model {
 namespace {
@@ -90,7 +90,7 @@ ValueView ResultCursor::field(int n)
     if (!table_)
         return result_->value(at_, n);
     if (gone_)
-        throw EngineError(sql::kRecordDeleted, "The record is deleted.");
+        throw EngineError(kRecordDeleted, "The record is deleted.");
     return table_->field(result_->tableField(n));
 }
 

@@ -80,6 +80,7 @@ public:
     bool moveTo(RowId row) override;
     RowId row() const override { return static_cast<RowId>(at_); }
     ValueView field(int n) override { return statement_.value(n); }
+    void fields(std::span<ValueView> out) override { statement_.values(out); }
 
 private:
     [[noreturn]] void refuse() const;

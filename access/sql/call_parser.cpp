@@ -1,7 +1,7 @@
 // Calls of functions in a statement.
 #include "access/sql/conversion_rules.h"
-#include "access/sql/error_numbers.h"
 #include "access/sql/statement_parser.h"
+#include "access/statement_errors.h"
 
 namespace velnor::sql {
 namespace {

@@ -2,9 +2,9 @@
 #include <cmath>
 
 #include "access/sql/conversion_rules.h"
-#include "access/sql/error_numbers.h"
 #include "access/sql/like_pattern.h"
 #include "access/sql/statement_parser.h"
+#include "access/statement_errors.h"
 #include "access/value_text.h"
 
 namespace velnor::sql {

@@ -231,7 +231,7 @@ bool GroupedRoad::next()
     return ++group_ < rows_.order_.size() && toSpelling(rows_.order_[group_]);
 }
 
-ValueView GroupedRoad::raw(int field) const
+ValueView GroupedRoad::raw(int field)
 {
     const int place = rows_.place_[static_cast<std::size_t>(field)];
     if (place < 0)

@@ -83,11 +83,11 @@ public:
     bool first() override;
     bool next() override;
     RowId row() const override { return 0; }
+    ValueView raw(int field) override;
     ValueView plain(int field) override { return plainValue(raw(field)); }
     ValueView exact(int field) override { return exactValue(raw(field), scratch_); }
 
 private:
-    ValueView raw(int field) const;
     bool toSpelling(std::uint32_t spelling);
 
     const GroupedRows& rows_;

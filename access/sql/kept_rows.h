@@ -78,11 +78,9 @@ public:
     bool first() override { return (at_ = table_.find(key_)) != KeptTable::kNone; }
     bool next() override { return (at_ = table_.findNext(at_, key_)) != KeptTable::kNone; }
     RowId row() const override { return table_.rows().row(at_); }
-    ValueView plain(int field) override { return plainValue(table_.rows().value(at_, field)); }
-    ValueView exact(int field) override
-    {
-        return exactValue(table_.rows().value(at_, field), scratch_);
-    }
+    ValueView raw(int field) override { return table_.rows().value(at_, field); }
+    ValueView plain(int field) override { return plainValue(raw(field)); }
+    ValueView exact(int field) override { return exactValue(raw(field), scratch_); }
 
 private:
     const KeptTable& table_;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,14 @@ public:
     /// The field in its plain form; a text is good until the road goes on.
     virtual ValueView plain(int field) = 0;
     virtual ValueView exact(int field) = 0;
+    /// The field as the table has it.
+    virtual ValueView raw(int field) = 0;
+    /// The first out.size() fields as the table has them.
+    virtual void rawFields(std::span<ValueView> out)
+    {
+        for (std::size_t i = 0; i < out.size(); ++i)
+            out[i] = raw(static_cast<int>(i));
+    }
 };
 
 using Tests = std::vector<ScanTest>;
@@ -36,6 +45,8 @@ public:
     RowId row() const override { return cursor_->row(); }
     ValueView plain(int field) override { return plainValue(cursor_->field(field)); }
     ValueView exact(int field) override { return exactValue(cursor_->field(field), scratch_); }
+    ValueView raw(int field) override { return cursor_->field(field); }
+    void rawFields(std::span<ValueView> out) override { cursor_->fields(out); }
     RowCursor& cursor() { return *cursor_; }
 
 protected:

@@ -4,15 +4,17 @@
 
 #include <cmath>
 #include <new>
+#include <optional>
 #include <utility>
 #include <vector>
 
-#include "access/sql/error_numbers.h"
 #include "access/sql/functions.h"
 #include "access/sql/grouped_rows.h"
+#include "access/sql/plain_walk.h"
 #include "access/sql/result_value.h"
 #include "access/sql/sql_error.h"
 #include "access/sql/table_module.h"
+#include "access/statement_errors.h"
 #include "access/value_text.h"
 #include "platform/run_error.h"
 
@@ -69,6 +71,11 @@ struct Statement::Machine {
     std::vector<Value> ties;
     bool done = false;
 
+    std::optional<PlainWalk> walk;  // the machine finds the first record, the road the others
+    RowRoad* road = nullptr;        // once the first one is found
+    std::vector<int> rawFields;     // of the walk, where the columns are fields as they are
+    bool inOrder = false;           // these are the first fields of the table
+
     ~Machine()
     {
         run.reset();
@@ -79,6 +86,9 @@ struct Statement::Machine {
     std::int64_t countOf(const std::string& sql);
     bool stepRun();
     bool stepAnyway();
+    void takeWalk(const Translation& translation);
+    bool stepWalk();
+    ValueView walkValue(std::size_t n);
     std::string running;
     int firstTie() const { return gives == Gives::Values ? static_cast<int>(columns.size()) : 1; }
     bool tiesWithLast() const;
@@ -152,6 +162,38 @@ bool Statement::Machine::stepAnyway()
     return stepRun();
 }
 
+void Statement::Machine::takeWalk(const Translation& translation)
+{
+    if (tables.size() != 1 || tieColumns > 0)
+        return;
+    walk = plainWalkOf(db.get(), running);
+    if (!walk || gives == Gives::Records || translation.fieldOfColumn.empty())
+        return;
+    rawFields = translation.fieldOfColumn;
+    inOrder = true;
+    for (std::size_t i = 0; i < rawFields.size(); ++i)
+        inOrder = inOrder && rawFields[i] == static_cast<int>(i);
+}
+
+bool Statement::Machine::stepWalk()
+{
+    if (road)
+        return given != walk->most && road->next();
+    if (!stepAnyway())
+        return false;
+    road = tables.front()->road();
+    return true;
+}
+
+ValueView Statement::Machine::walkValue(std::size_t n)
+{
+    if (!rawFields.empty())
+        return road->raw(rawFields[n]);
+    const int column = walk->columns[n], fields = tables.front()->fields();
+    const ValueView plain = column < fields ? road->plain(column) : road->exact(column - fields);
+    return resultValue(columns[n], plain, scratch[n]);
+}
+
 bool Statement::Machine::tiesWithLast() const
 {
     for (int i = 0; i < tieColumns; ++i) {
@@ -199,6 +241,7 @@ Statement::Statement(const Translation& translation, Gives gives, RunOptions opt
             static_cast<double>(m.countOf(translation.countSql)) * *translation.topPercent / 100));
     m.running = gives == Gives::Values ? translation.sql : translation.recordsSql;
     m.run = m.prepare(m.running);
+    m.takeWalk(translation);
 }
 
 Statement::~Statement() = default;
@@ -208,7 +251,7 @@ bool Statement::step()
     Machine& m = *machine_;
     if (m.done || m.top == 0)
         return false;
-    m.done = !m.stepAnyway() || (m.top > 0 && m.given >= m.top && !m.tiesWithLast());
+    m.done = !(m.walk ? m.stepWalk() : m.stepAnyway()) || (m.top > 0 && m.given >= m.top && !m.tiesWithLast());
     if (m.done)
         return false;
     if (++m.given == m.top)
@@ -219,12 +262,24 @@ bool Statement::step()
 ValueView Statement::value(int n)
 {
     const auto at = static_cast<std::size_t>(n);
+    if (machine_->road)
+        return machine_->walkValue(at);
     return resultValue(machine_->columns[at], plainOf(sqlite3_column_value(machine_->run.get(), n)),
                        machine_->scratch[at]);
 }
 
+void Statement::values(std::span<ValueView> out)
+{
+    if (machine_->road && machine_->inOrder)
+        return machine_->road->rawFields(out);
+    for (std::size_t i = 0; i < out.size(); ++i)
+        out[i] = value(static_cast<int>(i));
+}
+
 RowId Statement::record() const
 {
+    if (machine_->road)
+        return machine_->road->row();
     return static_cast<RowId>(sqlite3_column_int64(machine_->run.get(), 0));
 }
 

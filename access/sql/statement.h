@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 
 #include "access/sql/run_context.h"
 #include "access/sql/translation.h"
@@ -27,6 +28,8 @@ public:
     /// Column n of the record, in the kind of its field; a text is good until the next step, or
     /// until the column is asked for again.
     ValueView value(int n);
+    /// The first out.size() columns at once.
+    void values(std::span<ValueView> out);
     RowId record() const;
 
 private:

@@ -78,6 +78,7 @@ int openCursor(sqlite3_vtab* use, sqlite3_vtab_cursor** made)
 
 int closeCursor(sqlite3_vtab_cursor* cursor)
 {
+    cursorOf(cursor).module.standsOn(nullptr);
     delete &cursorOf(cursor);
     return SQLITE_OK;
 }
@@ -91,6 +92,7 @@ int filter(sqlite3_vtab_cursor* base, int planNumber, const char*, int count,
         cursor.road = cursor.run.begin(cursor.module.plan(planNumber),
                                        {values, static_cast<std::size_t>(count)});
         cursor.there = cursor.road != nullptr;
+        cursor.module.standsOn(cursor.road);
     });
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "access/sql/access_plan.h"
+#include "access/sql/row_road.h"
 #include "access/sql/run_context.h"
 #include "access/sql/source_table.h"
 
@@ -31,6 +32,10 @@ public:
     int addPlan(sqlite3_index_info& info);
     const AccessPlan& plan(int number) const { return plans_[static_cast<std::size_t>(number)]; }
 
+    /// Where the machine stands in this table now, if it is used once; null when it does not.
+    RowRoad* road() const { return road_; }
+    void standsOn(RowRoad* road) { road_ = road; }
+
 private:
     std::int64_t records();
 
@@ -38,6 +43,7 @@ private:
     RunContext& context_;
     std::deque<AccessPlan> plans_;
     std::int64_t records_ = -1;
+    RowRoad* road_ = nullptr;
 };
 
 }  // namespace velnor::sql

@@ -1,9 +1,9 @@
-// access/sql/error_numbers.h - the engine's numbers that only statements have.
+// access/statement_errors.h - the engine's numbers that only statements have.
 #pragma once
 
 #include "access/engine_error.h"
 
-namespace velnor::sql {
+namespace velnor {
 
 inline constexpr EngineErrorNumber kAmbiguousField{3079};  ///< a name in more than one table
 inline constexpr EngineErrorNumber kUnknownFunction{3085};
@@ -14,4 +14,4 @@ inline constexpr EngineErrorNumber kRecordDeleted{3167};  ///< a record of an an
 inline constexpr EngineErrorNumber kUnionWidths{3307};    ///< different numbers of fields
 inline constexpr EngineErrorNumber kTooComplex{3360};     ///< beyond the bounds of what can be run
 
-}  // namespace velnor::sql
+}  // namespace velnor
