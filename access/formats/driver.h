@@ -123,8 +123,15 @@ public:
     /// Everything written so far is safe on the disk when this returns. On a failure (disk full: 3026)
     /// the files are back at the last commit.
     virtual void commit() = 0;
-    /// Bytes changed since the last commit, roughly; the model commits when they pass a bound.
+    /// Bytes changed since the last commit that are in memory, roughly.
     virtual std::size_t pendingBytes() const = 0;
+    /// To be called every few records: what takes more than `mostBytes` of memory goes to the disk. By
+    /// a commit, unless the store can do it without one.
+    virtual void breathe(std::size_t mostBytes)
+    {
+        if (pendingBytes() > mostBytes)
+            commit();
+    }
     /// Reads every structure and reports what is wrong; changes nothing. For folder kinds only the
     /// named table is checked, for others the whole file when `table` is empty.
     virtual void check(std::string_view table, const ProblemSink& report) = 0;

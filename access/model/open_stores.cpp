@@ -5,7 +5,7 @@
 namespace velnor::model {
 namespace {
 
-constexpr std::size_t kCommitBytes = 8u << 20;
+constexpr std::size_t kMostPendingBytes = 8u << 20;
 constexpr unsigned kRecordsBetweenLooks = 16;
 
 struct Entry {
@@ -143,8 +143,8 @@ void OpenStore::requireUnused(std::string_view table) const
 
 void OpenStore::recordWritten()
 {
-    if (++written_ % kRecordsBetweenLooks == 0 && store().pendingBytes() > kCommitBytes)
-        store().commit();
+    if (++written_ % kRecordsBetweenLooks == 0)
+        store().breathe(kMostPendingBytes);
 }
 
 void OpenStore::commit()

@@ -61,7 +61,7 @@ void JetDriver::compact(FileSystem& files, const OpenRequest& from, const Create
         request.readOnly = false;
         request.password = password.value_or(from.password);
         request.codePage = from.codePage;
-        JetFile target(files, request);
+        JetFile target(files, request, false);
         Rebuild(*source, target).run();
     });
 }

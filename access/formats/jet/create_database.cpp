@@ -210,7 +210,7 @@ std::vector<std::uint8_t> databaseSkeleton(const JetFormat& format, std::string_
 
 void fillCatalog(FileSystem& files, const OpenRequest& skeleton)
 {
-    JetFile file(files, skeleton);
+    JetFile file(files, skeleton, false);
     Catalog catalog(file);
     addMissingObjects(catalog);
     addMissingRights(catalog);

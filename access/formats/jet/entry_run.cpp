@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cstring>
 
+#include "access/engine_error.h"
 #include "access/storage/byte_reader.h"
 
 namespace velnor::jet {
 namespace {
 
-constexpr std::size_t kBlockBytes = 4u << 20;
+constexpr std::size_t kBlockBytes = 1u << 20;
+constexpr std::size_t kReadBytes = 2u << 20;        // for all blocks of the file together
+constexpr std::size_t kLeastReadBytes = 16u << 10;  // for one
 constexpr std::size_t kLengthBytes = 2;
 constexpr std::size_t kPlaceBytes = 4;
 
@@ -39,31 +42,28 @@ KeyView keyOf(KeyView entry)
 void EntryRun::add(KeyView key, RowPointer row)
 {
     const std::size_t size = key.size() + kPlaceBytes;
-    if (open_.size() + kLengthBytes + size > kBlockBytes)
+    if (openBytes_ + kLengthBytes + size > kBlockBytes)
         closeBlock();
-    if (open_.capacity() == 0 && !blocks_.empty())
-        open_.reserve(kBlockBytes);
-    const std::size_t at = open_.size();
-    open_.resize(at + kLengthBytes + size);
-    std::uint8_t* p = open_.data() + at;
+    if (!open_)
+        open_ = std::make_unique_for_overwrite<std::uint8_t[]>(kBlockBytes);
+    const std::size_t at = std::exchange(openBytes_, openBytes_ + kLengthBytes + size);
+    std::uint8_t* p = open_.get() + at;
     storeLE(p, static_cast<std::uint16_t>(size));
     std::memcpy(p + kLengthBytes, key.data(), key.size());
     storeBE(p + kLengthBytes + key.size(), row.word());
     items_.push_back({headOf(key, 0), static_cast<std::uint32_t>(at)});
     ++count_;
+    bytes_ += kLengthBytes + size;
 }
 
-std::size_t EntryRun::bytes() const
+bool EntryRun::full() const
 {
-    std::size_t all = open_.size() + items_.size() * sizeof(Item);
-    for (const Block& block : blocks_)
-        all += block.size();
-    return all;
+    return noFile_ && inMemory_ > mostInMemory_;
 }
 
 void EntryRun::clear()
 {
-    *this = EntryRun();
+    *this = EntryRun(*space_, mostInMemory_);
 }
 
 /// Sorts items whose keys are the same in front of `at`, and whose heads are of there: by the
@@ -84,7 +84,7 @@ void EntryRun::sortFrom(std::span<Item> items, std::size_t at)
 /// Items whose keys are the same in front of `at`, but for zeros where one has ended.
 void EntryRun::sortSame(std::span<Item> items, std::size_t at)
 {
-    const auto entry = [this](const Item& item) { return entryAt(open_.data() + item.at); };
+    const auto entry = [this](const Item& item) { return entryAt(open_.get() + item.at); };
     const bool ends = std::ranges::any_of(
         items, [&](const Item& item) { return entry(item).size() <= at + kPlaceBytes; });
     if (ends || items.size() < 8) {
@@ -103,31 +103,59 @@ void EntryRun::sortSame(std::span<Item> items, std::size_t at)
 void EntryRun::closeBlock()
 {
     sortFrom(items_, 0);
-    Block sorted(open_.size());
-    std::uint8_t* out = sorted.data();
+    Block sorted;
+    sorted.bytes.resize(openBytes_);
+    std::uint8_t* out = sorted.bytes.data();
     for (const Item& item : items_) {
-        const std::uint8_t* p = open_.data() + item.at;
+        const std::uint8_t* p = open_.get() + item.at;
         const std::size_t size = kLengthBytes + loadLE<std::uint16_t>(p);
         std::memcpy(out, p, size);
         out += size;
     }
+    inMemory_ += sorted.bytes.size();
     blocks_.push_back(std::move(sorted));
     items_.clear();
-    open_.clear();
+    openBytes_ = 0;
+    if (inMemory_ > mostInMemory_ && !noFile_)
+        moveToFile();
+}
+
+/// A disk that is full says so at the commit: here memory does as well.
+void EntryRun::moveToFile()
+{
+    if (!file_)
+        file_ = space_->scratch();
+    noFile_ = !file_;
+    try {
+        for (Block& block : blocks_) {
+            if (block.bytes.empty() || noFile_)
+                continue;
+            file_->writeAt(fileEnd_, block.bytes);
+            block.from = fileEnd_;
+            block.to = fileEnd_ += block.bytes.size();
+            inMemory_ -= block.bytes.size();
+            block.bytes = {};
+        }
+    } catch (const RunError&) {
+        noFile_ = true;
+    }
 }
 
 /// Reads several sorted blocks as one: the block whose next entry is the least lies on top of a
 /// heap.
 class EntryRun::Merge {
 public:
-    explicit Merge(const std::vector<Block>& blocks)
+    Merge(const std::vector<Block>& blocks, File* file) : file_(file), readers_(blocks.size())
     {
-        for (const Block& block : blocks) {
-            Reader reader{block.data(), block.data() + block.size(), 0};
-            if (reader.at != reader.end) {
-                reader.head = headOf(keyOf(entryAt(reader.at)), 0);
-                heap_.push_back(reader);
-            }
+        bufferBytes_ = std::max(kReadBytes / std::max<std::size_t>(blocks.size(), 1), kLeastReadBytes);
+        for (std::size_t i = 0; i < blocks.size(); ++i) {
+            Reader& reader = readers_[i];
+            reader.at = blocks[i].bytes.data();
+            reader.end = reader.at + blocks[i].bytes.size();
+            reader.from = blocks[i].from;
+            reader.to = blocks[i].to;
+            if (load(reader))
+                heap_.push_back(&reader);
         }
         std::make_heap(heap_.begin(), heap_.end(), later);
     }
@@ -139,7 +167,7 @@ public:
         if (heap_.empty())
             return std::nullopt;
         given_ = true;
-        const KeyView entry = entryAt(heap_.front().at);
+        const KeyView entry = entryAt(heap_.front()->at);
         const KeyView key = keyOf(entry);
         const auto word = loadBE<std::uint32_t>(key.data() + key.size());
         return IndexEntry{key, RowPointer::fromWord(word)};
@@ -147,29 +175,61 @@ public:
 
 private:
     struct Reader {
-        const std::uint8_t* at;
-        const std::uint8_t* end;
-        std::uint64_t head;
+        const std::uint8_t* at = nullptr;
+        const std::uint8_t* end = nullptr;
+        std::uint64_t head = 0;
+        std::uint64_t from = 0, to = 0;  // what is still in the file
+        Bytes buffer;
     };
-    static bool later(const Reader& a, const Reader& b)
+    static bool later(const Reader* a, const Reader* b)
     {
-        if (a.head != b.head)
-            return a.head > b.head;
-        return compareEntries(entryAt(a.at), entryAt(b.at)) > 0;
+        if (a->head != b->head)
+            return a->head > b->head;
+        return compareEntries(entryAt(a->at), entryAt(b->at)) > 0;
+    }
+
+    /// Brings the whole next entry into memory; false at the end.
+    bool load(Reader& reader)
+    {
+        if (reader.from < reader.to) {
+            const auto left = static_cast<std::size_t>(reader.end - reader.at);
+            if (left < kLengthBytes || left < kLengthBytes + entryAt(reader.at).size())
+                refill(reader, left);
+        }
+        if (reader.at == reader.end)
+            return false;
+        reader.head = headOf(keyOf(entryAt(reader.at)), 0);
+        return true;
+    }
+
+    void refill(Reader& reader, std::size_t left)
+    {
+        if (left > 0)
+            std::memmove(reader.buffer.data(), reader.at, left);
+        const auto wanted = static_cast<std::size_t>(
+            std::min<std::uint64_t>(bufferBytes_, reader.to - reader.from));
+        reader.buffer.resize(left + wanted);
+        if (file_->readAt(reader.from, {reader.buffer.data() + left, wanted}) != wanted)
+            throw EngineError(EngineErrorNumber::Corrupt, "A file for sorting was cut short.");
+        reader.from += wanted;
+        reader.at = reader.buffer.data();
+        reader.end = reader.at + reader.buffer.size();
     }
 
     /// The top block goes on to its next entry, and down to where that belongs.
     void step()
     {
         given_ = false;
-        Reader reader = heap_.front();
-        reader.at += kLengthBytes + loadLE<std::uint16_t>(reader.at);
-        if (reader.at == reader.end) {
-            std::pop_heap(heap_.begin(), heap_.end(), later);
+        Reader* reader = heap_.front();
+        reader->at += kLengthBytes + entryAt(reader->at).size();
+        if (!load(*reader)) {
+            reader->buffer = {};
+            heap_.front() = heap_.back();
             heap_.pop_back();
-            return;
+            if (heap_.empty())
+                return;
+            reader = heap_.front();
         }
-        reader.head = headOf(keyOf(entryAt(reader.at)), 0);
         std::size_t hole = 0;
         for (;;) {
             std::size_t child = 2 * hole + 1;
@@ -185,7 +245,10 @@ private:
         heap_[hole] = reader;
     }
 
-    std::vector<Reader> heap_;
+    File* file_;
+    std::size_t bufferBytes_;
+    std::vector<Reader> readers_;
+    std::vector<Reader*> heap_;
     bool given_ = false;
 };
 
@@ -193,7 +256,11 @@ EntrySource EntryRun::sorted()
 {
     if (!items_.empty())
         closeBlock();
-    return [merge = std::make_shared<Merge>(blocks_)] { return merge->next(); };
+    items_ = {};
+    open_.reset();
+    if (file_)
+        moveToFile();
+    return [merge = std::make_shared<Merge>(blocks_, file_.get())] { return merge->next(); };
 }
 
 }  // namespace velnor::jet

@@ -79,6 +79,7 @@ void IndexBuilder::closePage(std::size_t level)
         own.open.erase(own.open.count() - 1);
     }
     write(own, level, page, next);
+    tree_.space_.breathe();
     own.open.clear();
     own.previous = page;
     own.page = next;

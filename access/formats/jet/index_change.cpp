@@ -68,7 +68,7 @@ void TableChange::addIndex(const IndexDef& index)
 
 EntryRun TableChange::collectEntries(const RealIndex& real, const IndexPlan& plan)
 {
-    EntryRun entries;
+    EntryRun entries(file_);
     KeyBuilder keys = keyBuilder(file_, plan);
     std::vector<ValueView> values(plan.fields.size());
     PhysicalCursor cursor(table_);

@@ -9,7 +9,6 @@
 namespace velnor::jet {
 namespace {
 
-constexpr std::size_t kMaxAside = 8u << 20;  // bytes
 // From so many standing entries on for each new one, hardly two new ones go to the same leaf.
 constexpr std::uint64_t kSparse = 128;
 
@@ -26,13 +25,18 @@ void IndexTree::insertLater(KeyView key, RowPointer row)
 {
     requireKeySize(key);
     if (!aside_)
-        aside_ = std::make_unique<EntryRun>();
-    if (aside_->bytes() > kMaxAside)
+        aside_ = std::make_unique<EntryRun>(space_);
+    if (aside_->full())
         settle();
     aside_->add(key, row);
     raiseTop(key);
     waiting_ = true;
     ++version_;
+}
+
+std::size_t IndexTree::waitingBytes() const
+{
+    return waiting_ ? aside_->bytes() : 0;
 }
 
 bool IndexTree::beyondAll(KeyView key)
@@ -79,15 +83,29 @@ void IndexTree::invalidate()
 std::uint64_t IndexTree::merge(std::uint64_t count, const EntrySource& entries)
 {
     settle();
+    auto first = entries();
+    if (!first)
+        return 0;
     const std::uint64_t standing = roughCount();
-    if (standing <= count)
-        return mergeBuilding(entries);
+    const bool behind = standing > 0 && behindAll(*first);
+    const EntrySource all = [&] {
+        return first ? std::exchange(first, std::nullopt) : entries();
+    };
+    if (standing <= count && !behind)
+        return mergeBuilding(all);
     if (standing / kSparse <= count)
-        return mergeByLeaf(entries);
+        return mergeByLeaf(all);
     std::uint64_t added = 0;
-    while (const auto entry = entries())
+    while (const auto entry = all())
         added += insert(entry->key, entry->row);
     return added;
+}
+
+/// Whether an entry, and so all that follow it, comes after every one that stands.
+bool IndexTree::behindAll(const IndexEntry& entry)
+{
+    IndexWalker last(*this);
+    return !last.last() || compareEntries(last.whole(), makeEntry(entry.key, entry.row)) < 0;
 }
 
 /// Builds the tree anew from the entries that stand and the new ones.
@@ -175,6 +193,7 @@ std::uint64_t IndexTree::mergeByLeaf(const EntrySource& entries)
             ++version_;
         }
         page.release();
+        space_.breathe();
         if (full) {  // the leaf is cut in two, the usual way
             added += insert(entry->key, entry->row);
             entry = entries();

@@ -10,6 +10,7 @@ namespace velnor::jet {
 namespace {
 
 constexpr std::size_t kCacheBytes = 4u << 20;
+constexpr std::size_t kMostPendingBytes = 4u << 20;
 constexpr std::size_t kNameAt = 4, kVersionAt = 0x14;
 
 [[noreturn]] void unrecognised(const std::string& path, const std::string& why)
@@ -70,7 +71,7 @@ private:
     JetFile& file_;
 };
 
-JetFile::JetFile(FileSystem& files, const OpenRequest& request)
+JetFile::JetFile(FileSystem& files, const OpenRequest& request, bool undone)
     : files_(files), format_(&recognise(files, request.name))
 {
     if (!request.readOnly && openElsewhere(files, request.name))
@@ -82,6 +83,7 @@ JetFile::JetFile(FileSystem& files, const OpenRequest& request)
     PageFileOptions options;
     options.pageSize = format_->pageSize;
     options.cacheBytes = kCacheBytes;
+    options.undone = undone;
     options.writeRank = [f = format_](std::uint32_t, const std::uint8_t* bytes) {
         return writeRank(*f, bytes);
     };
@@ -93,6 +95,7 @@ JetFile::JetFile(FileSystem& files, const OpenRequest& request)
     file_ = &set_->main();
     if (file_->pageCount() < 3)
         unrecognised(request.name, "it is cut short.");
+    committedBytes_ = file_->size();
     readHeader(request);
     appender_ = std::make_unique<Appender>(*this);
     free_ = std::make_unique<UsageMap>(*appender_, header_.globalMap, UsageMap::Kind::Free);
@@ -148,13 +151,44 @@ void JetFile::readHeader(const OpenRequest& request)
 }
 
 /// Another program may have opened the file since: what it works on is not changed under it.
-void JetFile::commit()
+void JetFile::requireAlone()
 {
     if (set_->pendingBytes() > 0 && openElsewhere(files_, set_->path()))
         throw EngineError(EngineErrorNumber::FileInUse,
                           "\"" + set_->path() +
                               "\" was opened by another program; the changes are not written.");
+}
+
+void JetFile::commit()
+{
+    requireAlone();
     set_->commit();
+    committedBytes_ = file_->size();
+}
+
+void JetFile::spill()
+{
+    requireAlone();
+    set_->spill();
+}
+
+void JetFile::breathe()
+{
+    if (longChanges_ > 0 && set_->pendingBytes() > kMostPendingBytes)
+        spill();
+}
+
+/// Its name goes at once: nothing is left behind by whatever ends the program.
+std::unique_ptr<File> JetFile::scratch()
+{
+    const std::string name = set_->path() + "-sort";
+    try {
+        auto file = files_.open(name, OpenMode::Replace);
+        files_.remove(name);
+        return file;
+    } catch (const RunError&) {
+        return nullptr;
+    }
 }
 
 std::uint32_t JetFile::allocate()

@@ -38,13 +38,17 @@ class JetFile final : public PageSpace {
 public:
     /// 3343 for what is no such file or an ACE file, 3031 for a wrong password, 3024 and 3044 when
     /// there is none.
-    JetFile(FileSystem& files, const OpenRequest& request);
+    /// `undone`: see PageFileOptions.
+    JetFile(FileSystem& files, const OpenRequest& request, bool undone = true);
 
     const JetFormat& format() const override { return *format_; }
     std::uint32_t pageCount() const override { return file_->pageCount(); }
     PageRef page(std::uint32_t number) override { return file_->read(number); }
     std::uint32_t allocate() override;
     void release(std::uint32_t number, std::uint8_t typeByte) override;
+    /// Inside of a LongChange only: what fails drops all changes, and nobody else looks for that.
+    void breathe() override;
+    std::unique_ptr<File> scratch() override;
 
     const JetHeader& header() const { return header_; }
     /// Whether a password would open the file; any one does when there is none.
@@ -68,17 +72,34 @@ public:
 
     /// 3045 when another program has opened the file meanwhile; the caller rolls back.
     void commit();
+    /// Takes changed pages out of memory before the commit. Fails as commit() does.
+    void spill();
     void rollback();
     /// To be called when pages went back to an earlier state.
     void forgetFreePages() { firstFree_ = kFirstOwnPage; }
     std::size_t pendingBytes() const { return set_->pendingBytes(); }
+    /// Length at the last commit.
+    std::uint64_t committedBytes() const { return committedBytes_; }
     std::uint64_t generation() const { return set_->generation(); }
+
+    /// While one lives, whoever made it rolls back when anything fails.
+    class LongChange {
+    public:
+        explicit LongChange(JetFile& file) : file_(file) { ++file_.longChanges_; }
+        ~LongChange() { --file_.longChanges_; }
+        LongChange(const LongChange&) = delete;
+        LongChange& operator=(const LongChange&) = delete;
+
+    private:
+        JetFile& file_;
+    };
 
 private:
     static constexpr PageNumber kFirstOwnPage = 6;
     class Appender;  // gives the map of free pages its own pages
 
     void readHeader(const OpenRequest& request);
+    void requireAlone();
     PageNumber appendTo(PageNumber number);
 
     FileSystem& files_;
@@ -92,6 +113,8 @@ private:
     std::unique_ptr<UsageMap> free_;
     std::optional<UsageMap> released_;      // only when it holds pages: they are left alone
     PageNumber firstFree_ = kFirstOwnPage;  // no free page lies before it
+    std::uint64_t committedBytes_ = 0;
+    int longChanges_ = 0;
 };
 
 /// The ANSI code page of a language, where a file does not say its own.

@@ -74,6 +74,8 @@ public:
         if (waiting_)
             addWaiting();
     }
+    /// What the entries that wait take, in memory or not.
+    std::size_t waitingBytes() const;
     /// How many keys that were not there before came with the entries added since this was asked
     /// last. A key that goes on over several leaves may be counted again.
     std::uint32_t takeNewKeys() { return std::exchange(newKeys_, 0); }
@@ -148,6 +150,7 @@ private:
     std::uint64_t roughCount();
     void addWaiting();
     void raiseTop(KeyView key);
+    bool behindAll(const IndexEntry& entry);
     std::uint64_t mergeBuilding(const EntrySource& entries);
     std::uint64_t mergeByLeaf(const EntrySource& entries);
     void leafBound(std::vector<std::uint8_t>& bound);

@@ -36,6 +36,9 @@ public:
     void changePassword(std::string_view password) override;
     void commit() override;
     std::size_t pendingBytes() const override { return file_.pendingBytes(); }
+    /// In a long append to indexes only when the file has doubled by a commit: each one costs a walk
+    /// through the indexes. Else the pages are written before it.
+    void breathe(std::size_t mostBytes) override;
     void check(std::string_view table, const ProblemSink& report) override;
     std::vector<std::pair<std::string, std::string>> info(std::string_view table) override;
 

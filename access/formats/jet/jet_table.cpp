@@ -262,6 +262,12 @@ void JetTable::recordsChanged(PageNumber page, int delta)
         sum_ += delta;
 }
 
+bool JetTable::entriesWait() const
+{
+    return std::any_of(indexes_.begin(), indexes_.end(),
+                       [](const auto& open) { return open && open->tree->waitingBytes() > 0; });
+}
+
 void JetTable::saveCounts()
 {
     for (const auto& open : indexes_)

@@ -91,6 +91,8 @@ public:
     void recordsChanged(PageNumber page, int delta);
     /// Writes what was kept in memory: entries of indexes that wait, counts of the definition.
     void saveCounts();
+    /// Whether entries of an index wait for that.
+    bool entriesWait() const;
     void countsChanged() { countsDirty_ = true; }
     /// Another program, or a failed commit, changed the file: everything is read anew when asked
     /// for.

@@ -360,7 +360,10 @@ bool JetWriter::appendsMany()
         ++appended_;
         return false;
     }
-    return table_->file().roomLeft() > kRoomAnIndex * indexes_.size();
+    std::uint64_t wanted = kRoomAnIndex * indexes_.size();
+    for (const IndexPart& index : indexes_)
+        wanted += 3 * std::uint64_t{index.open->tree->waitingBytes()};  // a tree is built beside the old one
+    return table_->file().roomLeft() > wanted;
 }
 
 RowId JetWriter::insert(std::span<const ValueView> values)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "access/storage/page_file.h"
 
@@ -21,6 +22,12 @@ public:
     virtual std::uint32_t allocate() = 0;
     /// Gives a page back: type byte 8 (definitions) or 9 (all others), marked free.
     virtual void release(std::uint32_t number, std::uint8_t typeByte) = 0;
+    /// To be called now and then in a long change, while nobody is writing to a page: changed pages
+    /// may go to the disk before their commit.
+    virtual void breathe() {}
+    /// An empty file for what does not fit into memory, which is gone when it is closed; null when
+    /// there can be none.
+    virtual std::unique_ptr<File> scratch() { return nullptr; }
 };
 
 /// One usage map record: a set of page numbers.

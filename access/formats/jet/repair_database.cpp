@@ -64,7 +64,7 @@ std::string nameAside(FileSystem& files, const std::string& path)
 void writeAnew(JetFile& damaged, FileSystem& files, const OpenRequest& target,
                const ProblemSink& report)
 {
-    JetFile file(files, target);
+    JetFile file(files, target, false);
     Salvage salvage(damaged, report);
     Rebuild rebuild(damaged, file, salvage, report);
     rebuild.run();

@@ -1,6 +1,8 @@
 // What changes a database: writers, structure, commit.
 #include "access/formats/jet/jet_store.h"
 
+#include <algorithm>
+
 #include "access/formats/jet/jet_check.h"
 #include "access/formats/jet/jet_writer.h"
 #include "access/formats/jet/structure.h"
@@ -21,10 +23,28 @@ void JetStore::commit()
     if (file_.readOnly())
         return;
     try {
+        const JetFile::LongChange change(file_);
         catalog_.saveCounts();
         for (auto& [page, table] : tables_)
             table->saveCounts();
         file_.commit();
+    } catch (...) {
+        forgetChanges();
+        throw;
+    }
+}
+
+void JetStore::breathe(std::size_t mostBytes)
+{
+    if (file_.readOnly() || file_.pendingBytes() <= mostBytes)
+        return;
+    const bool wait = std::any_of(tables_.begin(), tables_.end(),
+                                  [](const auto& open) { return open.second->entriesWait(); });
+    const std::uint64_t size = std::uint64_t{file_.pageCount()} * file_.format().pageSize;
+    if (!wait || size >= 2 * file_.committedBytes())
+        return commit();
+    try {
+        file_.spill();
     } catch (...) {
         forgetChanges();
         throw;
@@ -92,6 +112,7 @@ template <class Change> void JetStore::changeStructure(Change change)
     needWriteable();
     commit();
     try {
+        const JetFile::LongChange longChange(file_);
         change(Structure(file_, catalog_, tablesByPage()));
         catalog_.saveCounts();
         file_.commit();

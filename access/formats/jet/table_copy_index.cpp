@@ -117,7 +117,7 @@ bool TableCopy::makeFromKeys(int real)
     std::vector<ValueView> values(open.fields.size());
     const KeyView allNull = keys.build(values);
     const std::vector<std::uint8_t> nothing(allNull.begin(), allNull.end());
-    EntryRun run;
+    EntryRun run(file_);
     std::uint32_t nulls = 0;
     PhysicalCursor cursor(to_);
     for (bool on = cursor.first(); on; on = cursor.next()) {

@@ -64,9 +64,9 @@ void makeWholeFile(FileSystem& files, const std::string& path,
         {
             const auto file = files.open(sibling, OpenMode::Replace);
             file->writeAt(0, firstPages);
-            file->sync();
         }
         fill(sibling);
+        files.open(sibling, OpenMode::ReadWrite)->sync();
         files.rename(sibling, path);
         files.syncFolder(paths::folder(path));
     });

@@ -50,7 +50,16 @@ public:
     bool isFree(std::uint32_t page) const { return free_.contains(page); }
     std::size_t freePages() const { return free_.size(); }
 
+    std::unique_ptr<File> scratch() override
+    {
+        ++scratchFiles;
+        return hasScratch ? files_.open("C:\\sort", OpenMode::Replace) : nullptr;
+    }
+    MemoryFileSystem& files() { return files_; }
+
     int allocationsLeft = 1 << 30;
+    int scratchFiles = 0;
+    bool hasScratch = true;
 
 private:
     FileSet open()

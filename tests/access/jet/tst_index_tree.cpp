@@ -334,7 +334,9 @@ TEST(EntryRun, sortsEntriesOfSeveralBlocks)
 {
     for (const Shape shape : {Shape::Number, Shape::Mixed, Shape::Tiny}) {
         Keys keys{std::mt19937(5), shape};
-        EntryRun run;
+        TestSpace space(kJet4);
+        space.hasScratch = shape != Shape::Tiny;
+        EntryRun run(space, 1u << 20);
         std::vector<Entry> expected;
         const int count = shape == Shape::Mixed ? 20000 : 400000;
         for (int i = 0; i < count; ++i) {
@@ -344,6 +346,8 @@ TEST(EntryRun, sortsEntriesOfSeveralBlocks)
             expected.push_back(TestTree::entry(key, row));
         }
         EXPECT_EQ(run.count(), expected.size());
+        EXPECT_EQ(space.scratchFiles, 1) << "they do not fit into memory";
+        EXPECT_EQ(run.full(), !space.hasScratch);
         std::sort(expected.begin(), expected.end(), EntryLess());
         for (int round = 0; round < 2; ++round) {  // it can be read again
             const auto sorted = run.sorted();
