@@ -187,13 +187,14 @@ void GroupedRows::fill(CursorRoad& road, std::size_t mostBytes)
     }
 }
 
-void GroupedRows::sort(const std::vector<bool>& falling)
+void GroupedRows::sort(const std::vector<bool>& falling, RunContext& context)
 {
     order_.clear();
     for (std::uint32_t i = 0; i < spellings_.size(); ++i)
         if (spellings_[i].leads)
             order_.push_back(i);
     const auto before = [&](std::uint32_t a, std::uint32_t b) {
+        context.workOn(sizeof(Spelling));
         for (std::size_t i = 0; i < keyFields_.size(); ++i) {
             const int order = comparePlain(plainValue(keyValue(a, i)), plainValue(keyValue(b, i)));
             if (order != 0)

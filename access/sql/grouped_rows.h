@@ -22,7 +22,7 @@ public:
     /// Takes all records of a road. GroupsTooLarge beyond `mostBytes`.
     void fill(CursorRoad& road, std::size_t mostBytes);
     /// The groups in the order of their keys, falling where told.
-    void sort(const std::vector<bool>& falling);
+    void sort(const std::vector<bool>& falling, RunContext& context);
 
 private:
     friend class GroupedRoad;

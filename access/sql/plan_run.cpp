@@ -218,7 +218,7 @@ std::unique_ptr<RowRoad> PlanRun::groupedRoad(const AccessPlan& plan)
     ScanRoad road(cursorOn({}), tests(), module_.context(), false);
     grouped_ = std::make_unique<GroupedRows>(plan.groupFields, plan.usedFields);
     grouped_->fill(road, module_.context().options.memory * 2);
-    grouped_->sort(plan.fallingGroups);
+    grouped_->sort(plan.fallingGroups, module_.context());
     return std::make_unique<GroupedRoad>(*grouped_);
 }
 

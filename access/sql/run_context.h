@@ -25,18 +25,28 @@ struct RunContext {
     std::exception_ptr failure;
     bool severalTables = false;
     bool groupsInMemory = true;  ///< until they were too many once
-    std::uint32_t steps = 0;
 
     /// Once for each record looked at.
-    void step()
-    {
-        if ((++steps & 0xFFF) == 0)
-            stopIfCancelled();
-    }
+    void step() { work(kStepWork); }
+    /// For each value handed on: long texts are work, too.
+    void workOn(std::size_t bytes) { work(bytes); }
     void stopIfCancelled() const
     {
         if (options.cancelled && options.cancelled())
             throw EngineError(EngineErrorNumber::Cancelled, "The statement was stopped.");
+    }
+
+private:
+    static constexpr std::size_t kStepWork = 2048;  // as much as so many bytes of text
+    static constexpr std::size_t kWorkBetweenQuestions = 1u << 20;
+    std::size_t work_ = 0;
+
+    void work(std::size_t amount)
+    {
+        if ((work_ += amount) < kWorkBetweenQuestions)
+            return;
+        work_ = 0;
+        stopIfCancelled();
     }
 };
 

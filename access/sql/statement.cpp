@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cmath>
 #include <new>
 #include <optional>
@@ -22,6 +23,9 @@ namespace velnor::sql {
 namespace {
 
 constexpr int kStepsBetweenQuestions = 1000;
+// Bytes that are sorted at one go. Nothing is asked meanwhile, so it must be short; the runs are
+// merged from a temporary file.
+constexpr std::size_t kLeastRun = 256u << 10, kMostRun = 2u << 20;
 
 struct CloseMachine {
     void operator()(sqlite3* db) const { sqlite3_close_v2(db); }
@@ -230,7 +234,7 @@ Statement::Statement(const Translation& translation, Gives gives, RunOptions opt
                                                          translation.tables[i], m.context));
     const std::string bound =
         "PRAGMA cache_size=-" +
-        std::to_string(std::max<std::size_t>(m.context.options.memory >> 10, 256));
+        std::to_string(std::clamp<std::size_t>(m.context.options.memory, kLeastRun, kMostRun) >> 10);
     sqlite3_exec(db, bound.c_str(), nullptr, nullptr, nullptr);
     if (m.context.options.cancelled)
         sqlite3_progress_handler(db, kStepsBetweenQuestions, stopWhenCancelled, &m.context);

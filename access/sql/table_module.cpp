@@ -112,10 +112,12 @@ int column(sqlite3_vtab_cursor* base, sqlite3_context* call, int number)
     TableCursor& cursor = cursorOf(base);
     return guarded(cursor.module.context(), [&] {
         const int fields = cursor.module.fields();
-        if (number < fields)
-            setResult(call, cursor.road->plain(number), false);
-        else
-            setResult(call, cursor.road->exact(number - fields), true);
+        const bool plain = number < fields;
+        const ValueView value =
+            plain ? cursor.road->plain(number) : cursor.road->exact(number - fields);
+        if (value.kind() == ValueKind::Text)
+            cursor.module.context().workOn(value.asText().size());
+        setResult(call, value, !plain);
     });
 }
 
