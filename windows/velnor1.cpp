@@ -83,6 +83,7 @@ void Velnor1::buildStatusBar()
     selectedFile_ = new QLabel(this);
     selectedFile_->setObjectName(u"SelectedFile"_s);
     selectedFile_->setTextFormat(Qt::PlainText);
+    selectedFile_->setIndent(6);
     ID_Date = new QLabel(this);
     ID_Date->setObjectName(u"ID_Date"_s);
     ID_Date->setToolTip(tr("Date"));
@@ -292,6 +293,7 @@ void Velnor1::TabStrip1_Click(int index)
         toolbars_[i]->setVisible(i == index);
     stack_->setCurrentIndex(index);
     tabInFront_ = index;
+    status(globals().SELECTED_FILE);  // what another workspace said is over
     ToolBarComp1->enable(u"ID_mnuCopySelect"_s, true);
     ToolBarComp1->enable(u"ID_mnuPaste"_s, true);
     const Outcome entered = attempt([&] { tabs_[index]->entered(); });

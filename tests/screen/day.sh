@@ -167,7 +167,7 @@ run_day() {
 }
 
 make_files
-start_screen 93 1280x800
+start_screen "${FIRST_SCREEN:-93}" 1280x800
 run_day
 has "$data/CUSTOMER.DBF" '' 'Edited Person' || fail 'the edited record is not in the file'
 has "$data/CUSTOMER.DBF" '' 'Added Person' || fail 'the added record is not in the file'

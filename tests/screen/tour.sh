@@ -4,6 +4,7 @@
 # VELNOR is the program, MAKE_SHOP the maker of an Access file (tests/screen/make_shop.cpp), OUT the folder for
 # the pictures: OUT/<screen>-<palette>-<window>.png. Needs xvfb,
 # openbox, xdotool, wmctrl and imagemagick; VELNOR_TOOLS names the folder of make_dbf.py.
+# FIRST_SCREEN is the number of the screen, when others work on the usual one.
 # SCREENS limits the screens ("small large"), PALETTES the palettes ("light dark"). MANUAL names a folder that gets
 # the pictures of the manual as well, each of one window; run that with SCREENS=small PALETTES=light.
 set -eu

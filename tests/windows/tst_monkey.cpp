@@ -48,6 +48,14 @@ bool isOffLimits(const QAction& action)
 class TstMonkey : public QObject {
     Q_OBJECT
 
+public:
+    /// A long play is no hang: QTest ends a test after five minutes unless it is told otherwise.
+    static void initMain()
+    {
+        const int seconds = environmentNumber("VELNOR_MONKEY_SECONDS", 6) + 240;
+        qputenv("QTEST_FUNCTION_TIMEOUT", QByteArray::number(seconds * 1000));
+    }
+
 private slots:
     void init()
     {
