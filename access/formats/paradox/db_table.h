@@ -85,6 +85,8 @@ public:
     void changeRecord(RowId row, Place place, const std::uint8_t* before,
                       const std::uint8_t* record);
     void removeRecord(Place place, const std::uint8_t* before);
+    /// Makes the files of a new index and fills it, in one commit.
+    void makeIndex(const std::string& extension, const FileHeader& made);
     std::uint32_t lastNumber() const { return header_.lastNumber; }
     void setLastNumber(std::uint32_t number);
     void noteChange();

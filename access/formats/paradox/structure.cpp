@@ -78,31 +78,6 @@ IndexForm formOf(const FileHeader& table, const IndexDef& index,
     return form;
 }
 
-void makeFile(FileSystem& files, const std::string& path, const std::vector<std::uint8_t>& bytes)
-{
-    const auto file = files.open(path, OpenMode::Replace);
-    file->writeAt(0, bytes);
-    file->sync();
-}
-
-/// 5. Its stamp is one that the table does not have.
-void makeIndexFiles(FileSystem& files, const std::string& path, const FileHeader& table,
-                    const IndexForm& form)
-{
-    const std::string name(paths::baseName(path));
-    FileHeader index =
-        newIndexHeader(table, form.fields, form.options, form.label, name + "." + form.extension);
-    index.parentLink = linkOf(nextStamp(table.dataStamp), table.sortByte);
-    const std::string treeExtension = "Y" + form.extension.substr(1);
-    FileHeader tree =
-        newTreeHeader(index, index.isGroup() ? FileKind::GroupTree : FileKind::SingleTree,
-                      name + "." + treeExtension);
-    tree.link = linkOf(index.dataStamp, index.sortByte);
-    makeFile(files, paths::withExtension(path, treeExtension), headerBytes(tree));
-    makeFile(files, paths::withExtension(path, form.extension), headerBytes(index));
-    files.syncFolder(paths::folder(path));
-}
-
 void removeIndexFiles(FileSystem& files, const std::string& path, const std::string& extension)
 {
     for (const Companion& companion : companionsOf(files, path))
@@ -123,24 +98,14 @@ void addSecondaryIndex(DbTable& table, const IndexDef& def)
     if (findCompanion(table.companions(), form.extension))
         throw EngineError(EngineErrorNumber::ItemExists,
                           "There is an index file " + form.extension + " already.");
-    const FileHeader probe =
-        newIndexHeader(table.header(), form.fields, form.options, form.label, "");
-    const std::span<const StoredField> keys(probe.fields.data(), probe.fields.size() - 1);
+    const FileHeader made = newIndexHeader(table.header(), form.fields, form.options, form.label,
+                                           table.name() + "." + form.extension);
+    const std::span<const StoredField> keys(made.fields.data(), made.fields.size() - 1);
     if (!keyOrderOf(table.header(), keys, false).byBytes)
         throw EngineError(EngineErrorNumber::IndexNotMaintained,
                           table.path() + " sorts its texts by the order " +
                               sortOrderWords(table.header()) + ", whose weights are not known.");
-    FileSystem& files = *table.opening().files;
-    const std::string path = table.path();
-    table.withFilesClosed([&] { makeIndexFiles(files, path, table.header(), form); });
-    try {
-        table.prepareWriting();  // fills it
-        table.commit();
-    } catch (...) {
-        table.rollback();
-        table.withFilesClosed([&] { removeIndexFiles(files, path, form.extension); });
-        throw;
-    }
+    table.makeIndex(form.extension, made);
 }
 
 /// The index that becomes the primary key; null when the table gets none.

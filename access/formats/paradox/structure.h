@@ -9,7 +9,7 @@
 //    gone, what is left is moved, else it is thrown away.
 // 4. The MB file stays where it is: the values keep their places. The values of a field that goes
 //    are freed before.
-// 5. A new index starts as one that is stale, so that a crash leaves nothing worse.
+// 5. The files of a new index are made by the commit that fills them.
 #pragma once
 
 #include <string>

@@ -131,6 +131,26 @@ void DbTable::openForWriting()
     oldEntry_.resize(entry_.size());
 }
 
+void DbTable::makeIndex(const std::string& extension, const FileHeader& made)
+{
+    prepareWriting();
+    commit();
+    try {
+        PageFile& pages = companion(paths::withExtension(opening_.path, extension), true);
+        pages.resize(0);
+        pages.writeAt(0, headerBytes(made));
+        SecondaryIndex& index = *indexes_.emplace_back(
+            std::make_unique<SecondaryIndex>(header_, extension, pages, opening_.codePage));
+        openIndexTree(index);
+        rebuildIndex(index);
+        commit();
+    } catch (...) {
+        rollback();
+        throw;
+    }
+    withFilesClosed([] {});  // the indexes in the order of their files again
+}
+
 /// From all records. The entries are sorted in memory, as many as fit; above that they go in one by
 /// one.
 void DbTable::rebuildIndex(SecondaryIndex& index)

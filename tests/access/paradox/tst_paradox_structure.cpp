@@ -286,3 +286,30 @@ TEST(ParadoxStructure, aNewFieldIsThereOrNotAfterAPowerCut)
     EXPECT_GT(old, 5);
     EXPECT_GT(made, 1);
 }
+
+TEST(ParadoxStructure, aNewIndexIsThereWholeOrNotAtAllAfterAPowerCut)
+{
+    int old = 0, made = 0;
+    for (long n = 1;; ++n) {
+        FaultyDisk disk(static_cast<unsigned>(n));
+        makeTable(disk);
+        disk.cutAt(n);
+        try {
+            openStore(disk)->addIndex("T", indexDef("BOTH", {"A", "ID"}));
+        } catch (const std::exception&) {
+        }
+        if (!disk.wasCut())
+            break;
+        disk.restart();
+        const auto store = openStore(disk, "Paradox 5.x;", true);
+        const std::size_t indexes = store->layout("T").indexes.size();
+        ASSERT_EQ(faultsOf(*store), Rows{}) << "at change " << n;
+        ASSERT_EQ(disk.fileExists("C:\\T.YG0"), indexes == 3) << "at change " << n;
+        (indexes == 3 ? made : old) += 1;
+        if (indexes == 3) {
+            ASSERT_EQ(rowsOf(*store, "BOTH").size(), 50u);
+        }
+    }
+    EXPECT_GT(old, 5);
+    EXPECT_GT(made, 0);
+}
