@@ -107,6 +107,44 @@ def a_paradox_table_changes_whole_or_not_at_all(folder, rounds, rng):
         left = set(name.lower() for name in os.listdir(own)) - FAMILY
         assert not left, left
     print("%d of %d changes of a Paradox table were cut" % (killed, rounds))
+def an_index_comes_or_does_not(folder, rounds, rng):
+    """An Access table that is given an index, or loses one, or is compacted, when the program is killed: all records and
+    the old indexes are there, the new one whole or not at all, and it can be done again."""
+    own = os.path.join(folder, "structure")
+    os.mkdir(own)
+    source, base = os.path.join(own, "source.dbf"), os.path.join(own, "base.mdb")
+    make_dbf(source, PEOPLE, people(40000))
+    cli("convert", source, base, "--table", "People")
+    cli("index", base, "People", "--add", "BYNAME", "--field", "NAME")
+    path, compacted = os.path.join(own, "target.mdb"), os.path.join(own, "compacted.mdb")
+    kinds = (["index", path, "People", "--add", "BYCITY", "--field", "CITY", "--field", "NAME"],
+             ["index", path, "People", "--drop", "BYNAME"], ["compact", path, compacted])
+    longest, killed = {}, 0
+    for round_number in range(rounds + len(kinds)):
+        kind = round_number % len(kinds)
+        for left in os.listdir(own):
+            if left.startswith(("target", "compacted")):
+                os.remove(os.path.join(own, left))
+        shutil.copyfile(base, path)
+        if round_number < len(kinds):
+            start = time.monotonic()
+            cli(*kinds[kind])
+            longest[kind] = time.monotonic() - start
+            continue
+        killed += interrupted(kinds[kind], longest[kind], rng)
+        schema = cli("schema", path, "People")[0]
+        assert "BYNAME" in schema or kind == 1, schema
+        assert len(records(cli("export", path, "People")[0])[1]) == 40000
+        cli("check", path)
+        if os.path.exists(compacted):
+            cli("check", compacted)
+            os.remove(compacted)
+        cli("index", path, "People", "--add", "AGAIN", "--field", "CITY")  # it can be changed again
+        cli("compact", path, compacted)
+        cli("check", compacted)
+        os.remove(compacted)
+        assert sorted(os.listdir(own)) == ["base.mdb", "source.dbf", "target.mdb"], os.listdir(own)
+    print("%d of %d changes of structure were cut" % (killed, rounds))
 
 
 def main():
@@ -157,7 +195,8 @@ def main():
             except AssertionError as error:
                 failed += 1
                 print("FAIL round %d %s: %s" % (round_number, name, str(error)[:400]))
-        for whole in (rewriting_is_whole_or_not_at_all, a_paradox_table_changes_whole_or_not_at_all):
+        for whole in (rewriting_is_whole_or_not_at_all, a_paradox_table_changes_whole_or_not_at_all,
+                      an_index_comes_or_does_not):
             try:
                 whole(folder, max(ROUNDS // 3, 6), rng)
                 passed += 1
