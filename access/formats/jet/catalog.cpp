@@ -77,6 +77,7 @@ void Catalog::read()
     byName_.clear();
     const int id = field("Id"), parent = field("ParentId"), name = field("Name");
     const int type = field("Type"), flags = field("Flags"), foreign = field("ForeignName");
+    const int database = field("Database");
     const int created = field("DateCreate"), updated = field("DateUpdate");
     PhysicalCursor cursor(objects_);
     const auto value = [&](int n) { return n < 0 ? ValueView::null() : cursor.field(n); };
@@ -89,8 +90,10 @@ void Catalog::read()
         entry.name = textOr(value(name));
         entry.created = dateOr(value(created), 0);
         entry.updated = dateOr(value(updated), 0);
-        if (entry.link())
+        if (entry.link()) {
             entry.foreignName = textOr(value(foreign));
+            entry.database = textOr(value(database));
+        }
         entry.row = cursor.row();
         rows_.push_back(std::move(entry));
     }

@@ -35,7 +35,7 @@ struct CatalogEntry {
     int type = 0;
     std::uint32_t flags = 0;
     double created = 0, updated = 0;
-    std::string foreignName;  // of links
+    std::string foreignName, database;  // of links: the table's name there, and the file
     RowId row = 0;
 
     bool table() const { return type == object_type::kTable; }

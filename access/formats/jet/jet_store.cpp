@@ -10,7 +10,9 @@ namespace {
 {
     throw EngineError(EngineErrorNumber::NotSupported,
                       "\"" + entry.name +
-                          "\" is a link to a table of another file; open that file.");
+                          "\" is a link to the table \"" + entry.foreignName + "\" of another file" +
+                          (entry.database.empty() ? "" : ", \"" + entry.database + "\"") +
+                          "; open that file.");
 }
 
 }  // namespace

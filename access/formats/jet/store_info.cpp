@@ -1,5 +1,6 @@
 // Facts about a file for people.
 #include "access/formats/jet/jet_store.h"
+#include "platform/paths.h"
 
 namespace velnor::jet {
 
@@ -20,7 +21,12 @@ std::vector<std::pair<std::string, std::string>> JetStore::info(std::string_view
         {"Password", header.hasPassword ? "yes" : "no"},
         {"Encoded", header.key ? "yes" : "no"},
     };
-    if (table.empty())
+    for (const CatalogEntry* entry : catalog_.tables())
+        if (entry->link() && (table.empty() || paths::sameName(entry->name, table)))
+            facts.emplace_back("Linked table", entry->name + ": " + entry->foreignName + " of " +
+                                                   (entry->database.empty() ? "another source"
+                                                                            : entry->database));
+    if (table.empty() || entryOf(table).link())
         return facts;
     const auto open = openTable(table);
     const TableDef& def = open->def();

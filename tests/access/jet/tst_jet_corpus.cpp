@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "access/formats/jet/jet_driver.h"
+#include "tests/access/jet/corpus_files.h"
 #include "tests/access/jet/jet_testing.h"
 
 namespace velnor::testing {
@@ -229,6 +230,29 @@ std::string nameOf(const ::testing::TestParamInfo<int>& info)
 
 INSTANTIATE_TEST_SUITE_P(Files, Corpus, ::testing::ValuesIn(entries()), nameOf);
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Corpus);
+
+/// A link has no records here: people are told where they are.
+TEST(JetLinks, sayWhichTableOfWhichFileTheyAre)
+{
+    const auto bytes = jet::corpusFile("spannm-linked.mdb");
+    if (bytes.empty())
+        GTEST_SKIP() << "no corpus";
+    MemoryFileSystem files;
+    files.put(kTestFile, bytes);
+    const auto store = jet::JetDriver().open(files, reading());
+    std::string links;
+    for (const auto& [name, text] : store->info({}))
+        if (name == "Linked table")
+            links += text + "\n";
+    EXPECT_NE(links.find("Table1: Table1 of "), links.npos) << links;
+    try {
+        store->cursor("Table1", std::nullopt);
+        FAIL();
+    } catch (const EngineError& error) {
+        EXPECT_EQ(error.number(), 3251);
+        EXPECT_NE(std::string(error.what()).find(".mdb"), std::string::npos) << error.what();
+    }
+}
 
 }  // namespace
 }  // namespace velnor::testing
