@@ -107,6 +107,8 @@ def a_paradox_table_changes_whole_or_not_at_all(folder, rounds, rng):
         left = set(name.lower() for name in os.listdir(own)) - FAMILY
         assert not left, left
     print("%d of %d changes of a Paradox table were cut" % (killed, rounds))
+
+
 def an_index_comes_or_does_not(folder, rounds, rng):
     """An Access table that is given an index, or loses one, or is compacted, when the program is killed: all records and
     the old indexes are there, the new one whole or not at all, and it can be done again."""
