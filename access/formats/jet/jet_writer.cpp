@@ -362,7 +362,8 @@ bool JetWriter::appendsMany()
     }
     std::uint64_t wanted = kRoomAnIndex * indexes_.size();
     for (const IndexPart& index : indexes_)
-        wanted += 3 * std::uint64_t{index.open->tree->waitingBytes()};  // a tree is built beside the old one
+        wanted += 3 * std::uint64_t{
+                          index.open->tree->waitingBytes()};  // a tree is built beside the old one
     return table_->file().roomLeft() > wanted;
 }
 
@@ -444,6 +445,14 @@ void JetWriter::change(RowPointer home, std::span<const FieldChange> changes, bo
         values_[change.field] = change.value;
         changed_[change.field] = true;
     }
+    std::vector<std::pair<int, Value>> ownKey;
+    if (related)
+        relations_.followOwnKey([&before](int field) { return before[field]; },
+                                [this](int field) { return newValue(field); }, ownKey);
+    for (const auto& [field, value] : ownKey) {
+        values_[field] = value.view();
+        changed_[field] = true;
+    }
     for (LongPart& part : longs_) {
         part.set = changed_[part.field];
         part.value = part.set ? values_[part.field] : ValueView::null();
@@ -512,7 +521,7 @@ void JetWriter::take(RowPointer home, bool related)
     eraseOldLongValues();
 }
 
-void JetWriter::follow(const LinkedChange& change, std::vector<std::pair<int, Value>>& before,
+void JetWriter::follow(LinkedChange& change, std::vector<std::pair<int, Value>>& before,
                        std::vector<LinkedChange>& out)
 {
     requireCurrent();
@@ -525,6 +534,15 @@ void JetWriter::follow(const LinkedChange& change, std::vector<std::pair<int, Va
         before.emplace_back(field, Value(values_[field]));  // an index has it
     const std::vector<ValueView> old = values_;
     for (const auto& [field, value] : change.fields)
+        values_[field] = value.view();
+    std::vector<std::pair<int, Value>> ownKey;
+    relations_.followOwnKey([&old](int field) { return old[field]; },
+                            [this](int field) { return newValue(field); }, ownKey);
+    for (auto& [field, value] : ownKey) {
+        before.emplace_back(field, Value(old[field]));
+        change.fields.emplace_back(field, std::move(value));
+    }
+    for (const auto& [field, value] : change.fields)  // they may lie elsewhere now
         values_[field] = value.view();
     relations_.followUpdate(
         change.row, [&old](int field) { return old[field]; },

@@ -35,7 +35,7 @@ public:
 
     // For changes that follow from one of a related record (cascade.h).
     /// What follows from such a change in turn, and the old values of its fields; 3200, 3201.
-    void follow(const LinkedChange& change, std::vector<std::pair<int, Value>>& before,
+    void follow(LinkedChange& change, std::vector<std::pair<int, Value>>& before,
                 std::vector<LinkedChange>& out);
     /// Make it, asking no relationship.
     void updateLinked(RowPointer home, std::span<const FieldChange> changes);

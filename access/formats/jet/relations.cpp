@@ -181,6 +181,26 @@ void Relations::followRemove(RowPointer self, const FieldValue& value,
     }
 }
 
+void Relations::followOwnKey(const FieldValue& before, const FieldValue& after,
+                             std::vector<std::pair<int, Value>>& out)
+{
+    for (End& end : ends_) {
+        if (!end.parent || end.other || !changes(end, before, after))
+            continue;
+        const auto built = keyThere(end, before);
+        if (!built)
+            continue;
+        const std::vector<std::uint8_t> key(built->begin(), built->end());
+        // Not its own parent, or the same change gives it another one.
+        if (!isOwnParent(end, before, key) || !isOwnParent(end, after, key))
+            continue;
+        if (end.updateRule != kCascade)
+            refuseParent(end);
+        for (std::size_t i = 0; i < end.otherFields.size() && i < end.fields.size(); ++i)
+            out.emplace_back(end.otherFields[i], Value(after(end.fields[i])));
+    }
+}
+
 void Relations::followUpdate(RowPointer self, const FieldValue& before, const FieldValue& after,
                              std::int32_t asked, std::vector<LinkedChange>& out)
 {

@@ -42,6 +42,10 @@ public:
     void checkInsert(const FieldValue& value);
     /// What must follow when the record `self` goes; 3200 when it must not.
     void followRemove(RowPointer self, const FieldValue& value, std::vector<LinkedChange>& out);
+    /// New values for fields of the record itself: of one that is its own parent and gets another
+    /// key. To be added to the change before followUpdate(); 3200 when the key must not change.
+    void followOwnKey(const FieldValue& before, const FieldValue& after,
+                      std::vector<std::pair<int, Value>>& out);
     /// The same when its fields change; 3201 as well. `asked`: the end through which this change
     /// came, whose parent changes likewise; -1 when none.
     void followUpdate(RowPointer self, const FieldValue& before, const FieldValue& after,

@@ -295,6 +295,28 @@ TEST_P(Related, aTableCanBeRelatedToItself)
     EXPECT_EQ(column("Staff", 0), Texts{"100"});
 }
 
+TEST_P(Related, aRecordThatIsItsOwnParentGoesWithItsKey)
+{
+    relate("Staff", "StaffChief", "Staff", kCascade, kCascade);
+    open();
+    const RowId chief = add("Staff", 1, 1);
+    add("Staff", 2, 1);
+    EXPECT_EQ(change("Staff", chief, 0, 7), 0);
+    EXPECT_EQ(column("Staff", 0), (Texts{"7", "2"}));
+    EXPECT_EQ(column("Staff", 1), (Texts{"7", "7"}));
+}
+
+TEST_P(Related, aRecordThatIsItsOwnParentKeepsItsKeyWithoutCascade)
+{
+    relate("Staff", "StaffChief", "Staff", kRefuse, kRefuse);
+    open();
+    const RowId chief = add("Staff", 1, 1);
+    EXPECT_EQ(change("Staff", chief, 0, 7), 3200);
+    EXPECT_EQ(change("Staff", chief, 1, nullptr), 0);
+    EXPECT_EQ(change("Staff", chief, 0, 7), 0);
+    EXPECT_EQ(column("Staff", 1), Texts{"Null"});
+}
+
 INSTANTIATE_TEST_SUITE_P(Jet, Related, ::testing::Values(3, 4));
 
 }  // namespace
