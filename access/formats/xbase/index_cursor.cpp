@@ -175,7 +175,7 @@ bool IndexCursor::seek(Comparison comparison, std::span<const ValueView> key)
     refresh();
     std::size_t length = 0;
     const bool made = makeSeekKey(key, length);
-    if (const std::string& why = index_->whyNotKept(); !why.empty())
+    if (const std::string& why = index_->whyNotSearched(); !why.empty())
         throw EngineError(EngineErrorNumber::IndexNotMaintained,
                           "The index " + name_ + " cannot be searched: " + why + ".");
     if (!made || (cut_ && comparison == Comparison::Equal))

@@ -14,6 +14,8 @@ constexpr std::size_t kFewEntries = 64;
 constexpr std::size_t kMostMergedBytes = 8u << 20;  // beyond it entries go in one by one
 constexpr std::size_t kEntriesBetweenLooks = 1024;
 constexpr std::uint8_t kDeleted = '*';
+constexpr std::uint32_t kSampledFrom = 10'000;  // records; fewer are walked at once
+constexpr std::uint32_t kLastSamples = 32, kOtherSamples = 64;
 
 }  // namespace
 
@@ -53,6 +55,42 @@ const std::string& TableIndex::whyNotKept()
         verified_ = true;
     }
     return tag_.trouble;
+}
+
+const std::string& TableIndex::whyNotSearched()
+{
+    if (verified_ || !keys_ || table_.count() < kSampledFrom)
+        return whyNotKept();
+    if (!sampled_ && tag_.trouble.empty()) {
+        flush();
+        if (!samplesFit())
+            return whyNotKept();  // the whole walk tells what it is
+        sampled_ = true;
+    }
+    return tag_.trouble;
+}
+
+bool TableIndex::samplesFit()
+{
+    std::vector<std::uint8_t> image(table_.header().recordLength);
+    const std::uint32_t count = table_.count();
+    for (std::uint32_t i = 0; i < kLastSamples; ++i)
+        if (!tellsOf(count - i, image))
+            return false;
+    for (std::uint32_t i = 0; i < kOtherSamples; ++i)
+        if (!tellsOf(1 + i * (count / kOtherSamples), image))
+            return false;
+    return true;
+}
+
+/// True as well of a record that the index need not have.
+bool TableIndex::tellsOf(std::uint32_t number, std::span<std::uint8_t> image)
+{
+    table_.readLoneRecord(number, image);
+    std::array<std::uint8_t, kLongestKey> key{};
+    if (image[0] == kDeleted || !keys_->make(image.data(), number, key.data()))
+        return true;
+    return tag_.unique ? tree_.find(key.data()) != 0 : tree_.contains(key.data(), number);
 }
 
 bool TableIndex::canBeBuilt()

@@ -4,7 +4,8 @@
 // 1. New entries are collected and go into the tree together, sorted: before the tree is read,
 // changed otherwise, or committed.
 // 2. An index is walked once before the first change to it: what is not in order, or does not tell
-// of every record, is never written to.
+// of every record, is never written to. For a search alone in a large table a sample is enough: the
+// last records, which a program that knows no indexes adds, and some of the others.
 #pragma once
 
 #include <array>
@@ -41,6 +42,8 @@ public:
     bool walksBackwards() const { return tag_.descending && !(keys_ && keys_->form().turned); }
     /// Walks the index if that was not done; why it cannot be kept right, empty when it can.
     const std::string& whyNotKept();
+    /// Why it cannot be searched; looks at a sample of the entries only (2.).
+    const std::string& whyNotSearched();
     /// Whether build() gives what the file had: not for keys that nobody here makes, or in an
     /// order of another kind.
     bool canBeBuilt();
@@ -62,6 +65,8 @@ public:
 
 private:
     void verify();
+    bool samplesFit();
+    bool tellsOf(std::uint32_t number, std::span<std::uint8_t> image);
     class FirstOfEqual;
     /// A deleted record makes room for another with its key.
     bool isDeleted(std::uint32_t number);
@@ -73,7 +78,7 @@ private:
     IndexTree tree_;
     std::optional<KeyMaker> keys_;
     std::vector<std::size_t> fields_;
-    bool verified_ = false;
+    bool verified_ = false, sampled_ = false;
     bool otherOrder_ = false;
     bool changed_ = false;
     std::uint64_t entries_ = 0;

@@ -225,6 +225,29 @@ TEST_F(CdxIndex, aStaleIndexRefusesTheWrite)
     EXPECT_EQ(store->recordCount("T"), 2);
 }
 
+TEST_F(CdxIndex, aSearchInALargeTable_refusesAnIndexThatLacksTheLastRecords)
+{
+    const auto makeLarge = [](FileSystem& disk, int records) {
+        auto made = openStore(disk, kFox);
+        made->createTable(peopleLayout());
+        for (int i = 0; i < records; ++i)
+            insertPerson(*made, "P" + std::to_string(i), i, 1);
+        made->addIndex("T", indexDef("A", {"NAME"}));
+        return made;
+    };
+    const ValueView last = text("P11999");
+    MemoryFileSystem large{64u << 20}, longer{64u << 20};
+    store = makeLarge(large, 12000);
+    EXPECT_TRUE(store->cursor("T", "A")->seek(Comparison::Equal, std::span(&last, 1)));
+    store.reset();
+    makeLarge(longer, 12001);
+    copyFile(longer, large, "C:\\T.DBF");
+    store = openStore(large, kFox);
+    const auto cursor = store->cursor("T", "A");
+    EXPECT_EQ(errorOf([&] { cursor->seek(Comparison::Equal, std::span(&last, 1)); }), 3800);
+    store.reset();
+}
+
 TEST_F(CdxIndex, anExpressionThatIsNotUnderstood_isListedAndRefusesTheWrite)
 {
     makeTable();
