@@ -36,8 +36,12 @@ public:
         ++questions;
         if (random_() % 4 == 0)
             return std::nullopt;
-        if (question.save)
-            return QStringList{QStringLiteral("C:\\data\\new%1.mdb").arg(random_() % 5)};
+        if (question.save)  // a copy keeps its kind: what is checked in the end is by extension
+            return QStringList{
+                QStringLiteral("C:\\data\\new%1.%2")
+                    .arg(random_() % 5)
+                    .arg(question.defaultExtension.isEmpty() ? QStringLiteral("mdb")
+                                                             : question.defaultExtension)};
         return QStringList{files_[static_cast<qsizetype>(random_()) % files_.size()]};
     }
     int run(QDialog& dialog) override
