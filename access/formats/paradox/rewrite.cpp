@@ -231,12 +231,19 @@ void finishStructureChange(FileSystem& files, const std::string& path, bool read
 {
     const std::string folder = newFolderOf(path);
     const auto left = files.info(folder);
-    if (!left || !left->folder || readOnly)
+    if (!left || !left->folder)
         return;
-    if (files.fileExists(paths::join(folder, paths::fileName(path))))
-        clearFolder(files, folder);
-    else
+    if (files.fileExists(paths::join(folder, paths::fileName(path)))) {
+        if (!readOnly)
+            clearFolder(files, folder);
+        return;
+    }
+    try {
         moveInto(files, path);
+    } catch (const RunError&) {
+        if (!readOnly)
+            throw;
+    }
 }
 
 void clearLongField(DbTable& table, std::size_t n)

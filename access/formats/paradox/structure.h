@@ -33,7 +33,8 @@ void dropTableField(DbTable& table, std::string_view field);
 void addTableIndex(DbTable& table, const IndexDef& index);
 void dropTableIndex(DbTable& table, std::string_view index);
 
-/// 3. Does nothing to files that may only be read.
+/// 3. For a reader as well: the table needs the files that are not moved yet. What it cannot move,
+/// it leaves, and it throws nothing away.
 void finishStructureChange(FileSystem& files, const std::string& path, bool readOnly);
 
 }  // namespace velnor::paradox
