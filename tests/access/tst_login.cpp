@@ -71,7 +71,7 @@ private slots:
     void wrongPassword_leavesTheFlagSet_andTheTextInTheSlot()  // no undoing: required
     {
         if (!copyProtected())
-            QSKIP("needs the corpus (VELNOR_CORPUS)");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         Login login(workspace());
         login.show();
         QTest::keyClicks(login.txtPassword, "wrong");
@@ -86,7 +86,7 @@ private slots:
     void cancelAfterAWrongPassword_clearsTheFlagOnly()
     {
         if (!copyProtected())
-            QSKIP("needs the corpus (VELNOR_CORPUS)");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         Login login(workspace());
         login.show();
         QTest::keyClicks(login.txtPassword, "wrong");
@@ -100,7 +100,7 @@ private slots:
     void rightPassword_closesTheDialog()
     {
         if (!copyProtected())
-            QSKIP("needs the corpus (VELNOR_CORPUS)");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         Login login(workspace());
         login.show();
         QTest::keyClicks(login.txtPassword, "Geheim97");

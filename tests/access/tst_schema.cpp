@@ -121,7 +121,7 @@ private slots:
     void protectedFile_asksUntilThePasswordFits()
     {
         if (!copyProtected())
-            QSKIP("needs the corpus (VELNOR_CORPUS)");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         prompt_->expectDialog("Login", [this](QDialog& dialog) {
             [&] { QCOMPARE(globals().WORK_FILE, "C:\\locked.mdb"); }();
             giveAndAccept(dialog, "wrong");
@@ -143,7 +143,7 @@ private slots:
     void cancelledLogin_givesAnEmptyResult()
     {
         if (!copyProtected())
-            QSKIP("needs the corpus (VELNOR_CORPUS)");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         prompt_->expectDialog("Login", cancel);
         globals().TABLE_COUNT = 5;
         QCOMPARE(ListTableNames("C:\\locked.mdb", "Access 2000;"), "");
@@ -155,7 +155,7 @@ private slots:
     void passwordOfAnotherFile_isAskedAnew()
     {
         if (!copyProtected())
-            QSKIP("needs the corpus (VELNOR_CORPUS)");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         globals().DATABASE_PASSWORD = "of another file";
         prompt_->expectDialog("Login",
                               [](QDialog& dialog) { return giveAndAccept(dialog, "Geheim97"); });
@@ -165,7 +165,7 @@ private slots:
     void structure_ofAProtectedFile_ridesOnTheLogin()
     {
         if (!copyProtected())
-            QSKIP("needs the corpus (VELNOR_CORPUS)");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         QVERIFY(!LoadTableStructure("C:\\locked.mdb", "", "Table1"));
         globals().DATABASE_PASSWORD = "Geheim97";
         QVERIFY(!LoadTableStructure("C:\\locked.mdb", "", "Table1"));  // no login was accepted

@@ -167,7 +167,7 @@ private slots:
     void protectedTarget_isOpenedWithItsPassword()
     {
         if (!bringLocked("own-jet3-password.mdb", "C:\\locked.mdb"))
-            QSKIP("needs the corpus (VELNOR_CORPUS)");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         prompt_->expectDialog("Login", [](QDialog& dialog) {
             dialog.findChild<QLineEdit*>("txtPassword")->setText("Geheim97");
             dialog.findChild<QPushButton*>("OKBtn")->click();
@@ -217,7 +217,7 @@ private slots:
     void cancelledLogin_leavesTheSideEmpty()
     {
         if (!bringLocked("own-jet3-password.mdb", "C:\\locked.mdb"))
-            QSKIP("needs the corpus (VELNOR_CORPUS)");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         const auto cancel = [](QDialog& dialog) {
             dialog.findChild<QPushButton*>("CancelBtn")->click();
             return dialog.result();
@@ -236,7 +236,7 @@ private slots:
     {
         if (!bringLocked("own-jet3-password.mdb", "C:\\first.mdb") ||
             !bringLocked("andipaetzold-V2003_with-password.mdb", "C:\\second.mdb"))
-            QSKIP("needs the corpus (VELNOR_CORPUS)");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         const auto give = [this](const QString& password) {
             prompt_->expectDialog("Login", [password](QDialog& dialog) {
                 dialog.findChild<QLineEdit*>("txtPassword")->setText(password);

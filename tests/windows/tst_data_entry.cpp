@@ -213,7 +213,7 @@ private slots:
     void aProtectedFile_isOpenedWithItsPassword()
     {
         if (!fixture_->bringLockedFile())
-            QSKIP("VELNOR_CORPUS is not there");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         fixture_->prompt.expectDialog("Login", [](QDialog& dialog) {
             dialog.findChild<QLineEdit*>("txtPassword")->setText("Geheim97");
             dialog.findChild<QPushButton*>("OKBtn")->click();
@@ -229,7 +229,7 @@ private slots:
     void aCancelledLogin_makesTheWindowVanish()
     {
         if (!fixture_->bringLockedFile())
-            QSKIP("VELNOR_CORPUS is not there");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         fixture_->prompt.expectDialog("Login", [](QDialog& dialog) {
             dialog.findChild<QPushButton*>("CancelBtn")->click();
             return dialog.result();

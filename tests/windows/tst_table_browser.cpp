@@ -166,7 +166,7 @@ private slots:
     void cancelledLogin_makesTheWindowVanish_withoutAWord()
     {
         if (!fixture_->bringLockedFile())
-            QSKIP("VELNOR_CORPUS is not there");
+            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
         fixture_->prompt.expectDialog("Login", [](QDialog& dialog) {
             dialog.findChild<QPushButton*>("CancelBtn")->click();
             return dialog.result();

@@ -47,7 +47,7 @@ protected:
             return (extension == ".xls" || extension == ".XLS") && file_size(path) <= 60'000;
         });
         if (samples_.empty())
-            GTEST_SKIP() << "no corpus here";
+            GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
         ASSERT_GT(samples_.size(), 50u);
     }
     std::vector<Sample> samples_;

@@ -251,7 +251,7 @@ TEST(ExcelRead, passwordsOpenWhatTheyMust)
     const Bytes silent = corpusFile("encrypted/poi_50833.xls");
     const Bytes asked = corpusFile("encrypted/sjs_password_2002_40_972000.xls");
     if (silent.empty() || asked.empty())
-        GTEST_SKIP() << "no corpus here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     FilesWith files(silent);
     EXPECT_EQ(tablesOf(*openStore(files, true)).size(), 3u);
     EXPECT_EQ(tablesOf(*openStore(files, true, "", "whatever")).size(), 3u);

@@ -45,7 +45,7 @@ TEST(Check, findsNothingSeriousInSoundFiles)
 {
     const auto names = corpusNames();
     if (names.empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     int harmless = 0;
     for (const std::string& name : names) {
         for (const Problem& problem : findings(name)) {
@@ -63,7 +63,7 @@ TEST(Check, findsTheDamageInEveryDamagedFile)
 {
     const auto folder = corpusFolder() / "bad";
     if (corpusFolder().empty() || !std::filesystem::exists(folder))
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
         const std::string name = "bad/" + entry.path().filename().string();
         const auto found = findings(name);
@@ -81,7 +81,7 @@ TEST(Check, findsTheDamageInEveryDamagedFile)
 TEST(Check, endsOnEveryDamage)
 {
     if (corpusNames().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     std::mt19937 random(17);
     int hurt = 0;
     for (const char* name : {"jahlborn-delTestV2003.mdb", "jahlborn-indexTestV1997.mdb"}) {
@@ -242,7 +242,7 @@ TEST_P(OwnFile, dataPageOutsideTheMapIsFound)
 TEST(Check, ofOneTableLooksAtThatTable)
 {
     if (corpusNames().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     EXPECT_EQ(serious(findings("own-jet4-alltypes.mdb", "MSysObjects")), 0);
     EXPECT_EQ(findings("own-jet4-alltypes.mdb", "No such table").at(0).where, "file");
 }

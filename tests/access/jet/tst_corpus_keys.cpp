@@ -57,7 +57,7 @@ TEST(Corpus, everyKeyIsWhatItsRecordGives)
 {
     const auto names = corpusNames();
     if (names.empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     std::map<int, Counts> byType;
     for (const std::string& name : names) {
         OpenCorpusFile file(name);
@@ -81,7 +81,7 @@ TEST(Corpus, everyCompressedTextIsCompressedAlike)
 {
     const auto names = corpusNames();
     if (names.empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     int texts = 0;
     for (const std::string& name : names) {
         OpenCorpusFile file(name);
@@ -119,7 +119,7 @@ TEST(Corpus, everyPropertyBlockIsBuiltAlike)
 {
     const auto names = corpusNames();
     if (names.empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     int blocks = 0;
     for (const std::string& name : names) {
         OpenCorpusFile file(name);

@@ -142,7 +142,7 @@ TEST(Compact, everyFileOfTheCorpusKeepsAllItHas)
 {
     const auto names = jet::corpusNames();
     if (names.empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     std::size_t before = 0, after = 0, number = 0;
     for (const std::string& name : names) {
         const std::string password = jet::corpusPassword(name);
@@ -407,7 +407,7 @@ INSTANTIATE_TEST_SUITE_P(Jet, Compacting, ::testing::Values(3, 4));
 TEST(Compact, damageIsRefusedAndLeavesNoCopy)
 {
     if (corpusFolder().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     for (const char* name : {"bad/jet4-map.mdb", "bad/jet4-memo-pointer.mdb",
                              "bad/jet4-zero-page.mdb", "bad/jet3-zero-page.mdb"}) {
         const auto files = memoryWith(readBytes(corpusFolder() + name));

@@ -236,7 +236,7 @@ TEST(JetLinks, sayWhichTableOfWhichFileTheyAre)
 {
     const auto bytes = jet::corpusFile("spannm-linked.mdb");
     if (bytes.empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     MemoryFileSystem files;
     files.put(kTestFile, bytes);
     const auto store = jet::JetDriver().open(files, reading());

@@ -298,7 +298,7 @@ INSTANTIATE_TEST_SUITE_P(Jet, Versions, ::testing::Values(3, 4));
 TEST(EmptyDatabase, equalsARealOneButForTimesAndLeftOvers)
 {
     if (corpusFolder().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     MemoryFileSystem files;
     CreateRequest request;
     request.name = kTestFile;

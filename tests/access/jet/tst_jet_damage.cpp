@@ -161,7 +161,7 @@ TEST(Damage, aMissingFileOrFolderHasItsOwnNumber)
 TEST(Damage, damagedFilesOfTheCorpusGiveWhatTheyStillHold)
 {
     if (corpusFolder().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     const std::map<std::string, int> whole{
         {"bad/jet3-truncated.mdb", 85},     {"bad/jet3-index-loop.mdb", 120},
         {"bad/jet3-index-order.mdb", 120},  {"bad/jet3-count.mdb", 120},
@@ -196,7 +196,7 @@ TEST(Damage, damagedFilesOfTheCorpusGiveWhatTheyStillHold)
 TEST(Damage, aTableWhosePagesWereFoundByOwnerIsNotWritten)
 {
     if (corpusFolder().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     const auto files = memoryWith(readBytes(corpusFolder() + "bad/jet4-map.mdb"));
     const auto store = jet::JetDriver().open(*files, writing());
     EXPECT_FALSE(store->layout("People").updatable);
@@ -207,7 +207,7 @@ TEST(Damage, aTableWhosePagesWereFoundByOwnerIsNotWritten)
 TEST(Damage, anIndexThatLoopsEndsInAnError)
 {
     if (corpusFolder().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     for (const char* name : {"bad/jet3-index-loop.mdb", "bad/jet4-index-loop.mdb"}) {
         const auto files = memoryWith(readBytes(corpusFolder() + name));
         const auto store = jet::JetDriver().open(*files, reading());
@@ -295,7 +295,7 @@ class Flipped : public ::testing::TestWithParam<const char*> {};
 TEST_P(Flipped, anyBitOrByteCanBeWrong)
 {
     if (corpusFolder().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     const Bytes original = readBytes(corpusFolder() + GetParam());
     ASSERT_FALSE(original.empty());
     const std::size_t page = original[0x14] == 0 ? 2048 : 4096;
@@ -319,7 +319,7 @@ TEST_P(Flipped, anyBitOrByteCanBeWrong)
 TEST_P(Flipped, theFileCanEndAnywhere)
 {
     if (corpusFolder().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     const Bytes original = readBytes(corpusFolder() + GetParam());
     for (std::size_t part = 1; part < 24; ++part)
         useEverything(Bytes(original.begin(),

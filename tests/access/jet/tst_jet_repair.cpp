@@ -147,7 +147,7 @@ void expectMended(const Bytes& original, const Bytes& damaged, const std::string
 TEST(Repair, damagedFilesOfTheCorpusAreSoundAfterwards)
 {
     if (corpusFolder().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     const std::map<std::string, int> whole{
         {"bad/jet3-truncated.mdb", 85},     {"bad/jet3-index-loop.mdb", 120},
         {"bad/jet3-index-order.mdb", 120},  {"bad/jet3-count.mdb", 120},
@@ -189,7 +189,7 @@ TEST(Repair, otherProgramsFilesLoseNothing)
 {
     const auto names = jet::corpusNames();
     if (names.empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     for (const std::string& name : names) {
         const Bytes content = jet::corpusFile(name);
         const std::string password = jet::corpusPassword(name);
@@ -205,7 +205,7 @@ protected:
     void SetUp() override
     {
         if (corpusFolder().empty())
-            GTEST_SKIP() << "no corpus";
+            GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
         original_ = jet::corpusFile(GetParam());
         password_ = jet::corpusPassword(GetParam());
         page_ = original_[0x14] == 0 ? 2048 : 4096;

@@ -542,7 +542,7 @@ INSTANTIATE_TEST_SUITE_P(Jet, Writing, ::testing::Values(3, 4));
 TEST(Relationships, areKeptAsTheFileAsks)
 {
     if (corpusFolder().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     for (const char* name : {"jahlborn-indexTestV1997.mdb", "jahlborn-indexTestV2000.mdb"}) {
         const auto files = memoryWith(readBytes(corpusFolder() + name));
         const auto store = jet::JetDriver().open(*files, writing());
@@ -598,7 +598,7 @@ TEST(Relationships, areKeptAsTheFileAsks)
 TEST(RealFiles, takeANewRecordAndGiveItBack)
 {
     if (corpusFolder().empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     const jet::JetDriver driver;
     int written = 0;
     for (const Json& entry : corpusManifest().list) {

@@ -84,7 +84,7 @@ TEST(Password, ofRealFiles)
     };
     const auto page = read("andipaetzold-V2003_with-password.mdb");
     if (page.empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     EXPECT_EQ(databasePassword(page), corpusPassword("andipaetzold-V2003_with-password.mdb"));
     EXPECT_EQ(databasePassword(read("own-jet3-password.mdb")),
               corpusPassword("own-jet3-password.mdb"));
@@ -97,7 +97,7 @@ TEST(EncodedPages, ofARealFileBecomePlain)
 {
     auto bytes = corpusFile("jahlborn-db-enc.mdb");
     if (bytes.empty())
-        GTEST_SKIP() << "no corpus";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     auto head = bytes;
     maskHeader(head);
     const Rc4PageCodec codec(encodingKey(head));

@@ -42,7 +42,7 @@ protected:
             return path.extension() != ".csv" && path.extension() != ".json";
         });
         if (samples_.empty())
-            GTEST_SKIP() << "no corpus here";
+            GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
         ASSERT_GT(samples_.size(), 20u);
     }
     std::vector<Sample> samples_;

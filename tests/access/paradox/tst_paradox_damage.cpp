@@ -78,7 +78,7 @@ TEST(ParadoxDamage, damagedFamiliesAreAnsweredOrRefused)
 {
     const std::vector<Family> all = families();
     if (all.empty())
-        GTEST_SKIP() << "the corpus is not here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     const char* rounds = std::getenv("VELNOR_DAMAGE_ROUNDS");
     std::mt19937 random(3);
     for (int round = 0; round < (rounds ? std::atoi(rounds) : 1500); ++round) {

@@ -286,7 +286,7 @@ TEST(ParadoxStore, unknownSortOrdersAreReadAndNeverWrittenIntoAWrongPlace)
 {
     const auto folder = corpusFolder();
     if (folder.empty())
-        GTEST_SKIP() << "the corpus is not here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     MemoryFileSystem files;
     // Key +, order ANSII850, an index on a text.
     putFamily(files, folder / "db" / "CUSTOMER.DB");
@@ -314,7 +314,7 @@ TEST(ParadoxStore, numbersSortByTheirBytesInEveryOrder)
 {
     const auto folder = corpusFolder();
     if (folder.empty())
-        GTEST_SKIP() << "the corpus is not here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     MemoryFileSystem files;
     putFamily(files, folder / "joins" / "C.DB");  // ANSII850, three numbers, two indexes
     const auto store = openStore(files);
@@ -330,7 +330,7 @@ TEST(ParadoxStore, aTableWithAPasswordNeedsIt)
 {
     const auto folder = corpusFolder();
     if (folder.empty())
-        GTEST_SKIP() << "the corpus is not here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     MemoryFileSystem files;
     putFamily(files, folder / "encrypt" / "encryptedmemo.db");
     EXPECT_EQ(errorOf([&] { openStore(files)->layout("T"); }), 3031);
@@ -361,7 +361,7 @@ TEST(ParadoxStore, everyRealTableTakesARecordOrSaysWhyNot)
 {
     const auto folder = corpusFolder();
     if (folder.empty())
-        GTEST_SKIP() << "the corpus is not here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     int written = 0, refused = 0;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
         const std::string extension = entry.path().extension().string();

@@ -207,7 +207,7 @@ TEST(ParadoxStructure, aTableWithAPasswordKeepsItThroughChanges)
 {
     const auto folder = corpusFolder();
     if (folder.empty())
-        GTEST_SKIP() << "the corpus is not here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     MemoryFileSystem files;
     putFamily(files, folder / "encrypt" / "encrypted.db");  // without long values, without a key
     const Bytes old = files.content("C:\\T.DB");
@@ -247,7 +247,7 @@ TEST(ParadoxStructure, requiredFieldsAndDefaultsAreReadAndKept)
 {
     const auto folder = corpusFolder();
     if (folder.empty())
-        GTEST_SKIP() << "the corpus is not here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     MemoryFileSystem files;
     putFamily(files, folder / "fields" / "logical.db");
     const auto store = openStore(files);

@@ -134,7 +134,7 @@ private:
 TEST(IndexCorpus, everyIndexAgreesWithItsTable)
 {
     if (!fs::exists(corpus()))
-        GTEST_SKIP() << "no corpus here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     Corpus all;
     for (const auto& entry : fs::recursive_directory_iterator(corpus())) {
         const std::string extension = paths::foldName(entry.path().extension().string());
@@ -155,7 +155,7 @@ TEST(IndexCorpus, everyIndexAgreesWithItsTable)
 TEST(IndexCorpus, indexFilesOfDbaseThree_agreeWithTheirTables_whenAnInfListsThem)
 {
     if (!fs::exists(corpus()))
-        GTEST_SKIP() << "no corpus here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     Corpus all;
     int listed = 0;
     for (const auto& entry : fs::recursive_directory_iterator(corpus())) {

@@ -117,7 +117,7 @@ private:
 TEST(RewriteCorpus, everyTableKeepsItsRecords_orSaysWhyItIsNotWritten)
 {
     if (!fs::exists(corpus()))
-        GTEST_SKIP() << "no corpus here";
+        GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
     int rewritten = 0, unopened = 0;
     std::map<std::string, std::string> refused;
     for (const auto& entry : fs::recursive_directory_iterator(corpus())) {

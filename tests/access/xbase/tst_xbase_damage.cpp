@@ -87,7 +87,7 @@ protected:
     {
         samples_ = samples();
         if (samples_.empty())
-            GTEST_SKIP() << "no corpus here";
+            GTEST_SKIP() << "the corpus of real files (VELNOR_CORPUS) is not here";
         ASSERT_GT(samples_.size(), 50u);
     }
     std::vector<Sample> samples_;
