@@ -56,8 +56,9 @@ QStringList openCaptions()
     return captions;
 }
 
-bool CloseWindowOfFile(const QString& caption)
+bool CloseWindowOfFile(const QString& wanted)
 {
+    const QString caption = wanted;  // `wanted` may belong to the window that closes here
     if (windows().empty())
         return false;
     const auto match = std::find_if(windows().begin() + 1, windows().end(),

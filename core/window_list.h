@@ -39,6 +39,6 @@ QStringList openCaptions();
 
 /// Closes the window that displays a file, by its caption, after telling so. Looks from the second
 /// window on and takes the first match. False when there is none.
-bool CloseWindowOfFile(const QString& caption);
+bool CloseWindowOfFile(const QString& wanted);
 
 }  // namespace velnor

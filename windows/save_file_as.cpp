@@ -75,7 +75,8 @@ bool copyWithCompanions(const QString& source, const QString& target, const QStr
 
 }  // namespace
 
-bool SaveFileAs(const QString& source, QWidget* parent)
+// NOLINTNEXTLINE(performance-unnecessary-value-param): see the header
+bool SaveFileAs(QString source, QWidget* parent)
 {
     bool saved = false;
     const Outcome done = attempt([&] {

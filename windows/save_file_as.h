@@ -8,7 +8,8 @@ class QWidget;
 namespace velnor {
 
 /// Asks for the new name and copies. Companions (memo and index files) go first. False, with a
-/// message, when nothing was saved; Cancel counts as that.
-bool SaveFileAs(const QString& source, QWidget* parent = nullptr);
+/// message, when nothing was saved; Cancel counts as that. The source is taken by value: windows
+/// close on the way, and with them goes or changes the place that a reference would name.
+bool SaveFileAs(QString source, QWidget* parent = nullptr);
 
 }  // namespace velnor

@@ -54,7 +54,7 @@ public:
     void Form_Activate();
 
     /// The one gate to every viewing window.
-    void DisplayFile(const QString& path);
+    void DisplayFile(const QString& wanted);
     void OpenwithOLE(const QString& file);
     void OpenBtn_Click();
     void EnableSelectMenus();

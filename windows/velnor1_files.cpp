@@ -64,9 +64,10 @@ MDIForm1& Velnor1::loadShell()
     return *shell_;
 }
 
-void Velnor1::DisplayFile(const QString& path)
+void Velnor1::DisplayFile(const QString& wanted)
 {
     auto& G = globals();
+    const QString path = wanted;  // `wanted` may be the selected file, which a question can change
     const Outcome shown = attempt([&] {
         switch (routeForDisplay(path, [&] { return !text::trim(Dir(path)).isEmpty(); })) {
         case DisplayRoute::Nothing:

@@ -2,6 +2,7 @@
 #include <QTest>
 
 #include "core/globals.h"
+#include "core/window_list.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scripted_prompt.h"
 #include "windows/save_file_as.h"
@@ -45,6 +46,19 @@ private slots:
         prompt_->expectFile({"C:\\a\\U.MDB"});
         QVERIFY(SaveFileAs("C:\\a\\T.MDB"));
         QCOMPARE(sandbox_->read("C:\\a\\U.MDB"), std::string("new"));
+    }
+
+    void windowThatCloses_doesNotChangeTheFileThatIsCopied()
+    {
+        sandbox_->write("C:\\a\\T.DB", "table");
+        sandbox_->write("C:\\a\\OTHER.MDB", "other");
+        globals().SELECTED_FILE = "C:\\a\\T.DB";
+        const WindowEntry main(OpenWindow{[] { return QString("main"); }, [] {}, [] {}});
+        const WindowEntry shown(OpenWindow{[] { return QString("C:\\a\\T.DB"); }, [] {},
+                                           [] { globals().SELECTED_FILE = "C:\\a\\OTHER.MDB"; }});
+        prompt_->expectFile({"C:\\a\\U.DB"});
+        QVERIFY(SaveFileAs(globals().SELECTED_FILE));
+        QCOMPARE(sandbox_->read("C:\\a\\U.DB"), std::string("table"));
     }
 
     void cancel_saysNotSaved()
