@@ -111,7 +111,7 @@ std::span<const Cell> CellGrid::row(std::uint32_t row) const
 const Cell* CellGrid::find(std::uint32_t row, std::uint16_t column) const
 {
     const std::span<const Cell> cells = this->row(row);
-    if (cells.empty() || column < cells.front().column)
+    if (cells.empty() || column < cells.front().column || column > cells.back().column)
         return nullptr;
     const std::size_t guess = static_cast<std::size_t>(column - cells.front().column);
     if (guess < cells.size() && cells[guess].column == column)  // a row without gaps

@@ -9,6 +9,11 @@ namespace {
 
 constexpr std::size_t kBlock = 256u << 10;
 
+std::uint32_t hashOf(std::string_view utf8)
+{
+    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(utf8));
+}
+
 }  // namespace
 
 char* TextPool::room(std::size_t bytes)
@@ -37,46 +42,55 @@ std::uint32_t TextPool::add(std::string_view utf8)
     return static_cast<std::uint32_t>(texts_.size() - 1);
 }
 
-/// The place of an equal text, or the free one where it belongs.
-std::size_t TextPool::slotOf(std::string_view utf8) const
+/// The slot of an equal text, or the free one where it belongs.
+TextPool::Slot& TextPool::slotOf(std::string_view utf8, std::uint32_t hash)
 {
     const std::size_t mask = slots_.size() - 1;
-    std::size_t at = std::hash<std::string_view>{}(utf8)&mask;
-    while (slots_[at] != kFree && texts_[slots_[at]] != utf8)
+    std::size_t at = hash & mask;
+    while (slots_[at].id != kFree && (slots_[at].hash != hash || texts_[slots_[at].id] != utf8))
         at = (at + 1) & mask;
-    return at;
+    return slots_[at];
 }
 
+/// Texts in the slots are all different, so that growing needs no look at them.
 void TextPool::grow()
 {
     if (taken_ * 2 < slots_.size())
         return;
-    std::vector<std::uint32_t> old(std::max<std::size_t>(64, slots_.size() * 2), kFree);
+    std::vector<Slot> old(std::max<std::size_t>(64, slots_.size() * 2));
     old.swap(slots_);
-    for (const std::uint32_t id : old)
-        if (id != kFree)
-            slots_[slotOf(texts_[id])] = id;
+    const std::size_t mask = slots_.size() - 1;
+    for (const Slot& slot : old) {
+        if (slot.id == kFree)
+            continue;
+        std::size_t at = slot.hash & mask;
+        while (slots_[at].id != kFree)
+            at = (at + 1) & mask;
+        slots_[at] = slot;
+    }
 }
 
 void TextPool::index(std::uint32_t id)
 {
     grow();
-    std::uint32_t& slot = slots_[slotOf(texts_[id])];
-    if (slot != kFree)
+    const std::uint32_t hash = hashOf(texts_[id]);
+    Slot& slot = slotOf(texts_[id], hash);
+    if (slot.id != kFree)
         return;
-    slot = id;
+    slot = {hash, id};
     ++taken_;
 }
 
 std::uint32_t TextPool::intern(std::string_view utf8)
 {
     grow();
-    std::uint32_t& slot = slots_[slotOf(utf8)];
-    if (slot == kFree) {
-        slot = add(utf8);
+    const std::uint32_t hash = hashOf(utf8);
+    Slot& slot = slotOf(utf8, hash);
+    if (slot.id == kFree) {
+        slot = {hash, add(utf8)};
         ++taken_;
     }
-    return slot;
+    return slot.id;
 }
 
 }  // namespace velnor::sheet

@@ -29,16 +29,22 @@ public:
     std::size_t size() const { return texts_.size(); }
 
 private:
+    static constexpr std::uint32_t kFree = 0xFFFFFFFF;
+    /// The hash beside the number spares most looks at the texts, which lie anywhere in memory.
+    struct Slot {
+        std::uint32_t hash = 0;
+        std::uint32_t id = kFree;
+    };
+
     char* room(std::size_t bytes);
     void grow();
-    std::size_t slotOf(std::string_view utf8) const;
+    Slot& slotOf(std::string_view utf8, std::uint32_t hash);
 
-    static constexpr std::uint32_t kFree = 0xFFFFFFFF;
     std::vector<std::string_view> texts_;
     std::vector<std::unique_ptr<char[]>> blocks_;
     char* free_ = nullptr;
     std::size_t left_ = 0;
-    std::vector<std::uint32_t> slots_;  // open addressing, a power of two of places
+    std::vector<Slot> slots_;  // open addressing, a power of two of places
     std::size_t taken_ = 0;
 };
 
