@@ -85,7 +85,8 @@ public:
     void changeRecord(RowId row, Place place, const std::uint8_t* before,
                       const std::uint8_t* record);
     void removeRecord(Place place, const std::uint8_t* before);
-    /// Makes the files of a new index and fills it, in one commit.
+    /// Makes the files of a new index and fills it, in one commit. 3800 for one over texts whose
+    /// order is not known, 3022 when it is unique and two records have the same values.
     void makeIndex(const std::string& extension, const FileHeader& made);
     std::uint32_t lastNumber() const { return header_.lastNumber; }
     void setLastNumber(std::uint32_t number);
@@ -124,6 +125,7 @@ private:
     void openPrimaryTree();
     void openIndexTree(SecondaryIndex& index);
     void rebuildIndex(SecondaryIndex& index);
+    bool fitsTable(SecondaryIndex& index);
     void refuseUnknownOrder() const;
     void addEntries(const std::uint8_t* record, std::uint32_t block);
     void replaceEntries(const std::uint8_t* before, const std::uint8_t* record,

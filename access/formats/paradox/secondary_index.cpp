@@ -6,11 +6,13 @@
 
 #include "access/engine_error.h"
 #include "access/storage/byte_reader.h"
+#include "access/storage/row_sorter.h"
 
 namespace velnor::paradox {
 namespace {
 
 constexpr std::uint16_t kSign = 0x8000;
+constexpr std::size_t kMostInMemory = 8u << 20;  // of entries that are being sorted
 
 }  // namespace
 
@@ -171,20 +173,51 @@ bool SecondaryIndex::remove(const std::uint8_t* entry)
     return true;
 }
 
-void SecondaryIndex::rebuild(const std::vector<std::uint8_t>& entries, std::size_t count)
+/// No entries; all blocks are free.
+void SecondaryIndex::clear()
 {
     tree_.reset();
     header_.firstBlock = header_.lastBlock = header_.usedBlocks = 0;
     header_.records = 0;
+    header_.writing = 0;
     std::vector<std::uint16_t> all(blocks_.count());
     std::iota(all.begin(), all.end(), std::uint16_t{1});
     header_.fileBlocks = static_cast<std::uint16_t>(all.size());
     blocks_.setFree(all);
     chain_->load();
-    for (std::size_t i = 0; i < count; ++i)
-        chain_->append(entries.data() + i * entryLength());
+}
+
+/// Turns the bits of the key of a falling index, whose entries are sorted as if they rose.
+void SecondaryIndex::turn(std::uint8_t* entry) const
+{
+    if (descending_)
+        std::transform(entry, entry + entryKeyLength(), entry,
+                       [](std::uint8_t b) { return static_cast<std::uint8_t>(~b); });
+}
+
+bool SecondaryIndex::rebuild(RecordChain& records, FileSystem& files, const std::string& path)
+{
+    RowSorter sorter(files, path + "-sort", entryKeyLength(), entryLength(), kMostInMemory);
+    for (std::uint32_t at = 0; at < records.blocks(); ++at)
+        for (std::uint32_t slot = 0; slot < records.recordsAt(at); ++slot) {
+            std::uint8_t* entry = sorter.add();
+            makeEntry(records.record({at, slot}), records.blockAt(at), entry);
+            turn(entry);
+        }
+    clear();
+    std::vector<std::uint8_t> entry(entryLength()), last;
+    for (; const std::uint8_t* row = sorter.row(); sorter.next()) {
+        entry.assign(row, row + entryLength());
+        turn(entry.data());
+        if (unique() && !last.empty() && std::equal(last.begin(), last.end(), entry.begin()))
+            return false;
+        if (unique())
+            last.assign(entry.begin(), entry.begin() + static_cast<std::ptrdiff_t>(indexedLength_));
+        chain_->append(entry.data());
+    }
     tree_ = std::make_unique<TreeFile>(*treeBlocks_, *chain_);
     changed_ = true;
+    return true;
 }
 
 void SecondaryIndex::store()
@@ -202,32 +235,6 @@ void SecondaryIndex::store()
 std::size_t SecondaryIndex::changedBytes() const
 {
     return blocks_.changedBytes() + (tree_ ? tree_->changedBytes() : 0);
-}
-
-void sortEntries(std::vector<std::uint8_t>& entries, std::size_t length, std::size_t keyLength,
-                 const KeyOrder& order)
-{
-    struct Item {
-        std::uint64_t head;
-        std::uint32_t index;
-    };
-    const std::size_t count = entries.size() / length, width = std::min<std::size_t>(keyLength, 8);
-    std::vector<Item> items(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        std::uint8_t head[8] = {};
-        std::memcpy(head, entries.data() + i * length, width);
-        items[i] = {loadBE<std::uint64_t>(head), static_cast<std::uint32_t>(i)};
-    }
-    std::sort(items.begin(), items.end(), [&](const Item& a, const Item& b) {
-        if (a.head != b.head)
-            return (a.head < b.head) != order.descending;
-        return order.compare(entries.data() + a.index * length, entries.data() + b.index * length,
-                             keyLength) < 0;
-    });
-    std::vector<std::uint8_t> sorted(entries.size());
-    for (std::size_t i = 0; i < count; ++i)
-        std::memcpy(sorted.data() + i * length, entries.data() + items[i].index * length, length);
-    entries = std::move(sorted);
 }
 
 }  // namespace velnor::paradox

@@ -18,6 +18,7 @@
 #include "access/formats/paradox/key_order.h"
 #include "access/formats/paradox/record_chain.h"
 #include "access/formats/paradox/tree_file.h"
+#include "platform/file_system.h"
 
 namespace velnor::paradox {
 
@@ -74,8 +75,10 @@ public:
     void insert(const std::uint8_t* entry);
     /// False when the entry is not there.
     bool remove(const std::uint8_t* entry);
-    /// Replaces all entries by these, sorted: `count` of entryLength() bytes.
-    void rebuild(const std::vector<std::uint8_t>& entries, std::size_t count);
+    /// Replaces all entries by those of the table's records. What does not fit into little memory
+    /// is sorted in `files`, beside `path`. False when two records have the same values in a unique
+    /// index: what was made must be taken back then.
+    bool rebuild(RecordChain& records, FileSystem& files, const std::string& path);
     bool changed() const { return changed_; }
     void touch() { changed_ = true; }
 
@@ -86,6 +89,8 @@ public:
 private:
     void readFields();
     void refuseOther(const char* why) const;
+    void clear();
+    void turn(std::uint8_t* entry) const;
 
     const FileHeader& table_;
     std::string extension_;
@@ -103,9 +108,5 @@ private:
     UpperCase upper_;
     bool changed_ = false;
 };
-
-/// Sorts entries by the order of an index, in place.
-void sortEntries(std::vector<std::uint8_t>& entries, std::size_t length, std::size_t keyLength,
-                 const KeyOrder& order);
 
 }  // namespace velnor::paradox

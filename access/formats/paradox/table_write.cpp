@@ -11,8 +11,6 @@
 namespace velnor::paradox {
 namespace {
 
-constexpr std::size_t kEntriesAtOnce = 64u << 20;  // bytes of entries sorted in memory
-
 [[noreturn]] void duplicate(const DbTable& table, const std::string& index)
 {
     throw EngineError(EngineErrorNumber::DuplicateKey, "A record with the same key is in " +
@@ -114,21 +112,29 @@ void DbTable::openForWriting()
     for (const auto& index : indexes_) {
         if (!index->kept())
             continue;
-        const bool stale = !index->current() || !index->chain().damage().empty();
-        const bool can = index->trouble().empty() && index->chain().order().byBytes;
-        if (stale && !can)
-            continue;  // as it was found: behind the table, and so it stays
+        const bool known = index->chain().order().byBytes;
+        const bool fits = fitsTable(*index);
+        if (!fits && !known)
+            continue;  // as it was found: wrong, and the next stamp says so
         if (!index->trouble().empty())
             throw EngineError(EngineErrorNumber::IndexNotMaintained,
                               "The index " + index->name() +
                                   " cannot be kept right: " + index->trouble() + ".");
         openIndexTree(*index);
-        if (stale || (can && !index->chain().ordered()) ||
-            index->chain().records() != chain_->records())
+        if (!fits || (known && !index->chain().ordered()))
             rebuildIndex(*index);
         entry_.resize(std::max(entry_.size(), index->entryLength()));
     }
     oldEntry_.resize(entry_.size());
+    header_.writing = 0;
+}
+
+/// Whether an index tells of the records as they are. A writer that did not finish has left its
+/// mark in the table or in the index.
+bool DbTable::fitsTable(SecondaryIndex& index)
+{
+    return index.current() && !header_.writing && !index.header().writing &&
+           index.chain().damage().empty() && index.chain().records() == chain_->records();
 }
 
 void DbTable::makeIndex(const std::string& extension, const FileHeader& made)
@@ -141,6 +147,8 @@ void DbTable::makeIndex(const std::string& extension, const FileHeader& made)
         pages.writeAt(0, headerBytes(made));
         SecondaryIndex& index = *indexes_.emplace_back(
             std::make_unique<SecondaryIndex>(header_, extension, pages, opening_.codePage));
+        if (!index.chain().order().byBytes)
+            refuseUnknownOrder();
         openIndexTree(index);
         rebuildIndex(index);
         commit();
@@ -151,31 +159,10 @@ void DbTable::makeIndex(const std::string& extension, const FileHeader& made)
     withFilesClosed([] {});  // the indexes in the order of their files again
 }
 
-/// From all records. The entries are sorted in memory, as many as fit; above that they go in one by
-/// one.
 void DbTable::rebuildIndex(SecondaryIndex& index)
 {
-    const std::size_t length = index.entryLength();
-    std::vector<std::uint8_t> entries, entry(length);
-    const bool sorts = static_cast<std::size_t>(chain_->records()) * length <= kEntriesAtOnce;
-    if (!sorts)
-        index.rebuild({}, 0);
-    for (std::uint32_t at = 0; at < chain_->blocks(); ++at)
-        for (std::uint32_t slot = 0; slot < chain_->recordsAt(at); ++slot) {
-            index.makeEntry(chain_->record({at, slot}), chain_->blockAt(at), entry.data());
-            if (sorts)
-                entries.insert(entries.end(), entry.begin(), entry.end());
-            else
-                index.insert(entry.data());
-        }
-    if (sorts) {
-        sortEntries(entries, length, index.entryKeyLength(), index.chain().order());
-        const std::size_t count = entries.size() / length, part = index.indexedLength();
-        for (std::size_t i = 1; index.unique() && i < count; ++i)
-            if (std::memcmp(&entries[i * length], &entries[(i - 1) * length], part) == 0)
-                duplicate(*this, index.name());
-        index.rebuild(entries, count);
-    }
+    if (!index.rebuild(*chain_, *opening_.files, opening_.path))
+        duplicate(*this, index.name());
     changed_ = true;
 }
 

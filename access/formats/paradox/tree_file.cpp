@@ -212,6 +212,7 @@ void TreeFile::entryRemoved(std::size_t level, std::size_t at)
 void TreeFile::store()
 {
     FileHeader& header = blocks_.header();
+    header.writing = 0;
     // A chain whose only block is empty has nothing to point at.
     const bool empty = data_.records() == 0;
     if (empty)

@@ -272,6 +272,76 @@ TEST(ParadoxStore, aStaleIndexIsNotWalkedAndMadeAnewByTheNextWriter)
     EXPECT_EQ(faultsOf(*store), Rows{});
 }
 
+TEST(ParadoxStore, whatAWriterThatDiedLeftBehindIsMadeRightByTheNextOne)
+{
+    MemoryFileSystem files;
+    const auto makeIndexed = [&] {
+        const auto store = openStore(files);
+        TableLayout layout = people();
+        layout.indexes.push_back(indexDef("NAME", {"NAME"}));
+        store->createTable(layout);
+        for (int i = 0; i < 30; ++i)
+            add(*store->writer("T"), i, std::to_string(i * 7 % 30));
+        store->commit();
+    };
+    makeIndexed();
+    Bytes wrong = files.content("C:\\T.X02");
+    wrong.at(wrong[2] + 256u * wrong[3] + 6) = '~';  // the first entry is of no record
+    for (const char* marked : {"C:\\T.DB", "C:\\T.X02"}) {
+        files.put("C:\\T.X02", wrong);
+        poke(files, marked, 0x14, 1);
+        EXPECT_NE(faultsOf(*openStore(files)), Rows{});
+        const auto store = openStore(files);
+        const auto cursor = store->cursor("T", std::nullopt);
+        ASSERT_TRUE(cursor->last());
+        store->writer("T")->update(cursor->row(), std::array{FieldChange{2, text("note")}});
+        store->commit();
+        EXPECT_EQ(peek(files, marked, 0x14), 0);
+        EXPECT_EQ(faultsOf(*store), Rows{}) << marked;
+        wrong[0x2D] = peek(files, "C:\\T.X02", 0x2D);
+        wrong[0x2F] = peek(files, "C:\\T.X02", 0x2F);
+    }
+}
+
+TEST(ParadoxStore, anIndexInAnUnknownOrderThatLacksRecordsIsLeftAndTold)
+{
+    MemoryFileSystem files;
+    {
+        const auto store = openStore(files);
+        TableLayout layout = people();
+        layout.indexes.push_back(indexDef("NAME", {"NAME"}));
+        store->createTable(layout);
+        for (int i = 0; i < 10; ++i)
+            add(*store->writer("T"), i, std::to_string(i));
+        store->commit();
+    }
+    const Bytes old = files.content("C:\\T.X02"), oldTree = files.content("C:\\T.Y02");
+    {
+        const auto store = openStore(files);
+        add(*store->writer("T"), 10, "ten");
+        store->commit();
+    }
+    const std::uint8_t link = peek(files, "C:\\T.X02", 0x2F);
+    files.put("C:\\T.X02", old);
+    files.put("C:\\T.Y02", oldTree);
+    poke(files, "C:\\T.X02", 0x2F, link);
+    for (const char* path : {"C:\\T.DB", "C:\\T.X02"}) {  // an order of some country
+        Bytes bytes = files.content(path);
+        const std::string_view name = "DBWINUS0", other = "DBWINXX0";
+        std::copy(other.begin(), other.end(),
+                  std::search(bytes.begin(), bytes.end(), name.begin(), name.end()));
+        files.put(path, bytes);
+    }
+    const Bytes found = files.content("C:\\T.X02");
+    const auto store = openStore(files);
+    const auto cursor = store->cursor("T", std::nullopt);
+    ASSERT_TRUE(cursor->first());
+    store->writer("T")->update(cursor->row(), std::array{FieldChange{2, text("note")}});
+    store->commit();
+    EXPECT_EQ(files.content("C:\\T.X02"), found);  // not filled by an order that is not its own
+    EXPECT_EQ(errorOf([&] { store->cursor("T", "NAME"); }), 3800);
+}
+
 TEST(ParadoxStore, anIndexFileThatIsNoneKeepsFromWriting)
 {
     MemoryFileSystem files;
