@@ -41,13 +41,6 @@ std::uint32_t treeBlockBytes(std::size_t entryBytes)
     return 32 * 1024;
 }
 
-void makeFile(FileSystem& files, const std::string& path, const std::vector<std::uint8_t>& bytes)
-{
-    const auto file = files.open(path, OpenMode::Replace);
-    file->writeAt(0, bytes);
-    file->sync();
-}
-
 /// The code page decides the order: both known orders compare bytes.
 void chooseSortOrder(FileHeader& table, const std::string& wanted)
 {
@@ -211,6 +204,13 @@ std::size_t leadingFields(const TableLayout& layout, const IndexDef& index)
             index.fields[i].descending)
             return 0;
     return index.fields.size();
+}
+
+void makeFile(FileSystem& files, const std::string& path, const std::vector<std::uint8_t>& bytes)
+{
+    const auto file = files.open(path, OpenMode::Replace);
+    file->writeAt(0, bytes);
+    file->sync();
 }
 
 void createTableFiles(FileSystem& files, const std::string& path, const FileHeader& table)

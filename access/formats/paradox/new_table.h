@@ -38,6 +38,8 @@ std::size_t leadingFields(const TableLayout& layout, const IndexDef& index);
 /// The name of the field in the table's code page; 3008 when it cannot be stored.
 void setFieldName(StoredField& field, const std::string& name, const CodePage& page);
 
+/// Writes a new file, safe on the disk.
+void makeFile(FileSystem& files, const std::string& path, const std::vector<std::uint8_t>& bytes);
 /// Makes the files of an empty table: companions first, the DB file last.
 void createTableFiles(FileSystem& files, const std::string& path, const FileHeader& table);
 

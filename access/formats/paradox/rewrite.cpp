@@ -1,6 +1,7 @@
 #include "access/formats/paradox/rewrite.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "access/engine_error.h"
@@ -20,8 +21,19 @@ std::string newFolderOf(const std::string& path)
     return path + "-new";
 }
 
+/// The file that tells that all others of the folder are whole.
+std::string markOf(const std::string& folder)
+{
+    return paths::join(folder, "complete");
+}
+
+/// The mark goes first: without it nothing of the rest is ever moved.
 void clearFolder(FileSystem& files, const std::string& folder)
 {
+    if (files.fileExists(markOf(folder))) {
+        files.remove(markOf(folder));
+        files.syncFolder(folder);
+    }
     for (const FileInfo& file : files.list(folder))
         if (!file.folder)
             files.remove(paths::join(folder, file.name));
@@ -35,9 +47,23 @@ std::uint8_t byteOf(FileSystem& files, const std::string& path, std::uint64_t at
     return byte;
 }
 
-/// Index files that the table has no longer: those made for its fields as they were before, and the
-/// primary index of a table that has no key now.
-void removeOldIndexes(FileSystem& files, const std::string& path)
+bool hasLongFields(FileSystem& files, const std::string& path)
+{
+    constexpr std::size_t kFieldCountAt = 0x21, kVersionAt = 0x39, kSecondHeaderEnd = 0x78;
+    std::array<std::uint8_t, kSecondHeaderEnd + 2 * 255> head{};
+    files.open(path, OpenMode::Read)->readAt(0, head);
+    const std::size_t types = head[kVersionAt] >= 5 ? kSecondHeaderEnd : kFirstHeader;
+    for (std::size_t i = 0; i < head[kFieldCountAt]; ++i) {
+        const TypeInfo* type = typeInfo(head[types + 2 * i]);
+        if (type && type->isLong)
+            return true;
+    }
+    return false;
+}
+
+/// Files that the table has no longer: indexes made for its fields as they were before, the primary
+/// index of a table that has no key now, the long values of one that has no such field.
+void removeOldFiles(FileSystem& files, const std::string& path)
 {
     constexpr std::uint64_t kKindAt = 0x04, kStructureStampAt = 0x2E;
     const std::uint8_t stamp = byteOf(files, path, kStructureStampAt);
@@ -55,6 +81,8 @@ void removeOldIndexes(FileSystem& files, const std::string& path)
             files.remove(tree->path);
         files.remove(companion.path);
     }
+    if (const Companion* values = findCompanion(all, "MB"); values && !hasLongFields(files, path))
+        files.remove(values->path);
 }
 
 /// The checks of a table, for its new fields.
@@ -148,24 +176,73 @@ void NewChecks::make(const ValFile& val, const FileHeader& header, const std::ve
     }
 }
 
-/// The indexes of the old table as definitions for the new one.
-std::vector<IndexDef> keptIndexes(DbTable& table)
+/// An index of the old table, to be made for the new one: blind to case or not, as it was.
+struct KeptIndex {
+    std::vector<int> fields;  ///< positions in the old table
+    std::uint8_t options = 0;
+    std::string extension;
+    std::string label;  ///< empty: named for its only field
+};
+
+std::vector<KeptIndex> keptIndexes(DbTable& table)
 {
-    std::vector<IndexDef> defs;
+    std::vector<KeptIndex> all;
     for (const auto& index : table.indexes()) {
         if (!index->kept())
             continue;
-        IndexDef def;
-        def.name = index->name();
-        def.unique = index->unique();
+        if (!index->trouble().empty())
+            throw EngineError(EngineErrorNumber::IndexNotMaintained,
+                              "The index " + index->name() +
+                                  " cannot be kept right: " + index->trouble() + ".");
+        KeptIndex kept;
         for (const std::size_t n : index->fields())
-            def.fields.push_back({table.header().fields[n].name, index->descending()});
-        defs.push_back(std::move(def));
+            kept.fields.push_back(static_cast<int>(n));
+        kept.options = index->header().options;
+        if (index->descending())
+            kept.options |= kDescending;
+        kept.extension = index->extension();
+        if (index->header().isGroup())
+            kept.label = index->name();
+        all.push_back(std::move(kept));
     }
-    return defs;
+    return all;
 }
 
-void copyRecords(DbTable& from, DbTable& to, const std::vector<int>& sources)
+void makeAgain(DbTable& made, const KeptIndex& index, const std::vector<int>& sources)
+{
+    std::vector<std::size_t> fields;
+    for (const int n : index.fields)
+        fields.push_back(static_cast<std::size_t>(std::find(sources.begin(), sources.end(), n) -
+                                                  sources.begin()));
+    const std::string extension = index.label.empty()
+                                      ? singleExtension('X', static_cast<unsigned>(fields[0] + 1))
+                                      : index.extension;
+    made.makeIndex(extension, newIndexHeader(made.header(), fields, index.options, index.label,
+                                             made.name() + "." + extension));
+}
+
+/// Long values that a record names in the old MB file, stored in the new one.
+void moveLongValues(DbTable& from, DbTable& to, std::uint8_t* record)
+{
+    std::string bytes, why;
+    for (const StoredField& field : to.header().fields) {
+        if (!field.isLong())
+            continue;
+        std::uint8_t* place = record + field.offset + field.leader();
+        const LongPointer pointer = LongPointer::read(place);
+        if (pointer.length <= field.leader())
+            continue;
+        if (!from.mb()->read(pointer, bytes, why))
+            throw EngineError(EngineErrorNumber::Corrupt,
+                              "A value of the field " + field.name + " in " + from.path() +
+                                  " is damaged (" + why + "): the fields stay as they are.");
+        to.mb()
+            ->store({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()})
+            .write(place);
+    }
+}
+
+void copyRecords(DbTable& from, DbTable& to, const std::vector<int>& sources, bool newValues)
 {
     RecordChain& chain = from.chain();
     const FileHeader& before = from.header();
@@ -181,11 +258,22 @@ void copyRecords(DbTable& from, DbTable& to, const std::vector<int>& sources)
                                 old + before.fields[static_cast<std::size_t>(sources[i])].offset,
                                 header.fields[i].length);
             to.testRecord(record.data(), nullptr);
+            if (newValues)
+                moveLongValues(from, to, record.data());
             to.addRecord(record.data());
+            if (to.pendingBytes() > kBytesBetweenCommits)
+                to.commit();
         }
-        if (to.pendingBytes() > kBytesBetweenCommits)
-            to.commit();
     }
+}
+
+bool losesLongField(const FileHeader& before, const std::vector<int>& sources)
+{
+    for (std::size_t i = 0; i < before.fields.size(); ++i)
+        if (before.fields[i].isLong() &&
+            std::find(sources.begin(), sources.end(), static_cast<int>(i)) == sources.end())
+            return true;
+    return false;
 }
 
 }  // namespace
@@ -199,14 +287,9 @@ void moveInto(FileSystem& files, const std::string& path)
         files.rename(made, path);
         files.syncFolder(home);
     }
-    for (const Companion& companion : companionsOf(files, made)) {
-        const std::string to = paths::join(home, paths::fileName(companion.path));
-        if (companion.kind == CompanionKind::LongValues && files.fileExists(to))
-            files.remove(companion.path);  // 4.: made only so that the new table could be opened
-        else
-            files.rename(companion.path, to);
-    }
-    removeOldIndexes(files, path);
+    for (const Companion& companion : companionsOf(files, made))
+        files.rename(companion.path, paths::join(home, paths::fileName(companion.path)));
+    removeOldFiles(files, path);
     files.syncFolder(home);
     clearFolder(files, folder);
 }
@@ -221,6 +304,8 @@ void makeInNewFolder(FileSystem& files, const std::string& path,
     try {
         make(paths::join(folder, paths::fileName(path)));
         files.syncFolder(folder);
+        makeFile(files, markOf(folder), {});
+        files.syncFolder(folder);
     } catch (...) {
         clearFolder(files, folder);
         throw;
@@ -233,7 +318,9 @@ void finishStructureChange(FileSystem& files, const std::string& path, bool read
     const auto left = files.info(folder);
     if (!left || !left->folder)
         return;
-    if (files.fileExists(paths::join(folder, paths::fileName(path)))) {
+    const bool moves = files.fileExists(markOf(folder)) &&
+                       !files.fileExists(paths::join(folder, paths::fileName(path)));
+    if (!moves) {
         if (!readOnly)
             clearFolder(files, folder);
         return;
@@ -244,28 +331,6 @@ void finishStructureChange(FileSystem& files, const std::string& path, bool read
         if (!readOnly)
             throw;
     }
-}
-
-void clearLongField(DbTable& table, std::size_t n)
-{
-    table.prepareWriting();
-    RecordChain& chain = table.chain();
-    const StoredField& field = table.header().fields[n];
-    std::vector<std::uint8_t> record(table.header().recordSize);
-    for (std::uint32_t at = 0; at < chain.blocks(); ++at) {
-        for (std::uint32_t slot = 0; slot < chain.recordsAt(at); ++slot) {
-            const Place place{at, slot};
-            const std::uint8_t* bytes = chain.record(place);
-            std::copy_n(bytes, record.size(), record.begin());
-            table.mb()->release(LongPointer::read(bytes + field.offset + field.leader()));
-            std::fill_n(record.begin() + field.offset, field.length, std::uint8_t{0});
-            chain.overwrite(place, record.data());
-            table.noteChange();
-        }
-        if (table.pendingBytes() > kBytesBetweenCommits)
-            table.commit();
-    }
-    table.commit();
 }
 
 void rewriteTable(DbTable& table, FileHeader header, const std::vector<int>& sources)
@@ -281,26 +346,28 @@ void rewriteTable(DbTable& table, FileHeader header, const std::vector<int>& sou
     header.firstFree = 0;
     header.storedTableName = paths::fileName(path);
     layOutHeader(header);
+    header.blockBytes = std::max(header.blockBytes, blockBytesFor(header.recordSize));
     if (header.keyFields)
         makeKeyed(header, header.keyFields);
-    header.blockBytes = std::max(header.blockBytes, blockBytesFor(header.recordSize));
     const NewChecks checks(table, header, sources);
-    const std::vector<IndexDef> indexes = keptIndexes(table);
+    const bool newValues = table.mb() && losesLongField(table.header(), sources);
+    const std::vector<KeptIndex> indexes = keptIndexes(table);
     makeInNewFolder(files, path, [&](const std::string& newPath) {
         TableOpening opening = table.opening();
         opening.path = newPath;
         createTableFiles(files, opening.path, header);
         {
             DbTable made(opening);
-            copyRecords(table, made, sources);
+            copyRecords(table, made, sources, newValues);
             made.noteChange();
             made.commit();
-            for (const IndexDef& index : indexes)
-                addTableIndex(made, index);
+            for (const KeptIndex& index : indexes)
+                makeAgain(made, index, sources);
         }
+        if (table.mb() && !newValues)  // 4.: it was made only so that the new table could be opened
+            files.remove(paths::withExtension(opening.path, "MB"));
         if (checks.any())
-            files.open(paths::withExtension(opening.path, "VAL"), OpenMode::Replace)
-                ->writeAt(0, checks.bytes());
+            makeFile(files, paths::withExtension(opening.path, "VAL"), checks.bytes());
     });
     table.withFilesClosed([&] { moveInto(files, path); });
 }

@@ -20,7 +20,4 @@ void makeInNewFolder(FileSystem& files, const std::string& path,
                      const std::function<void(const std::string&)>& make);
 void moveInto(FileSystem& files, const std::string& path);
 
-/// Frees the long values of a field and makes it Null in all records.
-void clearLongField(DbTable& table, std::size_t field);
-
 }  // namespace velnor::paradox

@@ -100,11 +100,6 @@ void addSecondaryIndex(DbTable& table, const IndexDef& def)
                           "There is an index file " + form.extension + " already.");
     const FileHeader made = newIndexHeader(table.header(), form.fields, form.options, form.label,
                                            table.name() + "." + form.extension);
-    const std::span<const StoredField> keys(made.fields.data(), made.fields.size() - 1);
-    if (!keyOrderOf(table.header(), keys, false).byBytes)
-        throw EngineError(EngineErrorNumber::IndexNotMaintained,
-                          table.path() + " sorts its texts by the order " +
-                              sortOrderWords(table.header()) + ", whose weights are not known.");
     table.makeIndex(form.extension, made);
 }
 
@@ -206,8 +201,6 @@ void dropTableField(DbTable& table, std::string_view name)
         if (index->kept() && std::find(index->fields().begin(), index->fields().end(), gone) !=
                                  index->fields().end())
             invalidIndex(index->name(), "is on the field " + header.fields[gone].name);
-    if (header.fields[gone].isLong())
-        clearLongField(table, gone);
     std::vector<int> sources;
     for (std::size_t i = 0; i < header.fields.size(); ++i)
         if (i != gone)

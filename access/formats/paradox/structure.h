@@ -2,13 +2,14 @@
 //
 // A change of the fields or of the primary key writes the whole table anew, and a new table is made
 // likewise.
-// 1. The new files are made, under their own names, in a folder "NAME.DB-new" beside the table.
+// 1. The new files are made, under their own names, in a folder "NAME.DB-new" beside the table; a
+//    file "complete" there tells that they are whole.
 // 2. The DB file is moved out of it first: that is the moment of the change. Then the others
-// follow.
-// 3. A folder that a crash left behind is cleared when the table is opened: when its DB file is
-//    gone, what is left is moved, else it is thrown away.
-// 4. The MB file stays where it is: the values keep their places. The values of a field that goes
-//    are freed before.
+//    follow.
+// 3. A folder that a crash left behind is looked at when the table is opened: when the files were
+//    whole and the DB file is gone, what is left is moved, else it is thrown away.
+// 4. The MB file stays where it is: the values keep their places. Only when a field of long values
+//    goes, a new one is made of those that stay, and moved like the other files.
 // 5. The files of a new index are made by the commit that fills them.
 #pragma once
 

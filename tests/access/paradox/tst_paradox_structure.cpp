@@ -91,6 +91,98 @@ TEST(ParadoxStructure, theValuesOfAFieldThatGoesAreFreed)
     EXPECT_EQ(long_, 25);
 }
 
+TEST(ParadoxStructure, theFileOfLongValuesGoesWithTheLastFieldOfThem)
+{
+    MemoryFileSystem files;
+    makeTable(files);
+    const auto store = openStore(files);
+    const auto before = files.content("C:\\T.MB").size();
+    store->dropField("T", "M");
+    EXPECT_LT(files.content("C:\\T.MB").size(), before);
+    store->dropField("T", "N");
+    EXPECT_FALSE(files.fileExists("C:\\T.MB"));
+    EXPECT_EQ(faultsOf(*store), Rows{});
+    store->addField("T", fieldDef("P", FieldType::Memo));
+    EXPECT_TRUE(files.fileExists("C:\\T.MB"));
+    EXPECT_EQ(faultsOf(*store), Rows{});
+}
+
+TEST(ParadoxStructure, aFieldThatMustStayKeepsItsLongValues)
+{
+    MemoryFileSystem files;
+    makeTable(files);
+    const Rows before = rowsOf(*openStore(files));
+    Bytes rules(0x35 + 6, 0);  // no checks, but a rule that ties the table to another one
+    rules[0] = files.content("C:\\T.DB")[0x2E];
+    rules[1] = 0x0B;
+    rules[9] = 0x35;
+    rules[0x0D] = 1;
+    files.put("C:\\T.VAL", rules);
+    const Bytes mb = files.content("C:\\T.MB");
+    const auto store = openStore(files);
+    EXPECT_EQ(errorOf([&] { store->dropField("T", "M"); }), 3251);
+    EXPECT_EQ(rowsOf(*store), before);
+    EXPECT_EQ(files.content("C:\\T.MB"), mb);
+    EXPECT_FALSE(files.info("C:\\T.DB-new"));
+}
+
+TEST(ParadoxStructure, aDamagedValueKeepsTheFieldsAsTheyAre)
+{
+    MemoryFileSystem files;
+    makeTable(files);
+    Bytes mb = files.content("C:\\T.MB");
+    std::fill(mb.begin() + 4096, mb.end(), std::uint8_t{0});
+    files.put("C:\\T.MB", mb);
+    const Bytes table = files.content("C:\\T.DB");
+    const auto store = openStore(files);
+    EXPECT_EQ(errorOf([&] { store->dropField("T", "M"); }), 3197);
+    EXPECT_EQ(store->layout("T").fields.size(), 4u);
+    EXPECT_EQ(files.content("C:\\T.MB"), mb);
+    EXPECT_FALSE(files.info("C:\\T.DB-new"));
+}
+
+TEST(ParadoxStructure, wideFieldsEnlargeTheBlocks)
+{
+    MemoryFileSystem files;
+    makeTable(files);
+    const auto store = openStore(files);
+    const Rows before = rowsOf(*store);
+    for (const char* name : {"W1", "W2", "W3"})
+        store->addField("T", fieldDef(name, FieldType::Text, 250));
+    EXPECT_EQ(files.content("C:\\T.DB")[5], 4);  // three records of 804 bytes do not fit into 2 KiB
+    EXPECT_EQ(rowsOf(*store).size(), before.size());
+    EXPECT_EQ(faultsOf(*store), Rows{});
+}
+
+TEST(ParadoxStructure, anIndexThatMindsCaseStillDoes)
+{
+    MemoryFileSystem files;
+    {
+        const auto store = openStore(files);
+        store->createTable(
+            layoutOf({fieldDef("ID", FieldType::Long), fieldDef("A", FieldType::Text, 5)},
+                     {primaryDef({"ID"}), indexDef("BOTH", {"A", "ID"})}));
+    }
+    Bytes index = files.content("C:\\T.XG0");
+    index.at(0x55) = 0;  // as other programs make it
+    files.put("C:\\T.XG0", index);
+    const auto store = openStore(files);
+    {
+        const auto writer = store->writer("T");
+        const char* names[] = {"b", "B", "a", "C"};
+        for (int i = 0; i < 4; ++i)
+            writer->insert(std::array{whole(i), text(names[i])});
+        store->commit();
+    }
+    const Rows rows{"1 'B'", "3 'C'", "2 'a'", "0 'b'"};
+    EXPECT_EQ(rowsOf(*store, "BOTH"), rows);
+    store->addField("T", fieldDef("X", FieldType::Long));
+    store->dropField("T", "X");
+    EXPECT_EQ(files.content("C:\\T.XG0").at(0x55), 0);
+    EXPECT_EQ(rowsOf(*store, "BOTH"), rows);
+    EXPECT_EQ(faultsOf(*store), Rows{});
+}
+
 TEST(ParadoxStructure, fieldsOfAnIndexStay)
 {
     MemoryFileSystem files;
@@ -312,4 +404,33 @@ TEST(ParadoxStructure, aNewIndexIsThereWholeOrNotAtAllAfterAPowerCut)
     }
     EXPECT_GT(old, 5);
     EXPECT_GT(made, 0);
+}
+
+TEST(ParadoxStructure, aFieldOfLongValuesGoesWholeOrNotAtAllAtAPowerCut)
+{
+    int old = 0, made = 0;
+    for (long n = 1;; n += 2) {
+        FaultyDisk disk(static_cast<unsigned>(n));
+        makeTable(disk);
+        const Rows before = rowsOf(*openStore(disk));
+        disk.cutAt(n);
+        try {
+            openStore(disk)->dropField("T", "M");
+        } catch (const std::exception&) {
+        }
+        if (!disk.wasCut())
+            break;
+        disk.restart();
+        const auto store = openStore(disk);
+        const bool gone = store->layout("T").fields.size() == 3;
+        (gone ? made : old) += 1;
+        const Rows rows = rowsOf(*store);
+        ASSERT_EQ(rows.size(), before.size()) << "at change " << n;
+        if (!gone) {
+            ASSERT_EQ(rows, before) << "at change " << n;
+        }
+        ASSERT_EQ(faultsOf(*store), Rows{}) << "at change " << n;
+    }
+    EXPECT_GT(old, 5);
+    EXPECT_GT(made, 1);
 }
