@@ -3,8 +3,10 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
+#include <optional>
 
 #include "access/sql/functions.h"
 #include "access/sql/plain_value.h"
@@ -18,36 +20,27 @@ constexpr double kFetchRecord = 8;  // of one that an index leads to
 constexpr double kSeek = 40;
 constexpr double kEqualPart = 1.0 / 50, kRangePart = 1.0 / 4, kOtherPart = 0.9;
 
-bool testOf(unsigned char op, TestOp& test)
+struct AskedOp {
+    unsigned char asked;
+    TestOp test;
+};
+constexpr std::array kAskedOps{
+    AskedOp{SQLITE_INDEX_CONSTRAINT_EQ, TestOp::Equal},
+    AskedOp{SQLITE_INDEX_CONSTRAINT_NE, TestOp::Different},
+    AskedOp{SQLITE_INDEX_CONSTRAINT_LT, TestOp::Less},
+    AskedOp{SQLITE_INDEX_CONSTRAINT_LE, TestOp::LessEqual},
+    AskedOp{SQLITE_INDEX_CONSTRAINT_GT, TestOp::Greater},
+    AskedOp{SQLITE_INDEX_CONSTRAINT_GE, TestOp::GreaterEqual},
+    AskedOp{SQLITE_INDEX_CONSTRAINT_ISNULL, TestOp::IsNull},
+    AskedOp{SQLITE_INDEX_CONSTRAINT_ISNOTNULL, TestOp::NotNull},
+};
+
+std::optional<TestOp> testOf(unsigned char asked)
 {
-    switch (op) {
-    case SQLITE_INDEX_CONSTRAINT_EQ:
-        test = TestOp::Equal;
-        return true;
-    case SQLITE_INDEX_CONSTRAINT_NE:
-        test = TestOp::Different;
-        return true;
-    case SQLITE_INDEX_CONSTRAINT_LT:
-        test = TestOp::Less;
-        return true;
-    case SQLITE_INDEX_CONSTRAINT_LE:
-        test = TestOp::LessEqual;
-        return true;
-    case SQLITE_INDEX_CONSTRAINT_GT:
-        test = TestOp::Greater;
-        return true;
-    case SQLITE_INDEX_CONSTRAINT_GE:
-        test = TestOp::GreaterEqual;
-        return true;
-    case SQLITE_INDEX_CONSTRAINT_ISNULL:
-        test = TestOp::IsNull;
-        return true;
-    case SQLITE_INDEX_CONSTRAINT_ISNOTNULL:
-        test = TestOp::NotNull;
-        return true;
-    default:
-        return false;
-    }
+    for (const AskedOp& op : kAskedOps)
+        if (op.asked == asked)
+            return op.test;
+    return std::nullopt;
 }
 
 bool sameSide(SqlType type, ValueView constant)
@@ -116,11 +109,11 @@ bool AccessPlanner::takeCondition(sqlite3_index_info& info, int number, Conditio
 {
     const auto& asked = info.aConstraint[number];
     const int fields = static_cast<int>(layout_.fields.size());
-    TestOp op;
-    if (!asked.usable || asked.iColumn < 0 || asked.iColumn >= fields || !testOf(asked.op, op))
+    const std::optional<TestOp> op = testOf(asked.op);
+    if (!op || !asked.usable || asked.iColumn < 0 || asked.iColumn >= fields)
         return false;
     const SqlType type = sqlTypeOf(layout_.fields[static_cast<std::size_t>(asked.iColumn)].type);
-    condition = {{asked.iColumn, op, -1, false, true}, number, true};
+    condition = {{asked.iColumn, *op, -1, false, true}, number, true};
     if (op == TestOp::IsNull || op == TestOp::NotNull)
         return true;
     if (type == SqlType::Text &&
