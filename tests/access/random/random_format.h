@@ -34,12 +34,13 @@ struct RandomFormat {
     std::string keyIndex;
 
     bool removes = true;
-    bool changes = true;           ///< records can be changed
+    bool changes = true;        ///< records can be changed
     bool updatesKey = true;     ///< the first field of a record may be changed
     bool nullsInUnique = true;  ///< any number of Nulls fits into a unique index
     bool emptyTextIsNull = false;
     bool indexOrderIsSeekable = true;
     unsigned mostRecords = 500;
+    bool renews = false;  ///< a full table, where nothing can be removed, is dropped and made anew
     unsigned structureEvery = 250;  ///< operations between two changes of structure; 0: none
     unsigned lookEvery = 400;       ///< between two full comparisons
     unsigned reopenEvery = 900;

@@ -177,7 +177,7 @@ ModelRow RandomRun::newRow()
 void RandomRun::insertOne()
 {
     if (!format_.removes && model_.rows.size() >= format_.mostRecords)
-        return;
+        return format_.renews ? makeAnew() : void();
     const ModelRow row = newRow();
     ModelRow kept;
     for (std::size_t i = 0; i < row.size(); ++i)
@@ -317,6 +317,19 @@ void RandomRun::addOrDropIndex()
         EXPECT_EQ(e.number(), 3022) << e.what();
         EXPECT_TRUE(refused) << index.name << ": " << e.what();
     }
+}
+
+void RandomRun::makeAnew()
+{
+    compareAll();
+    cursor_.reset();
+    writer_.reset();
+    store_->dropTable(table());
+    store_->createTable(format_.start);
+    model_.rows.clear();
+    model_.fields = format_.start.fields;
+    model_.indexes = format_.start.indexes;
+    reopen();
 }
 
 void runRandomOperations(const RandomFormat& format, int operations)

@@ -42,6 +42,7 @@ private:
     void changeStructure();
     void addOrDropField();
     void addOrDropIndex();
+    void makeAnew();
 
     const std::string& table() const { return format_.start.name; }
 
