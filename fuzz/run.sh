@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# fuzz/run.sh [SECONDS] [NAME ...] - builds the fuzzers with clang and runs each for SECONDS (60), with the
+# fuzz/run.sh [SECONDS] [NAME ...] - builds the fuzzers, or those named, with clang and runs each for SECONDS (60), with the
 # real files of VELNOR_CORPUS as seeds when that is set. A finding stays in build/fuzz/found.
 set -eu
 cd "$(dirname "$0")/.."
@@ -7,7 +7,7 @@ root=$PWD
 seconds=${1:-60}
 [ $# -gt 0 ] && shift
 [ -d build/fuzz ] || cmake --preset fuzz >/dev/null
-cmake --build build/fuzz >/dev/null
+cmake --build build/fuzz ${1:+--target "$@"} >/dev/null
 fuzz/seeds.sh "${VELNOR_CORPUS:-/nonexistent}" build/fuzz/seeds
 mkdir -p build/fuzz/found
 ulimit -f 4000000
