@@ -2,7 +2,10 @@
 // over.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <cstring>
 
 #include "access/engine_error.h"
 #include "access/value.h"
@@ -12,17 +15,28 @@ namespace velnor::fuzzing {
 
 inline volatile std::uint64_t seen;  // keeps the compiler from leaving the reading out
 
+/// Reads a whole piece of memory by copies, which the address sanitizer looks at in one go: a loop
+/// over the bytes took half of the time that the fuzzers of memos have.
+inline std::uint64_t readAll(const void* start, std::size_t size)
+{
+    std::array<unsigned char, 4096> scratch{};
+    std::uint64_t sum = size;
+    for (std::size_t at = 0; at < size; at += scratch.size()) {
+        std::memcpy(scratch.data(), static_cast<const char*>(start) + at,
+                    std::min(size - at, scratch.size()));
+        sum = sum * 31 + scratch[0];
+    }
+    return sum;
+}
+
 /// Touches the whole content of a value, so that a view of freed or foreign bytes is found.
 inline std::uint64_t touch(ValueView v)
 {
-    std::uint64_t sum = static_cast<std::uint64_t>(v.kind());
     if (v.kind() == ValueKind::Text)
-        for (const char c : v.asText())
-            sum = sum * 31 + static_cast<unsigned char>(c);
+        return readAll(v.asText().data(), v.asText().size());
     if (v.kind() == ValueKind::Bytes)
-        for (const std::uint8_t c : v.asBytes())
-            sum = sum * 31 + c;
-    return sum;
+        return readAll(v.asBytes().data(), v.asBytes().size());
+    return static_cast<std::uint64_t>(v.kind());
 }
 
 /// Damaged files are refused by errors; all else is a finding.
