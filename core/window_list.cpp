@@ -56,7 +56,7 @@ QStringList openCaptions()
     return captions;
 }
 
-bool CloseWindowOfFile(const QString& wanted)
+bool CloseWindowOfFile(const QString& wanted, const QString& words)
 {
     const QString caption = wanted;  // `wanted` may belong to the window that closes here
     if (windows().empty())
@@ -67,7 +67,7 @@ bool CloseWindowOfFile(const QString& wanted)
         return false;
     const std::shared_ptr<OpenWindow> window = *match;  // its entry goes while it closes
     window->bringToFront();
-    prompt().tell(window->widget, "Window Displaying Database must be Closed to Send - " + caption);
+    prompt().tell(window->widget, words + caption);
     window->close();
     return true;
 }

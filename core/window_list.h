@@ -37,8 +37,11 @@ private:
 /// Captions in order; the first is the main window's.
 QStringList openCaptions();
 
-/// Closes the window that displays a file, by its caption, after telling so. Looks from the second
-/// window on and takes the first match. False when there is none.
-bool CloseWindowOfFile(const QString& wanted);
+/// Closes the window that displays a file, by its caption, after telling so: the words, and the
+/// caption behind them. Looks from the second window on and takes the first match. False when there
+/// is none.
+bool CloseWindowOfFile(
+    const QString& wanted,
+    const QString& words = QStringLiteral("Window Displaying Database must be Closed to Send - "));
 
 }  // namespace velnor

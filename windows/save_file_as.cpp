@@ -1,14 +1,15 @@
 #include "windows/save_file_as.h"
 
-#include <QCursor>
+#include <algorithm>
 
 #include "access/routing.h"
-#include "core/wait_pointer.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
 #include "core/prompt.h"
+#include "core/wait_pointer.h"
 #include "core/window_list.h"
 #include "platform/host.h"
+#include "platform/paths.h"
 #include "platform/run_error.h"
 
 namespace velnor {
@@ -17,20 +18,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString kMustBeClosed = u"Window Displaying Database File must be Closed to Save Table - "_s;
+
 bool stands(const QString& path)
 {
     return host().files->fileExists(path.toStdString());
 }
 
+/// What stands under the target's name stays until the copy is whole.
 void copyCompanion(const QString& from, const QString& to)
 {
-    if (!stands(from))
-        return;
-    attempt([&] {  // one that fails isn't reported
-        if (stands(to))
-            removeFile(to);
-        copyFileNew(from, to);
-    });
+    if (stands(from))
+        attempt([&] { copyFile(from, to); });  // one that fails isn't reported
 }
 
 void copyCompanions(const QString& source, const QString& target, const QString& type)
@@ -58,19 +57,48 @@ QString askTarget(const QString& source, const QString& type, QWidget* parent)
     return chosen->isEmpty() ? QString() : chosen->first();
 }
 
+QString nativeOf(const QString& path)
+{
+    const std::string full = fullPath(path).toStdString();
+    return QString::fromStdString(host().paths ? host().paths->toNative(full) : full);
+}
+
+bool isSameFile(const QString& a, const QString& b)
+{
+    return paths::sameName(fullPath(a).toStdString(), fullPath(b).toStdString()) ||
+           nativeOf(a) == nativeOf(b);
+}
+
+/// The windows that show a file close: they would go on with what is no longer there. False when
+/// one of them holds a record that could not be saved.
+bool closeWindowsOf(const QString& file)
+{
+    const auto shows = [&](const QString& caption) {
+        return caption == file || caption.startsWith(file + u'@') ||
+               caption.startsWith(file + u" - DATA ENTRY - "_s);
+    };
+    for (const QString& caption : openCaptions().mid(1))
+        if (shows(caption))
+            CloseWindowOfFile(caption, kMustBeClosed);
+    const QStringList left = openCaptions().mid(1);
+    return std::none_of(left.begin(), left.end(), shows);
+}
+
+/// A file is never copied onto itself, and nothing is replaced when there is nothing to copy.
 bool copyWithCompanions(const QString& source, const QString& target, const QString& type,
                         QWidget* parent)
 {
     const WaitPointer wait;
-    if (stands(target))
-        removeFile(target);
-    if ((type == u"DBF" || type == u"DB") && openCaptions().contains(source))
-        CloseWindowOfFile(source);
-    copyCompanions(source, target, type);
-    const Outcome copied = attempt([&] { copyFileNew(source, target); });
+    bool copied = stands(source) && !isSameFile(source, target) && closeWindowsOf(target);
+    if (copied) {
+        if (type == u"DBF" || type == u"DB")
+            CloseWindowOfFile(source, kMustBeClosed);
+        copyCompanions(source, target, type);
+        copied = bool(attempt([&] { copyFile(source, target); }));
+    }
     if (!copied)
         prompt().tell(parent, u"Error Copying File - "_s + target);
-    return bool(copied);
+    return copied;
 }
 
 }  // namespace

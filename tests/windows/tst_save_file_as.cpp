@@ -10,6 +10,24 @@
 using namespace velnor;
 using namespace velnor::testing;
 
+namespace {
+
+/// An open window by its caption, which goes when it is closed, or stays.
+struct Shown {
+    explicit Shown(QString name, bool goes = true) : caption(std::move(name))
+    {
+        entry = WindowEntry(OpenWindow{[this] { return caption; }, [] {},
+                                       [this, goes] {
+                                           if (goes)
+                                               entry = WindowEntry();
+                                       }});
+    }
+    QString caption;
+    WindowEntry entry;
+};
+
+}  // namespace
+
 class TstSaveFileAs : public QObject {
     Q_OBJECT
 private slots:
@@ -59,6 +77,61 @@ private slots:
         prompt_->expectFile({"C:\\a\\U.DB"});
         QVERIFY(SaveFileAs(globals().SELECTED_FILE));
         QCOMPARE(sandbox_->read("C:\\a\\U.DB"), std::string("table"));
+    }
+
+    void ontoItself_isRefused_andTheFileStays()  // the dialog offers the file's own name
+    {
+        sandbox_->write("C:\\a\\T.DBF", "table");
+        sandbox_->write("C:\\a\\T.DBT", "memo");
+        prompt_->expectFile({"C:\\a\\t.dbf"});
+        QVERIFY(!SaveFileAs("C:\\a\\T.DBF"));
+        QCOMPARE(prompt_->told, QStringList{"Error Copying File - C:\\a\\t.dbf"});
+        QCOMPARE(sandbox_->read("C:\\a\\T.DBF"), std::string("table"));
+        QCOMPARE(sandbox_->read("C:\\a\\T.DBT"), std::string("memo"));
+    }
+
+    void aSourceThatIsGone_leavesTheTarget()
+    {
+        sandbox_->write("C:\\a\\U.DBF", "table");
+        prompt_->expectFile({"C:\\a\\U.DBF"});
+        QVERIFY(!SaveFileAs("C:\\a\\T.DBF"));
+        QCOMPARE(prompt_->told, QStringList{"Error Copying File - C:\\a\\U.DBF"});
+        QCOMPARE(sandbox_->read("C:\\a\\U.DBF"), std::string("table"));
+    }
+
+    void companionsThatTheSourceLacks_stayBesideTheTarget()
+    {
+        sandbox_->write("C:\\a\\T.DBF", "table");
+        sandbox_->write("C:\\a\\U.MDX", "older index");
+        prompt_->expectFile({"C:\\a\\U.DBF"});
+        QVERIFY(SaveFileAs("C:\\a\\T.DBF"));
+        QCOMPARE(sandbox_->read("C:\\a\\U.MDX"), std::string("older index"));
+    }
+
+    void windowsOfBothTables_areClosedFirst()
+    {
+        sandbox_->write("C:\\a\\T.DBF", "new");
+        sandbox_->write("C:\\a\\U.DBF", "old");
+        Shown main("Velnor"), source("C:\\a\\T.DBF"), target("C:\\a\\U.DBF"),
+            entry("C:\\a\\U.DBF - DATA ENTRY - U.DBF");
+        prompt_->expectFile({"C:\\a\\U.DBF"});
+        QVERIFY(SaveFileAs("C:\\a\\T.DBF"));
+        const QString words = "Window Displaying Database File must be Closed to Save Table - ";
+        QCOMPARE(prompt_->told,
+                 (QStringList{words + "C:\\a\\U.DBF", words + "C:\\a\\U.DBF - DATA ENTRY - U.DBF",
+                              words + "C:\\a\\T.DBF"}));
+        QCOMPARE(sandbox_->read("C:\\a\\U.DBF"), std::string("new"));
+    }
+
+    void aWindowOfTheTargetThatStays_keepsTheTarget()  // it holds a record that cannot be saved
+    {
+        sandbox_->write("C:\\a\\T.MDB", "new");
+        sandbox_->write("C:\\a\\U.MDB", "old");
+        Shown main("Velnor"), entry("C:\\a\\U.MDB - DATA ENTRY - People", false);
+        prompt_->expectFile({"C:\\a\\U.MDB"});
+        QVERIFY(!SaveFileAs("C:\\a\\T.MDB"));
+        QCOMPARE(prompt_->told.last(), "Error Copying File - C:\\a\\U.MDB");
+        QCOMPARE(sandbox_->read("C:\\a\\U.MDB"), std::string("old"));
     }
 
     void cancel_saysNotSaved()
