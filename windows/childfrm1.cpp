@@ -4,8 +4,6 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 
-#include "access/routing.h"
-#include "access/schema.h"
 #include "access/workspace.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
@@ -15,8 +13,6 @@
 #include "core/twips.h"
 #include "core/upcalls.h"
 #include "core/wait_pointer.h"
-#include "platform/paths.h"
-
 #include "windows/child_geometry.h"
 #include "windows/data_strip.h"
 #include "windows/mdiform1.h"
@@ -28,22 +24,6 @@
 namespace velnor {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr int kMemo = static_cast<int>(FieldType::Memo);
-
-bool isFolderKind(const QString& type)
-{
-    return type == u"DBF" || type == u"DB";
-}
-
-bool isDatabaseKind(const QString& type)
-{
-    return type == u"MDB" || type == u"XLS" || type == u"WK4";
-}
-
-}  // namespace
 
 ChildFrm1::ChildFrm1(MDIForm1& shell) : DocumentChild(shell), Data1(workspace())
 {
@@ -66,7 +46,7 @@ void ChildFrm1::Form_Load()
     shell_.CHILD_LEFT += kCascadeLeft;
     shell_.CHILD_TOP += kCascadeTop;
     FILE_USE = G.SELECTED_FILE;
-    fileType_ = GetFileExtension(FILE_USE);
+    source_ = TableSource(FILE_USE, ConnectForm::PasswordAlone);
     openFile();
     G.DATA_FILE_FLG = false;
     applyOptions();
@@ -76,17 +56,19 @@ void ChildFrm1::openFile()
 {
     const WaitPointer busy;
     columnTypes_.fill(0);
-    folder_ = fromUtf8(paths::folder(FILE_USE.toStdString()));
-    fileName_ = fromUtf8(paths::fileName(FILE_USE.toStdString()));
     const Outcome opened = attempt([&] {
-        if (isFolderKind(fileType_))
-            openFolderTable();
-        else if (!isDatabaseKind(fileType_) || !openDatabaseFile())
+        if (!source_.isKnown())
             return;
-        auto& G = globals();
-        NUMINDEXES = G.INDEX_COUNT;
+        if (source_.inFolder())
+            globals().TABLE_COUNT = 0;
+        else if (!chooseFirstTable())
+            return;
+        source_.readStructure();
+        refreshData();
+        NUMINDEXES = globals().INDEX_COUNT;
         shell_.EnableDataButtons(NUMINDEXES);
-        fillLists();
+        Frame1->setTables(source_.tables);
+        fillIndexes();
         setColumns();
         enableTools();
         ++shell_.DATABASE_COUNT;
@@ -96,56 +78,24 @@ void ChildFrm1::openFile()
         tellOpening(opened.number, opened.description);
 }
 
-void ChildFrm1::openFolderTable()
+/// False when people cancelled the login: the window goes again.
+bool ChildFrm1::chooseFirstTable()
 {
-    auto& G = globals();
-    connect_ = fileType_ == u"DBF" ? u"dBASE 5.0;"_s : u"Paradox 5.x;"_s;
-    G.TABLE_COUNT = 0;
-    LoadTableStructure(folder_, connect_, fileName_);
-    if (G.FOXPRO_FLG)
-        connect_ = u"FoxPro 3.0;"_s;
-    Data1.Connect = connect_.toStdString();
-    Data1.DatabaseName = folder_.toStdString();
-    Data1.RecordSource = fileName_.toStdString();
-    refreshData();
-}
-
-bool ChildFrm1::openDatabaseFile()
-{
-    auto& G = globals();
-    password_.clear();
-    G.DATABASE_PASSWORD.clear();
-    connect_ = SetDatabaseType(FILE_USE);
-    HLDTABLE = ListTableNames(FILE_USE, connect_);
-    if (G.LOGIN_ASKED_FLG && !G.LOGIN_OK_FLG) {
+    globals().DATABASE_PASSWORD.clear();
+    if (!source_.listTables()) {
         shell_.CLOSE_WINDOW_FLG = true;
         closeWindow_ = true;
         return false;
     }
-    LoadTableStructure(FILE_USE, connect_, HLDTABLE);
-    if (fileType_ == u"MDB")
-        password_ = G.DATABASE_PASSWORD;
-    Data1.Connect = accessConnect(password_, connect_).toStdString();
-    Data1.DatabaseName = FILE_USE.toStdString();
-    Data1.RecordSource = HLDTABLE.toStdString();
-    refreshData();
+    HLDTABLE = source_.table;
     return true;
 }
 
-/// Opens Data1, in table form so that an index can order it; a source that has no such form opens
-/// as a set.
 void ChildFrm1::refreshData()
 {
     rows_->setRecordset(std::nullopt);
-    Data1.Type = RecordsetType::Table;
-    const Outcome opened = attempt([&] { Data1.Refresh(); });
-    if (opened.number == static_cast<int>(EngineErrorNumber::NotSupported)) {
-        Data1.Type = RecordsetType::Dynaset;
-        Data1.Refresh();
-    } else if (!opened) {
-        throw EngineError(static_cast<EngineErrorNumber>(opened.number),
-                          opened.description.toStdString());
-    }
+    Data1Strip->setMoving(false);
+    source_.open(Data1);
     gridRow_ = 0;
     rows_->setRecordset(Data1.anotherCursor());
     Data1Strip->setMoving(rows_->rowCount() > 0);
@@ -165,17 +115,6 @@ void ChildFrm1::tellOpening(int number, const QString& description)
     }
     shell_.CLOSE_WINDOW_FLG = true;
     closeWindow_ = true;
-}
-
-void ChildFrm1::fillLists()
-{
-    auto& G = globals();
-    QStringList tables;
-    if (isDatabaseKind(fileType_))
-        for (int i = 0; i < G.TABLE_COUNT; ++i)
-            tables << G.TABLE_NAMES[i];
-    Frame1->setTables(tables);
-    fillIndexes();
 }
 
 void ChildFrm1::fillIndexes()
@@ -225,7 +164,7 @@ void ChildFrm1::enableTools()
         tools.enable(u"ID_IndexBtn"_s, true);
         tools.enable(u"ID_mnuSetDatabaseTableIndex"_s, true);
     }
-    if (isDatabaseKind(fileType_)) {
+    if (source_.holdsTables()) {
         tools.enable(u"ID_TableBtn"_s, true);
         tools.enable(u"ID_mnuSetDatabaseTable"_s, true);
     }
@@ -241,7 +180,7 @@ void ChildFrm1::Form_Activate()
             unloadSoon();
             return;
         }
-        if (!isFolderKind(fileType_) && !isDatabaseKind(fileType_)) {
+        if (!source_.isKnown()) {
             if (prompt().ask(this, u"File Type is not Supported by this Software. Do you want to "
                                    "Open the File with another Program?"_s))
                 upcalls().OpenwithOLE(G.SELECTED_FILE);
@@ -252,7 +191,8 @@ void ChildFrm1::Form_Activate()
         MSFlexGrid1->setFocus();
     }
     shell_.setWindowTitle(caption() + u" - "_s + QString::fromLatin1(kProgramTitle));
-    G.SELECTED_FILE = folder_.endsWith(u'\\') ? folder_ + fileName_ : folder_ + u'\\' + fileName_;
+    const QString& folder = source_.folder;
+    G.SELECTED_FILE = folder + (folder.endsWith(u'\\') ? u""_s : u"\\"_s) + source_.fileName;
     attempt([&] { shell_.showFileLength(text::thousands(fileLength(FILE_USE)) + u" Bytes"_s); });
     G.WORK_FILE = caption();
 }
@@ -279,111 +219,9 @@ void ChildFrm1::applyOptions()
     setRowHeight();
 }
 
-void ChildFrm1::Data1_Reposition()
-{
-    auto& records = Data1.Recordset();
-    const auto count = records.RecordCount();
-    const QString caption = positionText(fileName_, records.PercentPosition(), count);
-    Data1.Caption = caption.toStdString();
-    Data1Strip->setCaption(caption);
-    if (const auto at = records.ordinal(); at >= 0)
-        recordCell(static_cast<int>(at));
-}
-
-/// Shows the record in hand in the grid, without that counting as a click.
-void ChildFrm1::recordCell(int row)
-{
-    gridRow_ = row;
-    const QModelIndex here = MSFlexGrid1->currentIndex();
-    if (row == here.row() || row >= rows_->rowCount())
-        return;
-    MSFlexGrid1->setCurrentIndex(rows_->index(row, qMax(0, here.column())));
-}
-
-void ChildFrm1::MSFlexGrid1_Click()
-{
-    const QModelIndex here = MSFlexGrid1->currentIndex();
-    if (!here.isValid())
-        return;
-    if (here.row() != gridRow_) {
-        const auto distance = here.row() - gridRow_;
-        gridRow_ = here.row();
-        Data1.Move(distance);
-    }
-    if (here.column() < columnTypes_.size() && columnTypes_[here.column()] == kMemo)
-        showComments(here.row(), here.column());
-}
-
-void ChildFrm1::List1_Click()
-{
-    if (List1->currentItem())
-        showTable(List1->currentItem()->text());
-}
-
-void ChildFrm1::showTable(const QString& name)
-{
-    auto& G = globals();
-    if (name == HLDTABLE)
-        return;
-    const WaitPointer busy;
-    HLDTABLE = name;
-    G.DATABASE_PASSWORD = password_;
-    LoadTableStructure(FILE_USE, connect_, HLDTABLE);
-    Data1.RecordSource = HLDTABLE.toStdString();
-    NUMINDEXES = G.INDEX_COUNT;
-    SORTEDBY.clear();
-    const Outcome opened = attempt([&] { refreshData(); });
-    fillIndexes();
-    Frame1->markTable(name);
-    Frame2->hide();
-    setColumns();
-    enableTools();
-    shell_.showTables(*this);
-    if (!opened)
-        MSFlexGrid1->setEmptyText(opened.description);
-}
-
-void ChildFrm1::List2_Click()
-{
-    if (!List2->currentItem())
-        return;
-    const QString name = List2->currentItem()->text();
-    const Outcome ordered = attempt([&] { Data1.SetIndex(name.toStdString()); });
-    if (!ordered)
-        return;  // no such order: it stays as it was
-    INDEX_NAME = SORTEDBY = name;
-    const QModelIndex here = MSFlexGrid1->currentIndex();
-    gridRow_ = 0;
-    rows_->setRecordset(Data1.anotherCursor());
-    MSFlexGrid1->setCurrentIndex(rows_->index(0, qMax(0, here.column())));
-}
-
-void ChildFrm1::mnuFileRefresh_Click()
-{
-    if (Data1.DatabaseName.empty() || Data1.RecordSource.empty())
-        return;
-    const int columns = rows_->columnCount();
-    const QByteArray widths = MSFlexGrid1->horizontalHeader()->saveState();
-    attempt([&] { refreshData(); });
-    if (!SORTEDBY.isEmpty())
-        List2_Click();
-    setColumns();
-    if (rows_->columnCount() == columns)  // they stay as people made them
-        MSFlexGrid1->horizontalHeader()->restoreState(widths);
-}
-
 void ChildFrm1::mnuEditCopy_Click()
 {
     MSFlexGrid1->copySelection();
-}
-
-void ChildFrm1::recordsChanged()
-{
-    const QModelIndex here = MSFlexGrid1->currentIndex();
-    const int row = here.row(), column = here.column();
-    attempt([this] { rows_->readAgain(); });
-    if (row >= 0 && !MSFlexGrid1->currentIndex().isValid() && rows_->rowCount() > 0)
-        MSFlexGrid1->setCurrentIndex(rows_->index(qMin(row, rows_->rowCount() - 1), column));
 }
 
 void ChildFrm1::releaseFile()
@@ -394,7 +232,7 @@ void ChildFrm1::releaseFile()
     Data1.RecordSource = "Close.Txt";
     attempt([&] { Data1.Refresh(); });  // whatever comes of it, the file is free
     MSFlexGrid1->setEmptyText(
-        tr("The file was handed to another program. Open it again to see it."));
+        tr("The file was handed to another program. Refresh shows it again."));
 }
 
 void ChildFrm1::Form_Unload()

@@ -10,6 +10,7 @@
 #include "core/bounded_array.h"
 #include "windows/data_control.h"
 #include "windows/document_child.h"
+#include "windows/table_source.h"
 
 class QListWidget;
 class QPlainTextEdit;
@@ -20,6 +21,7 @@ namespace velnor {
 class DataStrip;
 class FindBar;
 class GridSearch;
+class PaneHeading;
 class RecordGrid;
 class RecordsetModel;
 class TablePane;
@@ -83,26 +85,30 @@ private:
     void buildControls();
     QWidget* buildLists();
     QWidget* buildComments();
+    QWidget* buildFind();
     void openFile();
-    void openFolderTable();
-    bool openDatabaseFile();
+    bool chooseFirstTable();
     void refreshData();
     void tellOpening(int number, const QString& description);
-    void fillLists();
     void fillIndexes();
     void setColumns();
     void setRowHeight();
-    void showComments(int row, int column);
-    QWidget* buildFind();
     void paintWindow();
+    // childfrm1_panes.cpp
+    bool isMemo(int column) const;
+    void showComments(int row, int column);
+    // childfrm1_records.cpp
     void recordCell(int row);
+    void orderBy(const QString& index);
 
-    QString fileType_, folder_, fileName_, connect_, password_;
+    TableSource source_;
     BoundedArray<short, 301> columnTypes_;
     std::int64_t gridRow_ = 0;  // the record that Data1 stands on
     bool firstActivation_ = true;
     bool closeWindow_ = false;  // the file could not be opened
-    bool opened_ = false;   // counted in DATABASE_COUNT
+    bool opened_ = false;       // counted in DATABASE_COUNT
+    bool following_ = false;    // the grid follows Data1: nobody clicked in it
+    PaneHeading* commentsHeading_;
     RecordsetModel* rows_;
     GridSearch* search_;
 };

@@ -116,7 +116,8 @@ QWidget* ChildFrm1::buildComments()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     ExitCommBtn = closeButton(Frame2, u"ExitCommBtn"_s, tr("Close the comments"));
-    column->addWidget(new PaneHeading(tr("View Comments"), ExitCommBtn, Frame2));
+    commentsHeading_ = new PaneHeading(tr("View Comments"), ExitCommBtn, Frame2);
+    column->addWidget(commentsHeading_);
     Text2 = new QPlainTextEdit(Frame2);
     Text2->setObjectName(u"Text2"_s);
     Text2->setAccessibleName(tr("Comment"));

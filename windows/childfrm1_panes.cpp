@@ -3,13 +3,16 @@
 #include <QPlainTextEdit>
 
 #include "access/layout.h"
+#include "core/file_commands.h"
 #include "core/globals.h"
 #include "core/prompt.h"
+#include "core/text.h"
 #include "windows/childfrm1.h"
 #include "windows/childfrm3.h"
 #include "windows/find_bar.h"
 #include "windows/grid_search.h"
 #include "windows/mdiform1.h"
+#include "windows/pane_heading.h"
 #include "windows/record_grid.h"
 #include "windows/recordset_model.h"
 #include "windows/table_pane.h"
@@ -18,12 +21,18 @@ namespace velnor {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-constexpr int kMemo = static_cast<int>(FieldType::Memo);
+bool ChildFrm1::isMemo(int column) const
+{
+    return column >= 0 && column < columnTypes_.size() &&
+           columnTypes_[column] == static_cast<int>(FieldType::Memo);
 }
 
+/// The heading says whose comment it is: it stays while people go on to other records.
 void ChildFrm1::showComments(int row, int column)
 {
+    commentsHeading_->setText(
+        tr("View Comments - %1 of record %2")
+            .arg(fromUtf8(rows_->field(column).name), text::thousands(row + 1)));
     Text2->setPlainText(rows_->fullText(row, column));
     Frame2->show();
 }
@@ -31,7 +40,7 @@ void ChildFrm1::showComments(int row, int column)
 void ChildFrm1::mnuViewComments_Click()
 {
     const QModelIndex here = MSFlexGrid1->currentIndex();
-    if (!here.isValid() || columnTypes_[here.column()] != kMemo) {
+    if (!here.isValid() || !isMemo(here.column())) {
         prompt().tell(this, u"Please select a Comment Field to Display"_s);
         return;
     }
@@ -88,7 +97,7 @@ void ChildFrm1::ID_DataToggle_Click()
     auto& G = globals();
     G.SELECTED_FILE = FILE_USE;
     G.RECORD_SOURCE = HLDTABLE;
-    G.DATABASE_PASSWORD = password_;
+    G.DATABASE_PASSWORD = source_.password;
     G.TEXT_FILE_FLG = false;
     G.DATA_ENTRY_FLG = true;
     shell_.NewWindowFile(FILE_USE);

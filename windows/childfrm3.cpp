@@ -6,10 +6,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QScopedValueRollback>
 #include <QStatusBar>
 
-#include "access/routing.h"
-#include "access/schema.h"
 #include "access/workspace.h"
 #include "core/attempt.h"
 #include "core/file_commands.h"
@@ -17,7 +16,6 @@
 #include "core/prompt.h"
 #include "core/text.h"
 #include "core/wait_pointer.h"
-#include "platform/paths.h"
 #include "windows/bound_field.h"
 #include "windows/child_geometry.h"
 #include "windows/entry_pane.h"
@@ -50,9 +48,7 @@ void ChildFrm3::Form_Load()
     shell_.CHILD_LEFT += kCascadeLeft;
     shell_.CHILD_TOP += kCascadeTop;
     FILE_USE = globals().SELECTED_FILE;
-    connect_ = SetDatabaseType(FILE_USE);
-    folder_ = fromUtf8(paths::folder(FILE_USE.toStdString()));
-    fileName_ = fromUtf8(paths::fileName(FILE_USE.toStdString()));
+    source_ = TableSource(FILE_USE, ConnectForm::PasswordBehind);
     const WaitPointer wait;
     const Outcome opened = attempt([this] { openTable(); });
     if (!opened)
@@ -65,9 +61,10 @@ void ChildFrm3::openTable()
 {
     clearEntryFields();
     setMode(u'E');
-    setSource();
-    if (closing_)
+    writable_ = true;
+    if (!chooseTable())
         return;
+    source_.readStructure();
     if (!text::trim(Dir(FILE_USE)).isEmpty())
         openRecords();
     BuildEntryFields();
@@ -77,60 +74,23 @@ void ChildFrm3::openTable()
     opened_ = true;
 }
 
-/// The three texts of Data1, and the structure of its table in the shared arrays.
-void ChildFrm3::setSource()
+/// RECORD_SOURCE, or the first table. False when people cancelled the login: the window goes again.
+bool ChildFrm3::chooseTable()
 {
-    auto& G = globals();
-    const bool inFolder = connect_ == u"dBASE 5.0;" || connect_ == u"Paradox 5.x;";
-    tables_.clear();
-    if (inFolder) {
-        LoadTableStructure(folder_, connect_, fileName_);
-        if (G.FOXPRO_FLG)
-            connect_ = u"FoxPro 3.0;"_s;
-        table_ = fileName_;
-        HLDTABLE.clear();
-    } else if (connect_ != u"FoxPro 3.0;") {
-        table_ = text::trim(G.RECORD_SOURCE);
-        const QString first = ListTableNames(FILE_USE, connect_);
-        if (G.LOGIN_ASKED_FLG && !G.LOGIN_OK_FLG) {
-            closing_ = true;
-            return;
-        }
-        for (int i = 0; i < G.TABLE_COUNT; ++i)
-            tables_ << G.TABLE_NAMES[i];
-        if (table_.isEmpty())
-            table_ = first;
-        LoadTableStructure(FILE_USE, connect_, table_);
-        HLDTABLE = table_;
-    }
-    const bool isAccess = connect_ == u"Access 2000;";
-    if (isAccess)
-        password_ = G.DATABASE_PASSWORD;
-    const QString password = password_.isEmpty() ? QString() : u";pwd="_s + password_;
-    Data1.Connect = (connect_ + password).toStdString();
-    Data1.DatabaseName = (HLDTABLE.isEmpty() ? folder_ : FILE_USE).toStdString();
-    Data1.RecordSource = table_.toStdString();
+    if (source_.inFolder())
+        return true;
+    closing_ = !source_.listTables(text::trim(globals().RECORD_SOURCE));
+    if (!closing_)
+        HLDTABLE = source_.table;
+    return !closing_;
 }
 
 void ChildFrm3::openRecords()
 {
-    loading_ = true;
-    Data1.Type = RecordsetType::Table;
-    Outcome opened = attempt([this] { Data1.Refresh(); });
-    if (opened.number == static_cast<int>(EngineErrorNumber::NotSupported)) {
-        Data1.Type = RecordsetType::Dynaset;  // a source without the form of a table
-        opened = attempt([this] {
-            Data1.Refresh();
-            if (!Data1.Recordset().Eof()) {
-                Data1.Recordset().MoveLast();  // counted only when the end was seen
-                Data1.Recordset().MoveFirst();
-            }
-        });
+    {
+        const QScopedValueRollback opening(loading_, true);
+        source_.open(Data1);
     }
-    loading_ = false;
-    if (!opened)
-        throw EngineError(static_cast<EngineErrorNumber>(opened.number),
-                          opened.description.toStdString());
     startRecords();
 }
 
@@ -155,7 +115,7 @@ void ChildFrm3::tellOpening(int number, const QString& description)
 void ChildFrm3::nameWindow()
 {
     setCaption({});  // its own old name is free
-    setCaption(shell_.uniqueCaption(FILE_USE + u" - DATA ENTRY - "_s + table_));
+    setCaption(shell_.uniqueCaption(FILE_USE + u" - DATA ENTRY - "_s + source_.table));
     shell_.renameInWindowList(this);
 }
 
@@ -200,7 +160,7 @@ void ChildFrm3::showTable(const QString& name)
     const WaitPointer wait;
     auto& G = globals();
     G.RECORD_SOURCE = name;
-    G.DATABASE_PASSWORD = password_;
+    G.DATABASE_PASSWORD = source_.password;
     const Outcome opened = attempt([this] { openTable(); });
     nameWindow();
     if (!opened)

@@ -10,6 +10,7 @@
 
 #include "windows/data_control.h"
 #include "windows/document_child.h"
+#include "windows/table_source.h"
 
 class QCheckBox;
 class QLabel;
@@ -47,7 +48,7 @@ public:
     void mnuFileSaveAs_Click() override;
     void mnuEditCopy_Click() override;
     void showTable(const QString& name) override;
-    QStringList tables() const override { return tables_; }
+    QStringList tables() const override { return source_.tables; }
     void releaseFile() override;
     bool mayClose() override;
     void applyOptions() override;
@@ -74,7 +75,7 @@ private:
     void clearEntryFields();
 
     void openTable();
-    void setSource();
+    bool chooseTable();
     void openRecords();
     void startRecords();
     void setMode(QChar mode);
@@ -92,14 +93,13 @@ private:
     void tellOpening(int number, const QString& description);
     void nameWindow();
 
-    QString connect_, folder_, fileName_, table_, password_;
-    QStringList tables_;
+    TableSource source_;
     QList<BoundField*> bound_;
     bool opened_ = false;   // counted in DATABASE_COUNT
     bool closing_ = false;  // the file could not be opened
     bool loading_ = false;  // Data1 opens: nobody has moved yet
     bool saved_ = false;    // records were changed that other windows may show
-    bool writable_ = true;
+    bool writable_ = true;  // as far as the engine has said
     bool firstActivated_ = false;
 };
 

@@ -130,7 +130,7 @@ void ChildFrm3::BuildEntryFields()
     if (built)
         return;
     if (built.number == static_cast<int>(EngineErrorNumber::NoCurrentRecord))
-        prompt().tell(this, u" No Records in File - "_s + fileName_ +
+        prompt().tell(this, u" No Records in File - "_s + source_.fileName +
                                 u" - Copy Records into Table or Pack / Compact Table and Add New "
                                 "Records."_s);
     else
@@ -188,7 +188,7 @@ void ChildFrm3::addEntryRow(int number, int position, const FieldDef& field)
     box->setAccessibleDescription(box->toolTip());
     box->installEventFilter(this);
     grid->addWidget(box, number, 1, look.kind == EntryKind::Memo ? Qt::Alignment() : Qt::AlignLeft);
-    const bool mayBeNull = connect_ != u"Access 2000;";  // there yes or no is always decided
+    const bool mayBeNull = source_.type != u"MDB";  // there yes or no is always decided
     bound_ << new BoundField(box, position, field, mayBeNull);
     Data1.bind(*bound_.last());
 }

@@ -3,7 +3,6 @@
 #include <QScopedValueRollback>
 #include <QStatusBar>
 
-#include "access/schema.h"
 #include "core/attempt.h"
 #include "core/globals.h"
 #include "core/prompt.h"
@@ -209,17 +208,19 @@ void ChildFrm3::attachTo(const QString& folder, const QString& source, const QSt
 /// show only after it was attached elsewhere. Other formats need none of this.
 void ChildFrm3::RefreshEntry()
 {
-    if (connect_ != u"Paradox 5.x;")
+    if (source_.connect != u"Paradox 5.x;")
         return;
     if (!Data1.adding() && Data1.anyChanged())
         saveWithoutMoving();
     for (BoundField* field : bound_)
         Data1.unbind(*field);
     attempt([this] { attachTo(globals().APP_PATH, u"Velnor.Txt"_s, u"Text;"_s); });
-    LoadTableStructure(folder_, connect_, fileName_);
-    Data1.Type = RecordsetType::Table;
+    source_.readStructure();
     setMode(u'E');
-    const Outcome back = attempt([this] { attachTo(folder_, fileName_, connect_); });
+    const Outcome back = attempt([this] {
+        const QScopedValueRollback opening(loading_, true);
+        source_.open(Data1);
+    });
     if (!back)
         return Data1_Error(back.number, back.description);
     RecordTotal = static_cast<qint32>(Data1.Recordset().RecordCount());

@@ -10,6 +10,8 @@ PaneHeading::PaneHeading(const QString& text, QWidget* end, QWidget* parent) : Q
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(8, 2, 4, 2);
     label_ = new QLabel(text, this);
+    label_->setTextFormat(Qt::PlainText);
+    label_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     QFont bold = label_->font();
     bold.setBold(true);
     label_->setFont(bold);
@@ -17,6 +19,11 @@ PaneHeading::PaneHeading(const QString& text, QWidget* end, QWidget* parent) : Q
     if (end)
         row->addWidget(end);
     setFixedHeight(qMax(sizeHint().height(), fontMetrics().height() + 10));
+}
+
+void PaneHeading::setText(const QString& text)
+{
+    label_->setText(text);
 }
 
 void PaneHeading::setBuddy(QWidget* pane)

@@ -13,6 +13,7 @@ class PaneHeading : public QFrame {
 public:
     /// `end` may be null; it goes to the right end.
     PaneHeading(const QString& text, QWidget* end, QWidget* parent = nullptr);
+    void setText(const QString& text);
     void setBuddy(QWidget* pane);
 
 private:

@@ -12,6 +12,7 @@ public:
     explicit RecordGrid(QWidget* parent = nullptr);
     /// What stands in the middle of an empty grid.
     void setEmptyText(const QString& text);
+    const QString& emptyText() const { return emptyText_; }
     /// What the first rows of a column need to be seen whole.
     int firstValuesWidth(int column) const;
     /// The chosen cells, rows by line ends, cells by tabs. Empty when nothing is chosen.

@@ -51,9 +51,17 @@ TablePane::TablePane(QWidget* parent) : QWidget(parent)
                        indexBox_);
     tableBox_->hide();
     indexBox_->hide();
-    connect(List1, &QListWidget::currentRowChanged, this, &TablePane::tableClicked);
-    connect(List2, &QListWidget::currentRowChanged, this, &TablePane::indexClicked);
+    connectClicks(*List1, &TablePane::tableClicked);
+    connectClicks(*List2, &TablePane::indexClicked);
     connect(ExitDBaseBtn, &QToolButton::clicked, this, &TablePane::closed);
+}
+
+/// An entry that is selected already may be chosen, too: nobody has chosen the first one so far.
+void TablePane::connectClicks(const QListWidget& list, void (TablePane::*chosen)())
+{
+    connect(&list, &QListWidget::currentRowChanged, this, chosen);
+    connect(&list, &QListWidget::itemClicked, this, chosen);
+    connect(&list, &QListWidget::itemActivated, this, chosen);
 }
 
 /// A list under its heading, both in the box.

@@ -32,7 +32,7 @@ public:
     void hideBoth();
 
 signals:
-    /// People chose another entry of List1, of List2.
+    /// People chose an entry of List1, of List2; once or twice for one choice.
     void tableClicked();
     void indexClicked();
     void closed();
@@ -40,6 +40,7 @@ signals:
 private:
     QListWidget* headedList(QVBoxLayout* column, const QString& name, const QString& heading,
                             const QString& tip, QWidget*& boxOut);
+    void connectClicks(const QListWidget& list, void (TablePane::*chosen)());
     void toggle(QWidget* box, QListWidget* list);
     void showPane();
 

@@ -42,10 +42,13 @@ void setField(Recordset& records, int field, const QVariant& value)
 
 }  // namespace
 
-void makeAccessFile(const QString& path)
+void makeAccessFile(const QString& path, const QString& password)
 {
     Workspace workspace(*host().files);
-    workspace.CreateDatabase(path.toStdString(), kGeneralLocale).Close();
+    std::string locale = kGeneralLocale;
+    if (!password.isEmpty())
+        locale += ";pwd=" + password.toStdString();
+    workspace.CreateDatabase(path.toStdString(), locale).Close();
 }
 
 void makeTable(const QString& database, const QString& connect, const QString& table,

@@ -22,8 +22,8 @@ struct MadeField {
     bool required = false;
 };
 
-/// A new Access file without tables.
-void makeAccessFile(const QString& path);
+/// A new Access file without tables; with a password when one is given.
+void makeAccessFile(const QString& path, const QString& password = {});
 /// A new table in a folder (dBASE, FoxPro) or in an Access file that stands; with a unique index on
 /// a field, named like it.
 void makeTable(const QString& database, const QString& connect, const QString& table,

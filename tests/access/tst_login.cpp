@@ -70,8 +70,7 @@ private slots:
 
     void wrongPassword_leavesTheFlagSet_andTheTextInTheSlot()  // no undoing: required
     {
-        if (!copyProtected())
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        makeProtected();
         Login login(workspace());
         login.show();
         QTest::keyClicks(login.txtPassword, "wrong");
@@ -85,8 +84,7 @@ private slots:
 
     void cancelAfterAWrongPassword_clearsTheFlagOnly()
     {
-        if (!copyProtected())
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        makeProtected();
         Login login(workspace());
         login.show();
         QTest::keyClicks(login.txtPassword, "wrong");
@@ -99,8 +97,7 @@ private slots:
 
     void rightPassword_closesTheDialog()
     {
-        if (!copyProtected())
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        makeProtected();
         Login login(workspace());
         login.show();
         QTest::keyClicks(login.txtPassword, "Geheim97");
@@ -152,14 +149,7 @@ private slots:
     }
 
 private:
-    bool copyProtected()
-    {
-        const QString corpus = qEnvironmentVariable("VELNOR_CORPUS");
-        if (corpus.isEmpty())
-            return false;
-        sandbox_->copyIn((corpus + "/jet/own-jet3-password.mdb").toStdString(), "C:\\locked.mdb");
-        return true;
-    }
+    static void makeProtected() { makeAccessFile("C:\\locked.mdb", "Geheim97"); }
 
     std::unique_ptr<Sandbox> sandbox_;
     std::unique_ptr<ScriptedPrompt> prompt_;

@@ -120,8 +120,7 @@ private slots:
 
     void protectedFile_asksUntilThePasswordFits()
     {
-        if (!copyProtected())
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        makeProtected();
         prompt_->expectDialog("Login", [this](QDialog& dialog) {
             [&] { QCOMPARE(globals().WORK_FILE, "C:\\locked.mdb"); }();
             giveAndAccept(dialog, "wrong");
@@ -142,8 +141,7 @@ private slots:
 
     void cancelledLogin_givesAnEmptyResult()
     {
-        if (!copyProtected())
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        makeProtected();
         prompt_->expectDialog("Login", cancel);
         globals().TABLE_COUNT = 5;
         QCOMPARE(ListTableNames("C:\\locked.mdb", "Access 2000;"), "");
@@ -154,8 +152,7 @@ private slots:
 
     void passwordOfAnotherFile_isAskedAnew()
     {
-        if (!copyProtected())
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        makeProtected();
         globals().DATABASE_PASSWORD = "of another file";
         prompt_->expectDialog("Login",
                               [](QDialog& dialog) { return giveAndAccept(dialog, "Geheim97"); });
@@ -164,8 +161,7 @@ private slots:
 
     void structure_ofAProtectedFile_ridesOnTheLogin()
     {
-        if (!copyProtected())
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        makeProtected();
         QVERIFY(!LoadTableStructure("C:\\locked.mdb", "", "Table1"));
         globals().DATABASE_PASSWORD = "Geheim97";
         QVERIFY(!LoadTableStructure("C:\\locked.mdb", "", "Table1"));  // no login was accepted
@@ -325,13 +321,11 @@ private:
             "Name");
         makeTable("C:\\shop.mdb", kAccess, "Orders", {{"ID", FieldType::Long}});
     }
-    bool copyProtected()
+    static void makeProtected()
     {
-        const QString corpus = qEnvironmentVariable("VELNOR_CORPUS");
-        if (corpus.isEmpty())
-            return false;
-        sandbox_->copyIn((corpus + "/jet/own-jet3-password.mdb").toStdString(), "C:\\locked.mdb");
-        return true;
+        makeAccessFile("C:\\locked.mdb", "Geheim97");
+        for (const char* table : {"Table1", "Table2", "Table3"})
+            makeTable("C:\\locked.mdb", ";pwd=Geheim97", table, {{"NAME", FieldType::Text, 20}});
     }
 
     std::unique_ptr<Sandbox> sandbox_;

@@ -79,14 +79,11 @@ protected:
         tab_->List3[1]->highlight(to);
         tab_->SelectBtn->click();
     }
-    /// A protected Access file of the corpus; false when the corpus is not there.
-    bool bringLocked(const QString& file, const QString& path)
+    /// A protected Access file with one table.
+    static void makeLocked(const QString& path, const QString& password)
     {
-        const QString corpus = qEnvironmentVariable("VELNOR_CORPUS");
-        if (corpus.isEmpty())
-            return false;
-        sandbox_->copyIn((corpus + "/jet/" + file).toStdString(), path.toStdString());
-        return true;
+        makeAccessFile(path, password);
+        makeTable(path, ";pwd=" + password, "Secrets", {{"NAME", FieldType::Text, 20}});
     }
     std::unique_ptr<Sandbox> sandbox_;
     std::unique_ptr<ScriptedPrompt> prompt_;

@@ -8,6 +8,7 @@
 #include <QScrollBar>
 
 #include "core/twips.h"
+#include "tests/support/refusing_files.h"
 #include "tests/windows/data_entry_case.h"
 #include "windows/childfrm1.h"
 #include "windows/entry_fields.h"
@@ -210,10 +211,36 @@ private slots:
         QCOMPARE(shell_->activeChild(), child);
     }
 
+    void aTableOfFoxProWithoutIndex_isEdited()  // dBASE refuses it
+    {
+        makeTable("C:\\data", kFoxPro, "FOX", {{"NAME", FieldType::Text, 20}});
+        appendRows("C:\\data", kFoxPro, "FOX", {{"vixen"}});
+        ChildFrm3* child = open("C:\\data\\FOX.DBF");
+        QVERIFY(fixture_->prompt.told.isEmpty());
+        type(line(child, 0), "cub");
+        tool(child, "ID_SaveRecord");
+        QCOMPARE(readRows("C:\\data", kFoxPro, "FOX"), (QList<QStringList>{{"cub"}}));
+    }
+
+    void aTableForReadingOnly_leavesTheNextOneWritable()
+    {
+        makeStaff();
+        RefusingFiles readOnly(fixture_->sandbox.files());
+        fixture_->sandbox.useFiles(&readOnly);
+        ChildFrm3* child = open("C:\\data\\staff.mdb");
+        QCOMPARE(fixture_->prompt.told.size(), 1);
+        QVERIFY(fixture_->prompt.told.first().startsWith("Data Error: 3027 "));
+        QVERIFY(line(child, 0)->isReadOnly());
+        readOnly.refuses = false;
+        child->showTable("Places");
+        QVERIFY(!line(child, 0)->isReadOnly());
+        child->mnuFileClose_Click();  // before its disk goes
+        fixture_->sandbox.useFiles(nullptr);
+    }
+
     void aProtectedFile_isOpenedWithItsPassword()
     {
-        if (!fixture_->bringLockedFile())
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        fixture_->makeLockedFile();
         fixture_->prompt.expectDialog("Login", [](QDialog& dialog) {
             dialog.findChild<QLineEdit*>("txtPassword")->setText("Geheim97");
             dialog.findChild<QPushButton*>("OKBtn")->click();
@@ -228,8 +255,7 @@ private slots:
 
     void aCancelledLogin_makesTheWindowVanish()
     {
-        if (!fixture_->bringLockedFile())
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        fixture_->makeLockedFile();
         fixture_->prompt.expectDialog("Login", [](QDialog& dialog) {
             dialog.findChild<QPushButton*>("CancelBtn")->click();
             return dialog.result();

@@ -8,6 +8,7 @@
 #include <QTest>
 #include <QToolButton>
 
+#include "tests/support/refusing_files.h"
 #include "tests/windows/window_fixture.h"
 #include "windows/child_geometry.h"
 #include "windows/childfrm1.h"
@@ -19,31 +20,6 @@
 
 using namespace velnor;
 using namespace velnor::testing;
-
-namespace {
-
-/// A disk on which no file opens, for the reason given.
-class RefusingFiles final : public FileSystem {
-public:
-    RefusingFiles(FileSystem& files, EngineErrorNumber reason) : files_(files), reason_(reason) {}
-    std::unique_ptr<File> open(std::string_view, OpenMode) override
-    {
-        throw EngineError(reason_, "refused");
-    }
-    std::optional<FileInfo> info(std::string_view path) override { return files_.info(path); }
-    std::vector<FileInfo> list(std::string_view folder) override { return files_.list(folder); }
-    void remove(std::string_view) override {}
-    void rename(std::string_view, std::string_view) override {}
-    void makeFolder(std::string_view) override {}
-    void removeFolder(std::string_view) override {}
-    void syncFolder(std::string_view) override {}
-
-private:
-    FileSystem& files_;
-    EngineErrorNumber reason_;
-};
-
-}  // namespace
 
 class TstTableBrowser : public QObject {
     Q_OBJECT
@@ -127,6 +103,11 @@ private slots:
         QCOMPARE(child->Text2->toPlainText(), "first\nsecond");
         child->ExitCommBtn->click();
         QVERIFY(child->Frame2->isHidden());
+        child->Data1Strip->lastBtn->click();  // nobody asked for the memo there
+        QCOMPARE(grid->currentIndex(), grid->model()->index(2, 2));
+        QVERIFY(child->Frame2->isHidden());
+        child->mnuViewComments_Click();
+        QCOMPARE(child->Text2->toPlainText(), "last");
     }
 
     void accessFile_listsTablesAndIndexes_andChangesBetweenThem()
@@ -163,10 +144,54 @@ private slots:
         QVERIFY(!child->SORTEDBY.isEmpty());
     }
 
+    void aClickOnTheIndexThatIsSelectedAlready_ordersTheRecords()
+    {
+        fixture_->makeShop();
+        ChildFrm1* child = open("C:\\data\\shop.mdb");
+        const auto* rows = child->MSFlexGrid1->model();
+        QCOMPARE(rows->index(0, 0).data().toString(), "pear");  // no order was chosen so far
+        shell_->ToolBarComp1->click("ID_IndexBtn");
+        QCOMPARE(child->List2->currentRow(), 0);
+        const QRect place = child->List2->visualItemRect(child->List2->item(0));
+        QTest::mouseClick(child->List2->viewport(), Qt::LeftButton, {}, place.center());
+        QCOMPARE(rows->index(0, 0).data().toString(), "apple");
+        QCOMPARE(child->SORTEDBY, "Name");
+        child->mnuFileRefresh_Click();
+        QCOMPARE(rows->index(0, 0).data().toString(), "apple");  // the order stays
+    }
+
+    void aTableOfFoxProWithoutIndex_isShown()  // dBASE refuses it, and no index tells it apart
+    {
+        makeTable("C:\\data", kFoxPro, "FOX", {{"NAME", FieldType::Text, 20}});
+        appendRows("C:\\data", kFoxPro, "FOX", {{"vixen"}});
+        ChildFrm1* child = open("C:\\data\\FOX.DBF");
+        QVERIFY(fixture_->prompt.told.isEmpty());
+        QCOMPARE(child->MSFlexGrid1->model()->index(0, 0).data().toString(), "vixen");
+        QCOMPARE(child->Data1.Connect, std::string("FoxPro 3.0;"));
+    }
+
+    void aRefreshThatFails_saysWhyInTheGrid()
+    {
+        fixture_->makeCustomers();
+        RefusingFiles refusing(fixture_->sandbox.files(), EngineErrorNumber::FileInUse);
+        refusing.refuses = false;
+        fixture_->sandbox.useFiles(&refusing);
+        ChildFrm1* child = open("C:\\data\\CUSTOMER.DBF");
+        refusing.refuses = true;
+        child->mnuFileRefresh_Click();
+        QCOMPARE(child->MSFlexGrid1->emptyText(), "refused");
+        QVERIFY(!child->Data1Strip->nextBtn->isEnabled());
+        refusing.refuses = false;
+        child->mnuFileRefresh_Click();
+        QCOMPARE(child->MSFlexGrid1->model()->rowCount(), 3);
+        QVERIFY(child->Data1Strip->nextBtn->isEnabled());
+        child->mnuFileClose_Click();  // before its disk goes
+        fixture_->sandbox.useFiles(nullptr);
+    }
+
     void cancelledLogin_makesTheWindowVanish_withoutAWord()
     {
-        if (!fixture_->bringLockedFile())
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        fixture_->makeLockedFile();
         fixture_->prompt.expectDialog("Login", [](QDialog& dialog) {
             dialog.findChild<QPushButton*>("CancelBtn")->click();
             return dialog.result();
@@ -296,6 +321,9 @@ private slots:
         QCOMPARE(child->Data1.DatabaseName, std::string("C:\\app"));
         QCOMPARE(child->Data1.RecordSource, std::string("Close.Txt"));
         QCOMPARE(shell_->children().size(), 1);
+        child->mnuFileRefresh_Click();  // people want to see it again
+        QCOMPARE(child->MSFlexGrid1->model()->rowCount(), 3);
+        QCOMPARE(child->Data1.RecordSource, std::string("CUSTOMER.DBF"));
     }
 
 private:

@@ -5,8 +5,6 @@
 
 #include <memory>
 
-#include <QFile>
-
 #include "core/application_folder.h"
 #include "core/globals.h"
 #include "core/startup.h"
@@ -54,14 +52,13 @@ public:
                    {{"pear", 3}, {"apple", 1}, {"cherry", 2}});
         makeTable("C:\\data\\shop.mdb", kAccess, "Orders", {{"Number", FieldType::Long}});
     }
-    /// A protected Access file of the corpus; false when the corpus is not there.
-    bool bringLockedFile()
+    /// locked.mdb with a table Secrets, opened by the password "Geheim97".
+    void makeLockedFile()
     {
-        const QString file = qEnvironmentVariable("VELNOR_CORPUS") + "/jet/own-jet3-password.mdb";
-        if (!QFile::exists(file))
-            return false;
-        sandbox.copyIn(file.toStdString(), "C:\\data\\locked.mdb");
-        return true;
+        makeAccessFile("C:\\data\\locked.mdb", "Geheim97");
+        makeTable("C:\\data\\locked.mdb", ";pwd=Geheim97", "Secrets",
+                  {{"Name", FieldType::Text, 20}});
+        appendRows("C:\\data\\locked.mdb", ";pwd=Geheim97", "Secrets", {{"Ada"}});
     }
 
     Sandbox sandbox;
