@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include "access/engine.h"
 #include "copy/field_list.h"
 
 namespace velnor {
@@ -24,6 +25,9 @@ struct CopySide {
     {
         return FileType == "MDB" || FileType == "XLS" || FileType == "WK4";
     }
+    /// Opens the record source and lists its fields. What fails is an EngineError; the fields as
+    /// far as they came stay.
+    void readFields(Workspace& workspace);
 };
 
 }  // namespace velnor

@@ -178,13 +178,13 @@ void CopyTab::loadFields(int index)
     if (const int dot = text::instrRev(s.Record, "."); s.inFolder() && dot > 0)
         s.Record = text::left(s.Record, dot - 1);
     const WaitPointer wait;
-    Database database =
-        workspace().OpenDatabase(s.Database.toStdString(), false, true, s.Connect.toStdString());
-    Recordset records = database.OpenRecordset(s.Record.toStdString(), RecordsetType::Table);
-    for (const Field& field : records.Fields())
-        s.Fields.add(QString::fromStdString(field.Name()), text::narrow16(field.Type()),
-                     field.Size());
-    database.Close();
+    const Outcome read = attempt([&] { s.readFields(workspace()); });
+    if (read.number != static_cast<int>(EngineErrorNumber::UnexpectedFormat) ||
+        s.Connect != "dBASE 5.0;")
+        return;
+    // A table of FoxPro that dBASE refuses.
+    s.Connect = "FoxPro 3.0;";
+    attempt([&] { s.readFields(workspace()); });
 }
 
 void CopyTab::CMBRECORD_Click(int index)

@@ -164,10 +164,43 @@ private slots:
                  (QList<QStringList>{{"Ann", "30", "0"}, {"Bob", "41.5", "0"}}));
     }
 
+    void aFullSheet_goesOnInAFurtherOne_andTheStatusNamesIt()
+    {
+        givePeople();
+        makeAlmostFullSheet("C:\\list.wk4");
+        openFrom("C:\\PEOPLE.DBF");
+        openTo("C:\\list.wk4");
+        tab_->SelectAllBtn->click();
+        const QSignalSpy status(tab_.get(), &CopyTab::statusText);
+        prompt_->expectQuestion("Do you want to Append - PEOPLE.DBF Records to " +
+                                    tab_->CMBRECORD[1]->currentText(),
+                                true);
+        tab_->CopyBtn->click();
+        QCOMPARE(tab_->Label3[2]->text(), "Copy Successful");
+        QCOMPARE(status.last()[0].toString(),
+                 "Copy successful: 2 records appended. The sheet was full; records went on in "
+                 "List_2.");
+        QCOMPARE(readRows("C:\\list.wk4", kLotus, "List_2:"), QList<QStringList>{{"Bob"}});
+    }
+
+    void aTableOfFoxPro_isCopied()  // dBASE refuses it
+    {
+        makeTable("C:", kFoxPro, "FOX", {{"NAME", FieldType::Text, 20}});
+        appendRows("C:", kFoxPro, "FOX", {{"vixen"}});
+        openFrom("C:\\FOX.DBF");
+        openTo("C:\\FRIENDS.DBF");
+        QCOMPARE(tab_->List3[0]->lines(), QStringList{"NAME - Text - 20"});
+        matchByHand(0, 1);
+        prompt_->expectQuestion("Do you want to Append - FOX.DBF Records to FRIENDS.DBF", true);
+        prompt_->expectQuestion("Do you want to Copy NAME to NAME", true);
+        tab_->CopyBtn->click();
+        QCOMPARE(tab_->Label3[2]->text(), "Copy Successful");
+        QCOMPARE(readRows("C:", kDBase, "FRIENDS"), (QList<QStringList>{{"", "vixen"}}));
+    }
+
     void protectedTarget_isOpenedWithItsPassword()
     {
-        if (!bringLocked("own-jet3-password.mdb", "C:\\locked.mdb"))
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        makeLocked("C:\\locked.mdb", "Geheim97");
         prompt_->expectDialog("Login", [](QDialog& dialog) {
             dialog.findChild<QLineEdit*>("txtPassword")->setText("Geheim97");
             dialog.findChild<QPushButton*>("OKBtn")->click();
@@ -176,7 +209,7 @@ private slots:
         openTo("C:\\locked.mdb");
         QCOMPARE(tab_->To.Connect, ";pwd=Geheim97");
         QCOMPARE(tab_->To.Password, "Geheim97");
-        QCOMPARE(tab_->CMBRECORD[1]->count(), 3);
+        QCOMPARE(tab_->CMBRECORD[1]->count(), 1);
         QVERIFY(tab_->List3[1]->count() > 0);
     }
 
@@ -216,8 +249,7 @@ private slots:
 
     void cancelledLogin_leavesTheSideEmpty()
     {
-        if (!bringLocked("own-jet3-password.mdb", "C:\\locked.mdb"))
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        makeLocked("C:\\locked.mdb", "Geheim97");
         const auto cancel = [](QDialog& dialog) {
             dialog.findChild<QPushButton*>("CancelBtn")->click();
             return dialog.result();
@@ -234,9 +266,8 @@ private slots:
     /// one is asked for as well, and each side keeps its own.
     void twoFilesWithDifferentPasswords_areBothAskedFor()
     {
-        if (!bringLocked("own-jet3-password.mdb", "C:\\first.mdb") ||
-            !bringLocked("andipaetzold-V2003_with-password.mdb", "C:\\second.mdb"))
-            QSKIP("the corpus of real files (VELNOR_CORPUS) is not here");
+        makeLocked("C:\\first.mdb", "Geheim97");
+        makeLocked("C:\\second.mdb", "password");
         const auto give = [this](const QString& password) {
             prompt_->expectDialog("Login", [password](QDialog& dialog) {
                 dialog.findChild<QLineEdit*>("txtPassword")->setText(password);
@@ -257,6 +288,19 @@ private slots:
     }
 
 private:
+    static constexpr const char* kLotus = "Lotus WK4;";
+
+    /// A sheet List with room for one record more.
+    static void makeAlmostFullSheet(const QString& file)
+    {
+        Workspace workspace(*host().files);
+        workspace.CreateDatabase(file.toStdString(), std::string(kGeneralLocale) + kLotus).Close();
+        makeTable(file, kLotus, "List", {{"NAME", FieldType::Text, 20}});
+        QList<QVariantList> rows;
+        for (int row = 2; row < 8192; ++row)  // under the line of names
+            rows << QVariantList{"x"};
+        appendRows(file, kLotus, "List:", rows);
+    }
     void answerAppend(const QString& target = "FRIENDS.DBF")
     {
         prompt_->expectQuestion("Do you want to Append - PEOPLE.DBF Records to " + target, true);
