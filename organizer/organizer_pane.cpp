@@ -48,7 +48,6 @@ OrganizerPane::OrganizerPane(QWidget* parent) : QWidget(parent)
     SSTree1->setFrameShape(QFrame::NoFrame);
     SSTree1->setExpandsOnDoubleClick(false);  // a double click opens what the node stands for
     SSTree1->setMinimumWidth(140);
-    SSTree1->setEmptyText(tr("Nothing is filed in this view."));
     column->addWidget(SSTree1);
     setFocusProxy(SSTree1);
     buildActions();
@@ -105,6 +104,9 @@ void OrganizerPane::setView(const QString& view)
 
 void OrganizerPane::rebuild()
 {
+    SSTree1->setEmptyText(ORG_VIEW == u"L" ? tr("No copy has been logged. The options for search "
+                                                "and databases switch the log on.")
+                                           : tr("Nothing is filed in this view."));
     const Outcome done = attempt([this] {
         if (ORG_VIEW == u"L") {
             const WaitPointer wait;
@@ -167,9 +169,22 @@ void OrganizerPane::addSelectedFile()
 {
     const QString path = globals().SELECTED_FILE;
     if (path.isEmpty())
-        return;
-    if (AddDatabaseTree(nameOfPath(path), path))
-        SSTree1->expandItem(SSTree1->node(globals().ORG_DATABASE));
+        return say(tr("No file is selected."));
+    fileAway(path);
+    if (QTreeWidgetItem* parent = SSTree1->node(globals().ORG_DATABASE))
+        SSTree1->expandItem(parent);
+}
+
+/// Files a path and says in the status bar what came of it: the rules of the tree are silent.
+void OrganizerPane::fileAway(const QString& path)
+{
+    const QString name = nameOfPath(path), database = globals().ORG_DATABASE;
+    if (AddDatabaseTree(name, path))
+        say(tr("%1 is filed under %2.").arg(name, database));
+    else if (SSTree1->node(database))
+        say(tr("%1 stands under %2 already.").arg(name, database));
+    else
+        say(tr("Choose a database in the organizer first."));
 }
 
 QString OrganizerPane::firstText() const
@@ -227,7 +242,7 @@ void OrganizerPane::deleted(QTreeWidgetItem& node)
 void OrganizerPane::dropped(const QStringList& paths, QTreeWidgetItem* under)
 {
     if (ORG_VIEW == u"L")
-        return;
+        return say(tr("The copy log takes no files. Choose another view of the organizer."));
     if (under)
         globals().ORG_GROUP = KeyedTree::nodeValue(*under);
     QStringList items = paths;
@@ -255,7 +270,7 @@ bool OrganizerPane::dropOne(const QString& path, QTreeWidgetItem* under)
         const QString key = KeyedTree::key(*under);
         globals().ORG_DATABASE = key.left(key.indexOf(u" - "_s));
     }
-    AddDatabaseTree(nameOfPath(path), path);
+    fileAway(path);
     return true;
 }
 

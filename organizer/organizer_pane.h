@@ -27,6 +27,8 @@ public:
     std::function<void()> EnableSelectMenus = [] {};
     std::function<void(const QString& title)> setTitle = [](const QString&) {};
     std::function<void(const QString& path)> open = [](const QString&) {};
+    /// What became of a file that was to be filed, for the status bar.
+    std::function<void(const QString& words)> say = [](const QString&) {};
     /// Fills the tree with the copy log.
     std::function<void(KeyedTree& tree)> ViewCopyLog = [](KeyedTree&) {};
     /// The pattern of the file list, for a folder that is dropped.
@@ -64,7 +66,7 @@ private:
     void dropped(const QStringList& paths, QTreeWidgetItem* under);
     bool dropOne(const QString& path, QTreeWidgetItem* under);
     void buildActions();
-    void addFileNode(const QString& parent, const QString& folderKey);
+    void fileAway(const QString& path);
 };
 
 }  // namespace velnor

@@ -3,6 +3,7 @@
 #include "core/date_text.h"
 #include "tests/core/error_of.h"
 #include "tests/organizer/organizer_fixture.h"
+#include "tests/support/refusing_files.h"
 
 using namespace velnor;
 using velnor::testing::errorOf;
@@ -119,6 +120,19 @@ private slots:
         QCOMPARE(fixture_->prompt.told.size(), 1);
         QVERIFY2(fixture_->prompt.told[0].startsWith("Error - 53 - "),
                  qPrintable(fixture_->prompt.told[0]));
+        QCOMPARE(fixture_->rows("DatabaseTable").size(), 0);
+    }
+
+    void aStoreWithoutACurrentRecordIsTold()
+    {
+        globals().ORG_DATABASE = "Database 1";
+        const QString path = fixture_->makeFile("C:\\data\\A.DBF");
+        velnor::testing::RefusingFiles refusing(fixture_->sandbox.files(),
+                                                EngineErrorNumber::NoCurrentRecord);
+        fixture_->sandbox.useFiles(&refusing);
+        QVERIFY(!AddtoDatabase("A.DBF", path));
+        fixture_->sandbox.useFiles(nullptr);
+        QCOMPARE(fixture_->prompt.told, QStringList{"No Current Record"});
         QCOMPARE(fixture_->rows("DatabaseTable").size(), 0);
     }
 

@@ -28,8 +28,10 @@ private slots:
         fixture_ = std::make_unique<OrganizerFixture>();
         pane_ = std::make_unique<OrganizerPane>();
         pane_->open = [this](const QString& path) { opened_ << path; };
+        pane_->say = [this](const QString& words) { said_ << words; };
         pane_->setTitle = [this](const QString& title) { title_ = title; };
         opened_.clear();
+        said_.clear();
         pane_->resize(300, 400);
         pane_->show();
         pane_->rebuild();
@@ -128,6 +130,33 @@ private slots:
         globals().SELECTED_FILE = file("A.DBF");
         pane_->addSelectedFile();
         QCOMPARE(fixture_->rows("DatabaseTable").size(), 1);
+        QCOMPARE(said_, QStringList{"A.DBF is filed under Database 1."});
+    }
+
+    void aFileThatCannotBeFiledIsSaidInTheStatusBar()  // the tree itself says nothing
+    {
+        pane_->addSelectedFile();
+        globals().SELECTED_FILE = file("A.DBF");
+        globals().ORG_DATABASE = pane_->firstText();  // as at the start: no node has this key
+        pane_->addSelectedFile();
+        click("Database 1");
+        pane_->addSelectedFile();
+        pane_->addSelectedFile();
+        QCOMPARE(said_,
+                 (QStringList{"No file is selected.", "Choose a database in the organizer first.",
+                              "A.DBF is filed under Database 1.",
+                              "A.DBF stands under Database 1 already."}));
+        QVERIFY(fixture_->prompt.told.isEmpty());
+    }
+
+    void theCopyLogTakesNoFiles()
+    {
+        pane_->ViewCopyLog = [](KeyedTree& tree) { tree.clearNodes(); };
+        pane_->setView("L");
+        drop({file("A.DBF")}, {});
+        QCOMPARE(said_, QStringList{"The copy log takes no files. Choose another view of the "
+                                    "organizer."});
+        QCOMPARE(fixture_->rows("DatabaseTable").size(), 0);
     }
 
     void filesHangUnderTheirFolderWhenTheOptionIsOn()
@@ -330,7 +359,7 @@ private:
 
     std::unique_ptr<OrganizerFixture> fixture_;
     std::unique_ptr<OrganizerPane> pane_;
-    QStringList opened_;
+    QStringList opened_, said_;
     QString title_;
 };
 
