@@ -1,11 +1,14 @@
 #include "windows/databases_tab.h"
 
+#include <utility>
+
 #include <QAction>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QListView>
+#include <QScopedValueRollback>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTreeView>
@@ -67,6 +70,8 @@ DatabasesTab::DatabasesTab(QWidget* parent) : MainTab(parent)
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(panes);
 
+    connect(files_, &FileListModel::arranging, this,
+            [this] { kept_ = files_->path(PTxShList1->currentIndex()); });
     connect(files_, &FileListModel::filled, this, &DatabasesTab::filled);
     setListView(globals().FILE_LIST_VIEW);
     const Outcome filtered = attempt([this] { SetFilterButton(kAllDataFilter); });
@@ -213,6 +218,7 @@ QWidget* DatabasesTab::buildOrganizer()
         return fileKindIcon(QString::fromStdString(std::string(paths::extension(name))).toUpper(),
                             false);
     };
+    organizer->say = [this](const QString& words) { emit statusText(words); };
     organizer->filePattern = [this] { return files_->pattern(); };
     heading->setBuddy(organizer->SSTree1);
     box->layout()->addWidget(organizer);
@@ -235,8 +241,14 @@ void DatabasesTab::entered()
         refresh();
 }
 
+/// The folder in front and those beside it are read again, and so are its files.
 void DatabasesTab::refresh()
 {
+    const QScopedValueRollback following(following_, true);
+    const QPersistentModelIndex here = PTxShTree1->currentIndex();
+    folders_->refresh(here.parent());
+    if (here.isValid())
+        folders_->refresh(here);
     files_->refresh();
 }
 
@@ -316,6 +328,7 @@ void DatabasesTab::filled()
                 tr(", %1 more not shown by the filter").arg(text::thousands(files_->hiddenFiles()));
     }
     count_->setText(count);
+    keepCurrent();
     if (!waiting_.isEmpty() && !files_->loading()) {
         const QModelIndex at = files_->indexOf(waiting_);
         waiting_.clear();
@@ -324,6 +337,19 @@ void DatabasesTab::filled()
             view()->scrollTo(at);
         }
     }
+}
+
+/// Sorting and reading again leave people where they were. Nobody chose it anew: the file in hand
+/// may be another by now.
+void DatabasesTab::keepCurrent()
+{
+    const QString kept = std::exchange(kept_, {});
+    const QModelIndex at = kept.isEmpty() ? QModelIndex() : files_->indexOf(kept);
+    if (!at.isValid())
+        return;
+    const QScopedValueRollback keeping(keeping_, true);
+    PTxShList1->setCurrentIndex(at);
+    view()->scrollTo(at);
 }
 
 void DatabasesTab::treeFolderChosen(const QModelIndex& index)
@@ -374,6 +400,8 @@ void DatabasesTab::collapseTree()
 void DatabasesTab::fileChosen(const QModelIndex& index)
 {
     auto& G = globals();
+    if (keeping_)
+        return;
     if (!index.isValid() || files_->isFolder(index)) {
         if (index.isValid()) {
             G.SELECTED_FILE.clear();

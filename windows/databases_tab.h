@@ -28,10 +28,10 @@ public:
     explicit DatabasesTab(QWidget* parent = nullptr);
 
     // Controls.
-    QTreeView* PTxShTree1;   // folders
-    QTreeView* PTxShList1;   // files, with details
-    QListView* fileIcons;    // the same files as icons or names
-    QComboBox* filterCombo;  // the nine filters
+    QTreeView* PTxShTree1;     // folders
+    QTreeView* PTxShList1;     // files, with details
+    QListView* fileIcons;      // the same files as icons or names
+    QComboBox* filterCombo;    // the nine filters
     OrganizerPane* organizer;  // holds SSTree1
 
     /// What to switch when a file was selected, or none.
@@ -72,6 +72,7 @@ private:
     void fileChosen(const QModelIndex& index);
     void fileOpened(const QModelIndex& index);
     void filled();
+    void keepCurrent();
     QAbstractItemView* view() const;
 
     FolderTreeModel* folders_;
@@ -81,6 +82,8 @@ private:
     QLabel* count_;
     QLabel* emptyText_;
     QString waiting_;  // selected as soon as its folder has been read
+    QString kept_;     // current before the rows were put in a new order, and again after it
+    bool keeping_ = false;
     bool following_ = false;
     bool wantsFocus_ = false;
 };

@@ -110,6 +110,7 @@ bool FileListModel::passes(const FileInfo& file) const
 
 void FileListModel::arrange()
 {
+    emit arranging();
     beginResetModel();
     shown_.clear();
     shownFiles_ = hiddenFiles_ = 0;

@@ -57,6 +57,8 @@ public:
     Qt::DropActions supportedDragActions() const override { return Qt::CopyAction; }
 
 signals:
+    /// The rows are about to be put in a new order: what is current is asked for now.
+    void arranging();
     /// The folder has been read, or could not be.
     void filled();
 

@@ -1,10 +1,12 @@
 #include "windows/folder_tree_model.h"
 
 #include <algorithm>
+#include <optional>
 
 #include <QDir>
 
 #include "core/attempt.h"
+#include "core/wait_pointer.h"
 #include "platform/host.h"
 #include "platform/paths.h"
 
@@ -23,14 +25,30 @@ struct FolderTreeModel::Node {
 
     Node* add(const QString& newName, const QString& newFolder, const QString& newIcon)
     {
+        return insert(below.size(), newName, newFolder, newIcon);
+    }
+    Node* insert(std::size_t at, const QString& newName, const QString& newFolder,
+                 const QString& newIcon)
+    {
         auto node = std::make_unique<Node>();
         node->name = newName;
         node->folder = newFolder;
         node->icon = newIcon;
         node->above = this;
-        node->row = static_cast<int>(below.size());
-        below.push_back(std::move(node));
-        return below.back().get();
+        const auto made =
+            below.insert(below.begin() + static_cast<std::ptrdiff_t>(at), std::move(node));
+        number(at);
+        return made->get();
+    }
+    void remove(std::size_t at)
+    {
+        below.erase(below.begin() + static_cast<std::ptrdiff_t>(at));
+        number(at);
+    }
+    void number(std::size_t from)
+    {
+        for (; from < below.size(); ++from)
+            below[from]->row = static_cast<int>(from);
     }
 };
 
@@ -42,15 +60,19 @@ bool isRoot(const std::string& prefix)
     return prefix.size() == 2 || prefix.starts_with("\\\\");
 }
 
-std::vector<QString> foldersOf(const QString& folder)
+/// In the order of their names; nothing when the folder cannot be read.
+std::optional<std::vector<QString>> foldersOf(const QString& folder)
 {
+    const WaitPointer wait;
     std::vector<std::pair<std::string, QString>> found;
-    attempt([&] {
+    const Outcome listed = attempt([&] {
         const QString asked = folder.endsWith(u':') ? folder + u'\\' : folder;
         for (const FileInfo& each : host().files->list(asked.toStdString()))
             if (each.folder && !each.hidden)
                 found.emplace_back(paths::foldName(each.name), QString::fromStdString(each.name));
     });
+    if (!listed)
+        return std::nullopt;
     std::sort(found.begin(), found.end());
     std::vector<QString> names;
     for (auto& each : found)
@@ -103,14 +125,26 @@ QString FolderTreeModel::folder(const QModelIndex& index) const
     return index.isValid() ? nodeOf(index)->folder : QString();
 }
 
-QModelIndex FolderTreeModel::childNamed(const QModelIndex& parent, const QString& name)
+QModelIndex FolderTreeModel::knownChild(const QModelIndex& parent, const QString& name) const
 {
-    if (canFetchMore(parent))
-        fetchMore(parent);
     for (const auto& each : nodeOf(parent)->below)
         if (same(each->name, name))
             return indexOfNode(each.get());
     return {};
+}
+
+/// A folder that was made since its parent was read is found, too.
+QModelIndex FolderTreeModel::childNamed(const QModelIndex& parent, const QString& name)
+{
+    const bool fresh = canFetchMore(parent);
+    if (fresh)
+        fetchMore(parent);
+    QModelIndex child = knownChild(parent, name);
+    if (!child.isValid() && !fresh) {
+        refresh(parent);
+        child = knownChild(parent, name);
+    }
+    return child;
 }
 
 QModelIndex FolderTreeModel::indexOf(const QString& folder)
@@ -134,17 +168,27 @@ QModelIndex FolderTreeModel::indexOf(const QString& folder)
     return at;
 }
 
-void FolderTreeModel::forget(const QModelIndex& index)
+void FolderTreeModel::refresh(const QModelIndex& index)
 {
     Node* node = nodeOf(index);
     if (node->folder.isEmpty() || !node->read)
         return;
-    if (!node->below.empty()) {
-        beginRemoveRows(index, 0, static_cast<int>(node->below.size()) - 1);
-        node->below.clear();
-        endRemoveRows();
-    }
-    node->read = false;
+    const auto now = foldersOf(node->folder);
+    if (!now)
+        return;
+    for (std::size_t i = node->below.size(); i-- > 0;)
+        if (std::find(now->begin(), now->end(), node->below[i]->name) == now->end()) {
+            beginRemoveRows(index, static_cast<int>(i), static_cast<int>(i));
+            node->remove(i);
+            endRemoveRows();
+        }
+    for (std::size_t i = 0; i < now->size(); ++i)
+        if (const QString& name = (*now)[i];
+            i == node->below.size() || node->below[i]->name != name) {
+            beginInsertRows(index, static_cast<int>(i), static_cast<int>(i));
+            node->insert(i, name, node->folder + u'\\' + name, u"folder"_s);
+            endInsertRows();
+        }
 }
 
 QModelIndex FolderTreeModel::index(int row, int column, const QModelIndex& parent) const
@@ -187,7 +231,7 @@ void FolderTreeModel::fetchMore(const QModelIndex& parent)
     if (node->read)
         return;
     node->read = true;
-    const auto names = foldersOf(node->folder);
+    const auto names = foldersOf(node->folder).value_or(std::vector<QString>());
     if (names.empty()) {
         emit dataChanged(parent, parent);  // its arrow goes
         return;

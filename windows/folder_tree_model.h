@@ -20,8 +20,9 @@ public:
     QString folder(const QModelIndex& index) const;
     /// The row of a folder, read down to it; nothing when there is no such folder.
     QModelIndex indexOf(const QString& folder);
-    /// Forgets what was read below a row, so that it is read again.
-    void forget(const QModelIndex& index);
+    /// Reads the folders below a row again: new ones appear, those that are gone go, and the others
+    /// stay as they are. A folder that cannot be read keeps what it had.
+    void refresh(const QModelIndex& index);
 
     QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     QModelIndex parent(const QModelIndex& child) const override;
@@ -37,6 +38,7 @@ private:
     Node* nodeOf(const QModelIndex& index) const;
     QModelIndex indexOfNode(const Node* node) const;
     QModelIndex childNamed(const QModelIndex& parent, const QString& name);
+    QModelIndex knownChild(const QModelIndex& parent, const QString& name) const;
 
     std::unique_ptr<Node> root_;
 };

@@ -31,8 +31,32 @@ private slots:
         QAbstractItemModelTester tester(model_.get(),
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
         QVERIFY(model_->indexOf("C:\\data\\inner").isValid());
-        model_->forget(model_->indexOf("C:\\data"));
-        QVERIFY(model_->indexOf("C:\\data\\inner").isValid());
+        sandbox_->makeFolders("C:\\data\\a first");
+        sandbox_->files().removeFolder("C:\\data\\inner");
+        model_->refresh(model_->indexOf("C:\\data"));
+        QVERIFY(!model_->indexOf("C:\\data\\inner").isValid());
+    }
+
+    void readAgain_newFoldersCome_andThoseThatAreGoneGo()
+    {
+        const QModelIndex drive = model_->indexOf("C:");
+        model_->fetchMore(drive);
+        const QPersistentModelIndex zoo = model_->indexOf("C:\\Zoo");
+        sandbox_->makeFolders("C:\\middle");
+        sandbox_->files().removeFolder("C:\\data\\inner");
+        sandbox_->files().removeFolder("C:\\data");
+        model_->refresh(drive);
+        QCOMPARE(model_->rowCount(drive), 2);
+        QCOMPARE(model_->index(0, 0, drive).data().toString(), "middle");
+        QCOMPARE(zoo.row(), 1);  // it stays the same row, open or not
+        QCOMPARE(model_->parent(model_->index(0, 0, drive)), drive);
+    }
+
+    void aFolderMadeSinceThen_isFound()
+    {
+        QVERIFY(!model_->indexOf("C:\\data\\late").isValid());
+        sandbox_->makeFolders("C:\\data\\late");
+        QCOMPARE(model_->folder(model_->indexOf("C:\\data\\late")), "C:\\data\\late");
     }
 
     void aFolder_isReadWhenItIsOpened()

@@ -174,6 +174,28 @@ private slots:
         QCOMPARE(fileNames(), (QStringList{"big.txt", "small.txt"}));
     }
 
+    void sortingAndReadingAgain_leaveTheFileSelected()
+    {
+        fixture_->sandbox.write("C:\\data\\big.txt", std::string(5000, 'x'));
+        fixture_->sandbox.write("C:\\data\\small.txt", "x");
+        window_->show();
+        DatabasesTab& tab = window_->databases();
+        tab.SetFilterButton(6);
+        tab.goToFolder("C:\\data");
+        QTRY_VERIFY(!tab.files().loading());
+        tab.PTxShList1->setCurrentIndex(tab.files().indexOf("C:\\data\\big.txt"));
+        globals().SELECTED_FILE = "C:\\data\\another.dbf";  // chosen elsewhere since
+        clickHeader(FileListModel::Size);
+        QCOMPARE(currentFile(), "big.txt");
+        fixture_->sandbox.write("C:\\data\\a late one.txt", "x");
+        tab.refresh();
+        QTRY_COMPARE(fileNames().size(), 3);
+        QCOMPARE(currentFile(), "big.txt");
+        tab.SetFilterButton(7);
+        QCOMPARE(currentFile(), "big.txt");
+        QCOMPARE(globals().SELECTED_FILE, "C:\\data\\another.dbf");
+    }
+
     void F5_readsTheFolderAgain()
     {
         window_->show();
@@ -284,6 +306,10 @@ private:
         for (int row = 0; row < files.rowCount(); ++row)
             names << files.index(row, FileListModel::Name).data().toString();
         return names;
+    }
+    QString currentFile()
+    {
+        return window_->databases().PTxShList1->currentIndex().siblingAtColumn(0).data().toString();
     }
     void clickHeader(int column)
     {
