@@ -36,8 +36,27 @@ make_data() {
 # shellcheck source=screen.sh
 . "$(dirname "$0")/screen.sh"
 
+# Places in the main window are those of a scale of 1.
+scale=1
+at() { echo $(($1 * scale)); }
+
+# organizer_views MAIN: the file in hand is filed, and each view shows it.
+organizer_views() {
+    local view
+    front "$1"
+    key ctrl+1
+    click "$1" "$(at 1010)" "$(at 116)"
+    key alt+o a
+    shot organizer
+    for view in g d z l; do
+        key alt+v "$view"
+        shot "organizer-$view"
+    done
+    key alt+v n
+}
+
 tour() {
-    local data="$home/Data" main shell login
+    local data="$home/Data" main shell login tab
     cd "$data"
     start_program
     cd /
@@ -54,6 +73,14 @@ tour() {
     key Escape
     key s
     shot main-selected
+    key shift+F10
+    shot main-context
+    key Escape
+    organizer_views "$main"
+    for tab in 2 4 5 6; do
+        key "ctrl+$tab"
+        shot "tab-$tab"
+    done
 
     key ctrl+3
     shot copy-empty
@@ -89,6 +116,19 @@ tour() {
     shot browser
     key End
     shot browser-end
+    key ctrl+f
+    xdotool type --delay 15 'nowhere at all'
+    key Return
+    settle 3
+    shot browser-find
+    key Escape
+    key alt+v c
+    wait_window '^Velnor 3.0 - The Database File Copier$' >/dev/null
+    shot message
+    key Return
+    key shift+F10
+    shot browser-context
+    key Escape
     front "$main"
     key ctrl+o
     choose_file 'Select File to Open' "$data/CUSTOMER.DBF"
@@ -143,6 +183,10 @@ tour() {
     key alt+u
     key o
     shot options-general
+    for tab in 3 4; do
+        click "$main" "$(at 60)" "$(at $((73 + 18 * tab)))"
+        shot "options-$tab"
+    done
     key alt+h
     key a
     wait_window 'About Velnor' >/dev/null
@@ -174,6 +218,6 @@ run_screen() {
 for screen in ${SCREENS:-small large}; do
     case $screen in
     small) run_screen small "${FIRST_SCREEN:-91}" 1280x800 ;;
-    large) QT_SCALE_FACTOR=2 run_screen large "${FIRST_SCREEN:-91}" 2560x1600 ;;
+    large) scale=2 QT_SCALE_FACTOR=2 run_screen large "${FIRST_SCREEN:-91}" 2560x1600 ;;
     esac
 done

@@ -36,12 +36,8 @@ public:
         ++questions;
         if (random_() % 4 == 0)
             return std::nullopt;
-        if (question.save)  // a copy keeps its kind: what is checked in the end is by extension
-            return QStringList{
-                QStringLiteral("C:\\data\\new%1.%2")
-                    .arg(random_() % 5)
-                    .arg(question.defaultExtension.isEmpty() ? QStringLiteral("mdb")
-                                                             : question.defaultExtension)};
+        if (question.save)
+            return QStringList{newName(question)};
         return QStringList{files_[static_cast<qsizetype>(random_()) % files_.size()]};
     }
     int run(QDialog& dialog) override
@@ -55,6 +51,18 @@ public:
     }
 
 private:
+    /// A copy keeps its kind: what is checked in the end is by extension. It may go over a file
+    /// that stands there, also one that is open, or over itself.
+    QString newName(const FileQuestion& question)
+    {
+        const QString extension =
+            question.defaultExtension.isEmpty() ? QStringLiteral("mdb") : question.defaultExtension;
+        const QString& standing = files_[static_cast<qsizetype>(random_()) % files_.size()];
+        if (standing.endsWith(u'.' + extension, Qt::CaseInsensitive))
+            return standing;
+        return QStringLiteral("C:\\data\\new%1.%2").arg(random_() % 5).arg(extension);
+    }
+
     std::mt19937& random_;
     QStringList files_;
 };
