@@ -129,7 +129,9 @@ bool UsageMap::contains(std::uint32_t page)
 {
     const Record record = open();
     if (!record.reference) {
-        if (page < record.start || (page - record.start) / 8 >= record.bitmap.size())
+        if (page < record.start)
+            return false;
+        if ((page - record.start) / 8 >= record.bitmap.size())
             return free_;
         return bitAt(record.bitmap, page - record.start);
     }
@@ -193,9 +195,10 @@ void UsageMap::set(std::uint32_t page, bool on)
     Record record = open();
     if (record.reference)
         return setReference(record, page, on);
-    const bool reached = page >= record.start && (page - record.start) / 8 < record.bitmap.size();
+    const bool before = page < record.start;
+    const bool reached = !before && (page - record.start) / 8 < record.bitmap.size();
     if (!reached) {
-        if (on == free_)
+        if (on == (free_ && !before))
             return;  // outside the bitmap it is so already
         if (!makeRoom(record, page)) {
             convert(record);
@@ -250,7 +253,8 @@ PageNumber UsageMap::layMapPage()
     return number;
 }
 
-/// Rewrites an inline record as a reference map; the bits move to map pages.
+/// Rewrites an inline record as a reference map; the bits move to map pages. What lay before its
+/// start was not in it, and is not now.
 void UsageMap::convert(Record& record)
 {
     const JetFormat& f = space_.format();
@@ -269,6 +273,8 @@ void UsageMap::convert(Record& record)
     for (std::uint32_t bit = 0; bit < bitmap.size() * 8; ++bit)
         if (bitAt(bitmap, bit) != free_)
             setReference(record, start + bit, !free_);
+    for (std::uint32_t page = 0; free_ && page < start; ++page)
+        setReference(record, page, false);
 }
 
 void UsageMap::setReference(Record& record, std::uint32_t page, bool on)

@@ -18,7 +18,9 @@ class UsageMap final : public PageMap {
 public:
     enum class Kind {
         Listed,  ///< pages that something owns: what the map does not reach is not in it
-        Free,    ///< the map of free pages: what it does not reach is free
+        /// The map of free pages: what lies behind its reach is free. What lies before its start is
+        /// not: some programs move the start on, past pages in use.
+        Free,
     };
     UsageMap(PageSpace& space, RowPointer record, Kind kind = Kind::Listed)
         : space_(space), record_(record), free_(kind == Kind::Free)

@@ -28,6 +28,21 @@ protected:
         file_ = std::make_unique<jet::JetFile>(files_, writing());
     }
     UsageMap newMap() { return UsageMap(*file_, jet::MapRecords(*file_).add()); }
+    /// What some programs do when the map of free pages gets too short: it begins at a later page.
+    void moveFreeMapTo(PageNumber start)
+    {
+        PageRef page = file_->page(1);
+        std::uint8_t* bytes = page.edit();
+        const auto row = *jet::DataPage(file_->format(), bytes).row(0);
+        std::uint8_t* record = bytes + (row.data() - bytes);
+        storeLE(record + 1, start);
+        for (std::size_t bit = 0; bit < (row.size() - 5) * 8; ++bit) {
+            const auto mask = static_cast<std::uint8_t>(1u << bit % 8);
+            std::uint8_t& byte = record[5 + bit / 8];
+            const bool free = start + bit >= file_->pageCount();
+            byte = static_cast<std::uint8_t>(free ? byte | mask : byte & ~mask);
+        }
+    }
 
     MemoryFileSystem files_;
     std::unique_ptr<jet::JetFile> file_;
@@ -90,6 +105,48 @@ TEST_P(Maps, noPageIsHandedOutTwiceHoweverManyThereAre)
         EXPECT_TRUE(file_->isFree(page));
         EXPECT_EQ(file_->allocate(), page);
     }
+}
+
+TEST_P(Maps, pagesBeforeTheStartOfTheFreeMapAreInUse_howeverFarItGrows)
+{
+    constexpr PageNumber kStart = 16;
+    const PageNumber pages = file_->pageCount();
+    moveFreeMapTo(kStart);
+    for (PageNumber page = 0; page < kStart; ++page)
+        EXPECT_FALSE(file_->isFree(page)) << page;
+    file_->commit();
+    file_.reset();
+    file_ = std::make_unique<jet::JetFile>(files_, writing());
+    std::set<PageNumber> taken;
+    for (int i = 0; i < 5000; ++i)
+        ASSERT_TRUE(taken.insert(file_->allocate()).second);
+    EXPECT_GE(*taken.begin(), pages);
+    EXPECT_FALSE(file_->freePages().mapPages().empty()) << "it has outgrown its record";
+    for (PageNumber page = 0; page < kStart; ++page)
+        EXPECT_FALSE(file_->isFree(page)) << page;
+}
+
+TEST_P(Maps, aPageBeforeTheStartOfTheFreeMapCanBeGivenBack)
+{
+    moveFreeMapTo(16);
+    file_->release(10, jet::page_type::kFreed);
+    EXPECT_TRUE(file_->isFree(10));
+    EXPECT_FALSE(file_->isFree(9));
+    EXPECT_FALSE(file_->isFree(11));
+    EXPECT_TRUE(file_->isFree(4000));
+    EXPECT_EQ(file_->allocate(), 10u);
+    EXPECT_GE(file_->allocate(), 16u);
+}
+
+TEST_P(Maps, aFileWhoseFreeMapStartsLaterIsSound)
+{
+    moveFreeMapTo(16);
+    file_->commit();
+    file_.reset();
+    const auto store = jet::JetDriver().open(files_, reading());
+    store->check({}, [](const Problem& problem) {
+        ADD_FAILURE() << problem.where << ": " << problem.text;
+    });
 }
 
 TEST_P(Maps, damagedRecordsAreErrors)
