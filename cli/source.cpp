@@ -118,6 +118,13 @@ std::vector<std::string> userTables(Database& database)
     return names;
 }
 
+bool isLink(Database& database, const std::string& table)
+{
+    Collection<TableDef>& tables = database.TableDefs();
+    return tables.contains(table) &&
+           (tables.Item(table).Attributes() & (kLinkedTableBit | kLinkedOdbcTableBit)) != 0;
+}
+
 std::string chosenTable(Database& database, const Source& source)
 {
     if (!source.table.empty()) {
@@ -128,9 +135,12 @@ std::string chosenTable(Database& database, const Source& source)
         return marked ? sheet : source.table;
     }
     const std::vector<std::string> names = userTables(database);
-    if (names.empty())
+    const auto own = std::find_if(names.begin(), names.end(), [&](const std::string& name) {
+        return !isLink(database, name);
+    });
+    if (own == names.end())
         throw EngineError(EngineErrorNumber::TableNotFound, "The file has no tables.");
-    return names.front();
+    return *own;
 }
 
 FromTo splitFromTo(const std::vector<std::string>& words)

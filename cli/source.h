@@ -54,7 +54,9 @@ Database openSource(Context& context, Source& source, bool readOnly);
 
 /// The tables that people see, without system tables.
 std::vector<std::string> userTables(Database& database);
-/// source.table, or the only (first) table of the file; 3078 when there is none.
+/// Whether a table is a link: its records are in another file.
+bool isLink(Database& database, const std::string& table);
+/// source.table, or the only (first) table of the file that is no link; 3078 when there is none.
 std::string chosenTable(Database& database, const Source& source);
 
 /// A file and perhaps a table behind it, twice: FROM [TABLE] TO [TABLE].

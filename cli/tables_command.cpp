@@ -18,6 +18,39 @@ constexpr std::array kOptions{
                "code page of the texts, such as 866, where the file does not say"},
 };
 
+/// What stands behind a name in a list: people should know why they cannot open a link.
+std::string linkText(Database& database, const std::string& table)
+{
+    if (!isLink(database, table))
+        return {};
+    return "link to " + database.TableDefs().Item(table).SourceTableName();
+}
+
+void appendNames(std::string& out, const std::vector<std::string>& names)
+{
+    out += "[";
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        out += i ? "," : "";
+        appendJsonString(out, names[i]);
+    }
+    out += "]";
+}
+
+void appendTablesJson(std::string& out, const std::vector<std::string>& names, Database& database)
+{
+    std::vector<std::string> links;
+    for (const std::string& name : names)
+        if (isLink(database, name))
+            links.push_back(name);
+    out += "{\"tables\":";
+    appendNames(out, names);
+    if (!links.empty()) {
+        out += ",\"links\":";
+        appendNames(out, links);
+    }
+    out += "}\n";
+}
+
 int runTables(Context& context, const Arguments& arguments)
 {
     arguments.expectPositional(1, 1);
@@ -28,17 +61,12 @@ int runTables(Context& context, const Arguments& arguments)
     Output output(context.files, "");
     std::string& out = output.buffer();
     if (arguments.has("--json"))
-        out += "{\"tables\":[";
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        if (arguments.has("--json")) {
-            out += i ? "," : "";
-            appendJsonString(out, names[i]);
-        } else {
-            out += names[i] + "\n";
+        appendTablesJson(out, names, database);
+    else
+        for (const std::string& name : names) {
+            const std::string link = linkText(database, name);
+            out += name + (link.empty() ? "" : "\t" + link) + "\n";
         }
-    }
-    if (arguments.has("--json"))
-        out += "]}\n";
     output.finish();
     return kDone;
 }
@@ -107,6 +135,7 @@ void appendTableJson(std::string& out, const TableLayout& table)
     out += "{\"name\":";
     appendJsonString(out, table.name);
     appendText(out, "description", table.description);
+    appendText(out, "linkTo", table.sourceTableName);
     if (!table.updatable)
         appendText(out, "readOnlyBecause", table.whyNotUpdatable);
     out += ",\"fields\":[";
@@ -122,9 +151,9 @@ void appendTableJson(std::string& out, const TableLayout& table)
     out += "]}";
 }
 
-void appendTableLines(std::string& out, const TableLayout& table)
+void appendTableLines(std::string& out, const TableLayout& table, const std::string& link)
 {
-    out += table.name + "\n";
+    out += table.name + (link.empty() ? "" : ", " + link) + "\n";
     for (const FieldDef& field : table.fields) {
         out += "  " + field.name + " - " + fieldTypeWord(field.type) + " - " +
                std::to_string(field.size);
@@ -160,7 +189,7 @@ int runSchema(Context& context, const Arguments& arguments)
             out += i ? ",\n" : "";
             appendTableJson(out, layout);
         } else {
-            appendTableLines(out, layout);
+            appendTableLines(out, layout, linkText(database, names[i]));
         }
     }
     out += json ? "]}\n" : "";
@@ -197,7 +226,8 @@ int runInfo(Context& context, const Arguments& arguments)
 
 const Command kTables{
     "tables", "FILE|FOLDER", "the tables of a file, or the DBF tables of a folder",
-    "",       kOptions,      runTables};
+    "Behind the name of a link, whose records are in another file, stand a tab and its table there.",
+    kOptions, runTables};
 const Command kSchema{"schema", "FILE [TABLE]", "fields and indexes of a table, or of all tables",
                       "",       kOptions,       runSchema};
 const Command kInfo{"info", "FILE",   "format, version, code page and other facts of a file",
