@@ -243,7 +243,9 @@ public:
     void attach(std::string_view name, const Database& other);
     struct QueryOptions {
         std::size_t memory = 64u << 20;   ///< bytes a statement may keep; beyond, temporary files
-        std::function<bool()> cancelled;  ///< asked at least five times a second; true ends it: 3059
+        /// Asked at least five times a second by statements, and while an index is made; true ends
+        /// it: 3059, and nothing is changed.
+        std::function<bool()> cancelled;
     };
     void queryOptions(QueryOptions options);
     std::vector<std::pair<std::string, std::string>> info(std::string_view table);

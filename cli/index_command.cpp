@@ -4,6 +4,7 @@
 #include "cli/command.h"
 #include "cli/field_words.h"
 #include "cli/new_table.h"
+#include "cli/output.h"
 #include "cli/result_json.h"
 #include "cli/source.h"
 
@@ -87,6 +88,9 @@ int run(Context& context, const Arguments& arguments)
     if (target.source.kind == FileKind::Xbase && !arguments.has("--as"))
         chooseDriver(context, target.source);
     Database database = openTarget(context, target);
+    Database::QueryOptions options;
+    options.cancelled = interrupted;
+    database.queryOptions(options);
     const std::string table = chosenTable(database, target.source);
     Collection<Index>& indexes = database.TableDefs().Item(table).Indexes();
     for (const std::string& name : arguments.values("--drop"))
@@ -106,7 +110,7 @@ const Command kIndex{
     "FILE [TABLE]",
     "adds an index to a table, or drops some",
     "The index is built from the records; with --unique it is refused when two have "
-    "one key.\nExample: velnor-cli index orders.dbf --add CITYNAME --field CITY "
+    "one key. Ctrl-C leaves the table as it was.\nExample: velnor-cli index orders.dbf --add CITYNAME --field CITY "
     "--field NAME",
     kOptions,
     run};

@@ -137,6 +137,32 @@ public:
     virtual void check(std::string_view table, const ProblemSink& report) = 0;
     /// Facts for people, in order: format and version, code page, sort order, page size, ...
     virtual std::vector<std::pair<std::string, std::string>> info(std::string_view table) = 0;
+
+    /// While one lives, the making of indexes asks now and then whether to stop: then it ends with
+    /// 3059, and everything is as before it. A format whose indexes are quick may not ask.
+    class Stoppable {
+    public:
+        Stoppable(Store& store, std::function<bool()> asked) : store_(store)
+        {
+            store_.stopAsked_ = std::move(asked);
+        }
+        ~Stoppable() { store_.stopAsked_ = nullptr; }
+        Stoppable(const Stoppable&) = delete;
+        Stoppable& operator=(const Stoppable&) = delete;
+
+    private:
+        Store& store_;
+    };
+
+protected:
+    void stopIfAsked() const
+    {
+        if (stopAsked_ && stopAsked_())
+            throw EngineError(EngineErrorNumber::Cancelled, "Stopped by the user.");
+    }
+
+private:
+    std::function<bool()> stopAsked_;
 };
 
 struct OpenRequest {

@@ -262,6 +262,7 @@ void TableDef::State::appendIndex(velnor::Index& index)
             throw EngineError(EngineErrorNumber::ItemExists,
                               "Table " + layout.name + " has a primary key already.");
     held->openStore().requireUnused(layout.name);
+    const Store::Stoppable stoppable(held->store(), held->runOptions().cancelled);
     held->store().addIndex(layout.name, def);
     read();
     index = itemNamed(layout.indexes, index);

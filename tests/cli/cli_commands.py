@@ -296,6 +296,28 @@ def test_control_c_stops_and_keeps_what_was_written(folder):
     assert len(records(cli("export", mdb, "T")[0])[1]) >= 320000
 
 
+def test_control_c_stops_a_new_index_and_leaves_the_file_as_it_was(folder):
+    dbf, mdb = sample(folder, 300000), os.path.join(folder, "t.mdb")
+    cli("convert", dbf, mdb, "--table", "T")
+    for path in (dbf, mdb):
+        before, stopped = open(path, "rb").read(), False
+        for wait in (0.3, 0.2, 0.15, 0.1, 0.07, 0.05, 0.03, 0.02, 0.01):
+            work = subprocess.Popen([CLI, "index", path, "--add", "BYNAME", "--field", "NAME"], stderr=subprocess.PIPE)
+            time.sleep(wait)
+            work.send_signal(signal.SIGINT)
+            _, err = work.communicate(timeout=60)
+            if work.returncode == 0:  # it was done before the signal came
+                cli("index", path, "--drop", "BYNAME")
+                before = open(path, "rb").read()
+            elif work.returncode == 1:
+                assert b"Error - 3059 - " in err, err
+                assert open(path, "rb").read() == before
+                stopped = True
+        assert stopped, path
+        assert not [n for n in os.listdir(folder) if n.lower().endswith(("-undo", "-sort", ".mdx"))], os.listdir(folder)
+        cli("check", path)
+
+
 def test_case_of_names_and_paths_does_not_matter(folder):
     sample(folder)
     assert len(records(cli("export", os.path.join(folder, "people.dbf"))[0])[1]) == 5

@@ -68,10 +68,12 @@ void TableChange::addIndex(const IndexDef& index)
 
 EntryRun TableChange::collectEntries(const RealIndex& real, const IndexPlan& plan)
 {
+    constexpr std::size_t kBetweenBreaths = 1024;
     EntryRun entries(file_);
     KeyBuilder keys = keyBuilder(file_, plan);
     std::vector<ValueView> values(plan.fields.size());
     PhysicalCursor cursor(table_);
+    std::size_t records = 0;
     for (bool on = cursor.first(); on; on = cursor.next()) {
         for (std::size_t i = 0; i < values.size(); ++i)
             values[i] = cursor.field(plan.fields[i]);
@@ -79,6 +81,8 @@ EntryRun TableChange::collectEntries(const RealIndex& real, const IndexPlan& pla
         requireKey(real, keys, entry_.name);
         if (takesKey(real, keys))
             entries.add(key, pointerOf(cursor.row()));
+        if (++records % kBetweenBreaths == 0)
+            file_.breathe();
     }
     return entries;
 }

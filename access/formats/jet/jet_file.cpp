@@ -174,7 +174,11 @@ void JetFile::spill()
 
 void JetFile::breathe()
 {
-    if (longChanges_ > 0 && set_->pendingBytes() > kMostPendingBytes)
+    if (longChanges_ == 0)
+        return;
+    if (look_)
+        look_();
+    if (set_->pendingBytes() > kMostPendingBytes)
         spill();
 }
 

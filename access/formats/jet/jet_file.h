@@ -5,6 +5,7 @@
 // records and long values, index leaves, index nodes, maps, table definitions, the header last.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -82,11 +83,21 @@ public:
     std::uint64_t committedBytes() const { return committedBytes_; }
     std::uint64_t generation() const { return set_->generation(); }
 
-    /// While one lives, whoever made it rolls back when anything fails.
+    /// While one lives, whoever made it rolls back when anything fails. `look` is called now and
+    /// then, and may end the change by throwing.
     class LongChange {
     public:
-        explicit LongChange(JetFile& file) : file_(file) { ++file_.longChanges_; }
-        ~LongChange() { --file_.longChanges_; }
+        explicit LongChange(JetFile& file, std::function<void()> look = {}) : file_(file)
+        {
+            ++file_.longChanges_;
+            if (look)
+                file_.look_ = std::move(look);
+        }
+        ~LongChange()
+        {
+            if (--file_.longChanges_ == 0)
+                file_.look_ = nullptr;
+        }
         LongChange(const LongChange&) = delete;
         LongChange& operator=(const LongChange&) = delete;
 
@@ -115,6 +126,7 @@ private:
     PageNumber firstFree_ = kFirstOwnPage;  // no free page lies before it
     std::uint64_t committedBytes_ = 0;
     int longChanges_ = 0;
+    std::function<void()> look_;
 };
 
 /// The ANSI code page of a language, where a file does not say its own.

@@ -112,7 +112,7 @@ template <class Change> void JetStore::changeStructure(Change change)
     needWriteable();
     commit();
     try {
-        const JetFile::LongChange longChange(file_);
+        const JetFile::LongChange longChange(file_, [this] { stopIfAsked(); });
         change(Structure(file_, catalog_, tablesByPage()));
         catalog_.saveCounts();
         file_.commit();

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -69,6 +70,13 @@ public:
     /// The mark of a dBASE field that is a key of the production index by itself.
     void markIndexedField(std::size_t field, bool indexed);
     void noteChange() { changed_ = true; }
+    /// Called now and then while an index is made, which ends by what it throws.
+    void onPause(std::function<void()> look) { look_ = std::move(look); }
+    void pause() const
+    {
+        if (look_)
+            look_();
+    }
 
     /// Records of the file, deleted ones included.
     std::uint32_t count() const { return count_; }
@@ -116,6 +124,7 @@ private:
     LiveCounts liveCounts_;
     bool changed_ = false;
     bool appended_ = false;
+    std::function<void()> look_;
 };
 
 }  // namespace velnor::xbase

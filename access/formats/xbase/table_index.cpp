@@ -289,6 +289,25 @@ private:
     bool liveHeld_ = false;  // known then: its record is not deleted
 };
 
+namespace {
+
+/// Hands entries on, with a pause now and then.
+class PausingSource final : public EntrySource {
+public:
+    PausingSource(EntrySource& all, const DbfTable& table) : all_(all), table_(table) {}
+    bool more(EntryList& into) override
+    {
+        table_.pause();
+        return all_.more(into);
+    }
+
+private:
+    EntrySource& all_;
+    const DbfTable& table_;
+};
+
+}  // namespace
+
 std::uint64_t TableIndex::build(bool tolerant)
 {
     constexpr std::uint32_t kAtOnce = 256;
@@ -298,13 +317,15 @@ std::uint64_t TableIndex::build(bool tolerant)
     std::array<std::uint8_t, kLongestKey> key;
     for (std::uint32_t first = 1; first <= table_.count(); first += kAtOnce) {
         const std::uint32_t now = std::min(kAtOnce, table_.count() - first + 1);
+        table_.pause();
         table_.readRecords(first, now, block);
         for (std::uint32_t i = 0; i < now; ++i)
             if (keys_->make(block.data() + std::size_t{i} * length, first + i, key.data()))
                 entries.add(key.data(), first + i);
     }
     FirstOfEqual firsts(*this, entries, tolerant);
-    entries_ = tree_.build(tag_.unique ? static_cast<EntrySource&>(firsts) : entries);
+    PausingSource all(tag_.unique ? static_cast<EntrySource&>(firsts) : entries, table_);
+    entries_ = tree_.build(all);
     verified_ = changed_ = true;
     return firsts.doubled();
 }

@@ -126,6 +126,11 @@ template <class Work> void XbaseStore::changeIndexes(std::string_view table, Wor
         throw EngineError(EngineErrorNumber::ReadOnly,
                           opened->path() + " cannot be written. " + why);
     opened->commit();
+    struct Pauses {
+        DbfTable& table;
+        ~Pauses() { table.onPause({}); }
+    } const pauses{*opened};
+    opened->onPause([this] { stopIfAsked(); });
     try {
         work(opened->indexes());
         opened->noteChange();
