@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <utility>
 
 #include "access/engine_error.h"
 #include "access/storage/page_file_state.h"
@@ -128,6 +129,7 @@ struct FileSet::State {
     std::vector<StoredFile*> stored;
     std::unique_ptr<UndoJournal> journal;  // stands while pages of no commit are on the disk
     std::vector<StoredFile*> kept;         // what it keeps, by its numbers
+    bool savepoint = false;
 
     PageFile& add(std::unique_ptr<PageFile> pageFile, StoredFile& file)
     {
@@ -302,7 +304,7 @@ template <class Work> void FileSet::State::orDropChanges(Work work)
 
 FileSet::FileSet(FileSystem& files, std::string_view mainPath, const PageFileOptions& options,
                  bool readOnly)
-    : state_(new State{files, std::string(mainPath), {0, readOnly, false}, options.undone, {}, {}, {}, {}})
+    : state_(new State{files, std::string(mainPath), {0, readOnly, false}, options.undone, {}, {}, {}, {}, false})
 {
     auto state = std::make_unique<PageFile::State>(state_->owner, state_->path, options,
                                                    openMain(files, mainPath, readOnly));
@@ -384,6 +386,32 @@ std::size_t FileSet::pendingBytes() const
     for (const StoredFile* file : state_->stored)
         bytes += file->pendingBytes();
     return bytes;
+}
+
+FileSet::Savepoint::Savepoint(FileSet& set)
+    : set_(std::exchange(set.state_->savepoint, true) ? nullptr : &set)
+{
+    if (set_)
+        for (StoredFile* file : set_->state_->stored)
+            file->beginSavepoint();
+}
+
+FileSet::Savepoint::~Savepoint()
+{
+    if (!set_)
+        return;
+    for (StoredFile* file : set_->state_->stored)
+        file->endSavepoint();
+    set_->state_->savepoint = false;
+}
+
+bool FileSet::Savepoint::goBack()
+{
+    bool changed = false;
+    if (set_)
+        for (StoredFile* file : set_->state_->stored)
+            changed |= file->goBack();
+    return changed;
 }
 
 std::uint64_t FileSet::generation() const

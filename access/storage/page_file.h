@@ -146,6 +146,22 @@ public:
     /// Grows by one with every change of any page: cursors compare it to know that a copy is stale.
     std::uint64_t generation() const;
 
+    /// For a change of many pages that may fail half way: goBack() makes pages and lengths again
+    /// what they were when this was made. There is nothing to go back to after a commit or a
+    /// rollback. Within another one it does nothing: the outer one goes back.
+    class Savepoint {
+    public:
+        explicit Savepoint(FileSet& set);
+        ~Savepoint();
+        Savepoint(const Savepoint&) = delete;
+        Savepoint& operator=(const Savepoint&) = delete;
+        /// False when no page was changed. Ends the savepoint.
+        bool goBack();
+
+    private:
+        FileSet* set_;  // null within another
+    };
+
 private:
     struct State;
     std::unique_ptr<State> state_;

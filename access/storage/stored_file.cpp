@@ -90,7 +90,7 @@ void StoredFile::edit(PageSlot& slot)
     if (slot.detached)
         throw EngineError(EngineErrorNumber::Corrupt,
                           path_ + " no longer has page " + std::to_string(slot.number));
-    cache_.markChanged(slot);
+    markChanged(slot);
 }
 
 std::size_t StoredFile::readAt(std::uint64_t offset, std::span<std::uint8_t> out)
@@ -170,7 +170,7 @@ void StoredFile::writeAt(std::uint64_t offset, std::span<const std::uint8_t> byt
         const std::size_t within = static_cast<std::size_t>(offset - startOf(number));
         const std::size_t count = std::min<std::size_t>(bytes.size(), pageSize_ - within);
         PageSlot& slot = pageToOverwrite(number, count == pageSize_);
-        cache_.markChanged(slot);
+        markChanged(slot);
         std::memcpy(slot.bytes.get() + within, bytes.data(), count);
         bytes = bytes.subspan(count);
         offset += count;
@@ -182,7 +182,7 @@ PageSlot& StoredFile::pageToOverwrite(std::uint32_t number, bool whole)
 {
     if (PageSlot* slot = cache_.find(number)) [[likely]]
         return *slot;
-    if (whole || startOf(number) >= valid_)
+    if ((whole && !before_) || startOf(number) >= valid_)
         return insertZeroed(number);
     return load(number);
 }
@@ -214,7 +214,7 @@ void StoredFile::grow(std::uint64_t bytes)
     if (options_.codec || valid_ < disk_) {
         auto number = static_cast<std::uint32_t>(pageOf(from));
         for (; startOf(number) < stale; ++number)
-            cache_.markChanged(pageToOverwrite(number, false));
+            markChanged(pageToOverwrite(number, false));
     }
     size_ = bytes;
 }
@@ -223,6 +223,9 @@ void StoredFile::shrink(std::uint64_t bytes)
 {
     const std::uint32_t before = pageCount();
     const auto kept = static_cast<std::uint32_t>(pageOf(bytes + pageSize_ - 1));
+    if (before_)
+        for (auto number = static_cast<std::uint32_t>(pageOf(bytes)); number < before; ++number)
+            keepBefore(page(number));
     cache_.dropFrom(kept, before);
     if (kept > 0) {
         const std::uint64_t within = bytes - startOf(kept - 1);
@@ -231,6 +234,41 @@ void StoredFile::shrink(std::uint64_t bytes)
     }
     valid_ = std::min(valid_, bytes);
     size_ = bytes;
+}
+
+void StoredFile::beginSavepoint()
+{
+    before_ = std::make_unique<Before>();
+    before_->size = size_;
+}
+
+void StoredFile::keepBefore(const PageSlot& slot)
+{
+    if (startOf(slot.number) >= before_->size)
+        return;  // it was not there
+    if (before_->pages.contains(slot.number))
+        return;
+    auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(pageSize_);
+    std::memcpy(bytes.get(), slot.bytes.get(), pageSize_);
+    before_->pages.emplace(slot.number, std::move(bytes));
+}
+
+bool StoredFile::goBack()
+{
+    const std::unique_ptr<Before> before = std::move(before_);
+    if (!before || (before->pages.empty() && size_ == before->size))
+        return false;
+    needWritable();
+    if (size_ > before->size)
+        shrink(before->size);
+    else if (size_ < before->size)
+        grow(before->size);
+    for (const auto& [number, bytes] : before->pages) {
+        PageSlot& slot = page(number);
+        cache_.markChanged(slot);
+        std::memcpy(slot.bytes.get(), bytes.get(), pageSize_);
+    }
+    return true;
 }
 
 void StoredFile::needWritable()
@@ -386,10 +424,12 @@ void StoredFile::changesAreSaved()
     early_ = false;
     kept_ = {};
     toBeMade_ = false;
+    before_.reset();
 }
 
 void StoredFile::rollback()
 {
+    before_.reset();
     const std::uint32_t pages = pageCount();
     const std::uint64_t shortened = valid_ < saved_ ? pageOf(valid_) : pages;
     size_ = valid_ = disk_ = saved_;

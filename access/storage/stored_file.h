@@ -12,6 +12,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "access/storage/page_cache.h"
@@ -87,7 +88,20 @@ public:
     /// in place.
     void rollback();
 
+    /// From here on the file keeps what its pages hold before they change, until the end of the
+    /// savepoint, the commit or the rollback.
+    void beginSavepoint();
+    /// Pages and length are again what they were at the beginning. False when they still are.
+    bool goBack();
+    void endSavepoint() { before_.reset(); }
+
 private:
+    /// What a savepoint goes back to.
+    struct Before {
+        std::uint64_t size = 0;
+        std::unordered_map<std::uint32_t, std::unique_ptr<std::uint8_t[]>> pages;
+    };
+
     std::uint64_t pageOf(std::uint64_t offset) const
     {
         return shift_ ? offset >> shift_ : offset / pageSize_;
@@ -109,6 +123,13 @@ private:
     void writeRun(std::span<PageSlot* const> run, std::vector<std::uint8_t>& buffer);
     bool kept(std::uint32_t number) const { return number < kept_.size() && kept_[number]; }
     void reread(PageSlot& slot);
+    void markChanged(PageSlot& slot)
+    {
+        if (before_) [[unlikely]]
+            keepBefore(slot);
+        cache_.markChanged(slot);
+    }
+    void keepBefore(const PageSlot& slot);
 
     FileOwner& owner_;
     std::string path_;
@@ -123,6 +144,7 @@ private:
     std::uint64_t size_;
     bool early_ = false;      // pages were written since the last commit
     std::vector<bool> kept_;  // pages of the last commit that the journal has
+    std::unique_ptr<Before> before_;  // while there is a savepoint
     PageCache cache_;
 };
 

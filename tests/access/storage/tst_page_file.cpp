@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <optional>
 #include <random>
 
 #include "tests/access/storage/storage_testing.h"
@@ -248,6 +249,81 @@ TEST_F(PageFileTest, aCodecMayComeAfterTheFirstPage)
     EXPECT_EQ(std::memcmp(set.main().read(1).data(), "abcd", 4), 0);
 }
 
+TEST_F(PageFileTest, aSavepointBringsBackPagesAndLength)
+{
+    put("abcdefghijklmnop");
+    FileSet set(files, kPath, pagesOf(4), false);
+    write(set.main(), 1, "B");
+    const PageRef held = set.main().read(0);
+    FileSet::Savepoint savepoint(set);
+    write(set.main(), 2, "CDEFGHIJ");  // a whole page in it that nobody had read
+    set.main().append().edit()[0] = 'q';
+    set.main().resize(5);
+    write(set.main(), 9, "z");
+    const std::uint64_t generation = set.generation();
+    EXPECT_TRUE(savepoint.goBack());
+    EXPECT_GT(set.generation(), generation);
+    EXPECT_EQ(read(set.main(), 0, 99), "aBcdefghijklmnop");
+    EXPECT_EQ(std::memcmp(held.data(), "aBcd", 4), 0);
+    EXPECT_FALSE(savepoint.goBack());
+    set.commit();
+    EXPECT_EQ(onDisk(), "aBcdefghijklmnop");
+}
+
+TEST_F(PageFileTest, aSavepointBringsBackWhatWasWrittenEarlySince)
+{
+    put("abcdefghijklmnop");
+    FileSet set(files, kPath, pagesOf(4), false);
+    FileSet::Savepoint savepoint(set);
+    write(set.main(), 2, "CDEF");
+    write(set.main(), 16, "qrst");
+    set.spill();
+    write(set.main(), 3, "x");
+    EXPECT_TRUE(savepoint.goBack());
+    EXPECT_EQ(read(set.main(), 0, 99), "abcdefghijklmnop");
+    set.commit();
+    EXPECT_EQ(onDisk(), "abcdefghijklmnop");
+}
+
+TEST_F(PageFileTest, aSavepointWithinAnotherLeavesItToThatOne)
+{
+    put("abcd");
+    FileSet set(files, kPath, pagesOf(4), false);
+    {
+        FileSet::Savepoint outer(set);
+        write(set.main(), 0, "A");
+        {
+            FileSet::Savepoint inner(set);
+            write(set.main(), 1, "B");
+            EXPECT_FALSE(inner.goBack());
+        }
+        write(set.main(), 2, "C");
+        EXPECT_EQ(read(set.main(), 0, 99), "ABCd");
+        EXPECT_TRUE(outer.goBack());
+    }
+    EXPECT_EQ(read(set.main(), 0, 99), "abcd");
+    FileSet::Savepoint next(set);
+    write(set.main(), 0, "X");
+    EXPECT_TRUE(next.goBack());
+}
+
+TEST_F(PageFileTest, afterACommitOrARollbackASavepointHasNothingToGoBackTo)
+{
+    put("abcd");
+    FileSet set(files, kPath, pagesOf(4), false);
+    {
+        FileSet::Savepoint savepoint(set);
+        write(set.main(), 0, "A");
+        set.commit();
+        EXPECT_FALSE(savepoint.goBack());
+    }
+    FileSet::Savepoint savepoint(set);
+    write(set.main(), 1, "B");
+    set.rollback();
+    EXPECT_FALSE(savepoint.goBack());
+    EXPECT_EQ(read(set.main(), 0, 99), "Abcd");
+}
+
 /// Against a plain copy of the content, with a cache of eight pages.
 TEST_F(PageFileTest, randomWorkEqualsWorkOnAPlainText)
 {
@@ -259,9 +335,11 @@ TEST_F(PageFileTest, randomWorkEqualsWorkOnAPlainText)
         std::string committed = model;
         FileSet set(files, kPath, pagesOf(seed % 3 ? 16 : 7), false);
         PageFile& file = set.main();
+        std::optional<FileSet::Savepoint> savepoint;
+        std::string before;
         for (int step = 0; step < 300; ++step) {
             const char letter = static_cast<char>('a' + step % 26);
-            switch (random() % 8) {
+            switch (random() % 9) {
             case 0: {
                 const std::size_t size = upTo(400);
                 file.resize(size);
@@ -296,7 +374,24 @@ TEST_F(PageFileTest, randomWorkEqualsWorkOnAPlainText)
             case 6:
                 ASSERT_EQ(read(file, 0, 2000), model) << seed << " " << step;
                 break;
+            case 7:
+                if (!savepoint) {
+                    savepoint.emplace(set);
+                    before = model;
+                    break;
+                }
+                if (random() % 3) {
+                    savepoint->goBack();
+                    model = before;
+                }
+                savepoint.reset();
+                break;
             default:
+                if (random() % 3 == 0) {
+                    set.spill();
+                    break;
+                }
+                savepoint.reset();
                 if (random() % 4 == 0) {
                     set.rollback();
                     model = committed;
