@@ -68,11 +68,16 @@ void IndexTree::addWaiting()
     aside_->clear();
 }
 
-void IndexTree::invalidate()
+void IndexTree::pagesWentBack()
 {
     nodesChanged();
-    newKeys_ = 0;
     top_.reset();
+}
+
+void IndexTree::invalidate()
+{
+    pagesWentBack();
+    newKeys_ = 0;
     waiting_ = false;
     if (aside_)
         aside_->clear();

@@ -94,8 +94,9 @@ public:
 
     /// Counts changes: a walker that saw another number looks its place up again.
     std::uint64_t version() const { return version_; }
-    /// To be called when pages were changed behind the tree's back (rollback). Entries that wait
-    /// are dropped.
+    /// To be called when pages were changed behind the tree's back.
+    void pagesWentBack();
+    /// The same after a rollback: entries that wait are dropped.
     void invalidate();
 
     /// Every page of the tree, parents before children. 3197 when it is damaged.
@@ -119,6 +120,7 @@ private:
         IndexPageView view;
     };
 
+    [[noreturn]] void damaged(const char* how) const;
     PageRef load(std::uint32_t number, IndexPageView& view);
     const IndexPageView& node(std::uint32_t number, const PageRef& page);
     void nodesChanged()
