@@ -109,11 +109,15 @@ void TableChange::numberRecords(const Column& column)
     const bool guid = column.type == column_type::kGuid;
     JetWriter writer(table, tables_, false);
     PhysicalCursor cursor(table);
+    constexpr std::int32_t kBetweenBreaths = 1024;
     std::int32_t last = 0;
     std::string text;
     for (bool on = cursor.first(); on; on = cursor.next()) {
-        const FieldChange change{field, guid ? randomGuid(text) : ValueView::integer(++last)};
+        ++last;
+        const FieldChange change{field, guid ? randomGuid(text) : ValueView::integer(last)};
         writer.update(cursor.row(), {&change, 1});
+        if (last % kBetweenBreaths == 0)
+            file_.breathe();
     }
     if (!guid) {
         table->def().lastAutonumber = last;
