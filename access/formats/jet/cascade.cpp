@@ -27,55 +27,38 @@ void Cascade::plan(PageNumber table, RowPointer self, std::vector<LinkedChange> 
                     ? removed_.emplace(change.table, change.row.word()).second
                     : changed_.emplace(change.table, change.end, change.row.word()).second;
             if (fresh)
-                steps_.push_back({std::move(change), {}, false});
+                steps_.push_back(std::move(change));
         }
         if (next == steps_.size())
             return;
         first.clear();
-        Step& step = steps_[next];
-        writerOf(step.change.table).follow(step.change, step.before, first);
+        writerOf(steps_[next].table).follow(steps_[next], first);
     }
 }
 
-void Cascade::apply(Step& step, const std::vector<std::pair<int, Value>>& fields)
+void Cascade::addTables(std::vector<JetTable*>& tables) const
 {
-    JetWriter& writer = writerOf(step.change.table);
-    if (step.change.remove)
-        return writer.removeLinked(step.change.row);
+    for (const auto& [page, writer] : writers_)
+        tables.push_back(&writer->table());
+}
+
+void Cascade::apply(const LinkedChange& change)
+{
+    JetWriter& writer = writerOf(change.table);
+    if (change.remove)
+        return writer.removeLinked(change.row);
     std::vector<FieldChange> changes;
-    for (const auto& [field, value] : fields)
+    for (const auto& [field, value] : change.fields)
         changes.push_back({field, value.view()});
-    writer.updateLinked(step.change.row, changes);
+    writer.updateLinked(change.row, changes);
 }
 
 void Cascade::run()
 {
-    try {
-        for (auto step = steps_.rbegin(); step != steps_.rend(); ++step) {
-            const bool goes = !step->change.remove &&
-                              removed_.contains({step->change.table, step->change.row.word()});
-            if (goes)
-                continue;
-            apply(*step, step->change.fields);
-            step->done = true;
-        }
-    } catch (...) {
-        undo();
-        throw;
-    }
-}
-
-void Cascade::undo() noexcept
-{
-    for (Step& step : steps_) {
-        if (!step.done || step.change.remove)
-            continue;
-        try {
-            apply(step, step.before);
-        } catch (const EngineError&) {
-            // What fails here is damaged: a check of the file tells.
-        }
-        step.done = false;
+    for (auto step = steps_.rbegin(); step != steps_.rend(); ++step) {
+        const bool goes = !step->remove && removed_.contains({step->table, step->row.word()});
+        if (!goes)
+            apply(*step);
     }
 }
 

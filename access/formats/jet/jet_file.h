@@ -76,6 +76,7 @@ public:
     /// Takes changed pages out of memory before the commit. Fails as commit() does.
     void spill();
     void rollback();
+    FileSet::Savepoint savepoint() { return FileSet::Savepoint(*set_); }
     /// To be called when pages went back to an earlier state.
     void forgetFreePages() { firstFree_ = kFirstOwnPage; }
     std::size_t pendingBytes() const { return set_->pendingBytes(); }

@@ -268,11 +268,35 @@ bool JetTable::entriesWait() const
                        [](const auto& open) { return open && open->tree->waitingBytes() > 0; });
 }
 
-void JetTable::saveCounts()
+void JetTable::settle()
 {
     for (const auto& open : indexes_)
         if (open)
             open->tree->settle();
+}
+
+void JetTable::takeBack(const Numbers& numbers, bool pages)
+{
+    def_.recordCount = numbers.records;
+    def_.lastAutonumber = numbers.lastAutonumber;
+    if (!pages)
+        return;
+    for (const auto& open : indexes_)
+        if (open)
+            open->tree->pagesWentBack();
+    forgetPages();
+}
+
+void JetTable::forgetPages()
+{
+    pagesKnown_ = false;
+    countsKnown_ = false;
+    ++pagesVersion_;
+}
+
+void JetTable::saveCounts()
+{
+    settle();
     if (!countsDirty_)
         return;
     for (std::size_t i = 0; i < indexes_.size(); ++i)
@@ -305,10 +329,8 @@ void JetTable::reload()
     for (const auto& open : indexes_)
         if (open)
             open->tree->invalidate();
-    pagesKnown_ = false;
-    countsKnown_ = false;
     countsDirty_ = false;
-    ++pagesVersion_;
+    forgetPages();
 }
 
 }  // namespace velnor::jet

@@ -89,6 +89,17 @@ public:
     void pageAdded(PageNumber page);
     void pageRemoved(PageNumber page);
     void recordsChanged(PageNumber page, int delta);
+    /// Enters what waits in the indexes.
+    void settle();
+    /// What changes of records change of the definition, before it is saved.
+    struct Numbers {
+        std::uint32_t records = 0;
+        std::int32_t lastAutonumber = 0;
+    };
+    Numbers numbers() const { return {def_.recordCount, def_.lastAutonumber}; }
+    /// A change of records is undone. `pages`: its pages went back, and what is known of them is
+    /// read anew when asked for.
+    void takeBack(const Numbers& numbers, bool pages);
     /// Writes what was kept in memory: entries of indexes that wait, counts of the definition.
     void saveCounts();
     /// Whether entries of an index wait for that.
@@ -102,7 +113,7 @@ public:
     bool retired() const { return retired_; }
 
 private:
-    void readDefinition(PageNumber page);
+    void forgetPages();
     void findPages();
     void findPagesByOwner();
     void loadCounts();

@@ -144,7 +144,12 @@ PageNumber LongValueColumn::newPage()
     const PageNumber number = space_.allocate();
     PageRef page = space_.page(number);
     DataPageEditor::lay(space_.format(), page.edit(), kLongValueOwner);
-    owned_.add(number);
+    try {
+        owned_.add(number);
+    } catch (const EngineError&) {
+        space_.release(number, page_type::kFreed);
+        throw;
+    }
     return number;
 }
 

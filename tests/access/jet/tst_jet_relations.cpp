@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <initializer_list>
 #include <set>
+#include <utility>
 
 #include "access/engine_error.h"
 #include "access/formats/jet/catalog.h"
 #include "access/formats/jet/catalog_objects.h"
+#include "access/formats/jet/data_page.h"
 #include "access/formats/jet/jet_driver.h"
 #include "access/formats/jet/jet_file.h"
 #include "access/formats/jet/relation_rows.h"
@@ -152,6 +154,59 @@ protected:
         return values;
     }
     using Texts = std::multiset<std::string>;
+    /// The only record of a table.
+    RowId rowOf(const char* table)
+    {
+        const auto cursor = store_->cursor(table, std::nullopt);
+        return cursor->first() ? cursor->row() : 0;
+    }
+    /// What the definition of a table says; the store is closed for it and opened again.
+    template <class Look> auto fromDefinition(const char* table, Look look)
+    {
+        store_->commit();
+        store_.reset();
+        const auto found = [&] {
+            jet::JetFile file(files_, reading());
+            jet::Catalog catalog(file);
+            const auto page = static_cast<jet::PageNumber>(catalog.find(table)->id);
+            return look(jet::JetTable(file, page, table).def());
+        }();
+        open();
+        return found;
+    }
+    jet::PageNumber rootOf(const char* table, std::string_view index)
+    {
+        return fromDefinition(table, [&](const jet::TableDef& def) {
+            for (const jet::LogicalIndex& known : def.logicalIndexes)
+                if (known.name == index)
+                    return def.realIndexes[known.realIndex].root;
+            return jet::PageNumber{0};
+        });
+    }
+    jet::RowPointer mapOfNotes(const char* table)
+    {
+        return fromDefinition(table, [](const jet::TableDef& def) { return def.longValues[0].owned; });
+    }
+    /// Where the bytes of a record begin in its page.
+    std::size_t recordAt(jet::RowPointer place)
+    {
+        const jet::JetFormat& format = GetParam() == 3 ? jet::kJet3 : jet::kJet4;
+        const auto bytes = files_.content(kTestFile);
+        const std::uint8_t* page = bytes.data() + std::size_t{place.page} * format.pageSize;
+        return static_cast<std::size_t>(jet::DataPage(format, page).row(place.slot)->data() - page);
+    }
+    /// Puts a byte into a page of the file, and gives the one that was there.
+    std::uint8_t patch(jet::PageNumber page, std::size_t at, std::uint8_t byte)
+    {
+        store_->commit();
+        store_.reset();
+        auto bytes = files_.content(kTestFile);
+        const std::size_t size = GetParam() == 3 ? jet::kJet3.pageSize : jet::kJet4.pageSize;
+        const std::uint8_t was = std::exchange(bytes[page * size + at], byte);
+        files_.put(kTestFile, bytes);
+        open();
+        return was;
+    }
     void TearDown() override
     {
         if (!store_)
@@ -262,6 +317,54 @@ TEST_P(Related, whatStopsACascadeFurtherDownStopsItAsAWhole)
     EXPECT_EQ(remove("Orders", order), 0);
     EXPECT_EQ(remove("Regions", north), 0);
     EXPECT_EQ(store_->recordCount("Customers"), 0);
+}
+
+TEST_P(Related, aDeleteThatDamageStopsHalfWay_takesNothingAway)
+{
+    relate("Customers", "CustomersRegion", "Regions", kRefuse, kCascade);
+    relate("Orders", "OrdersCustomer", "Customers", kRefuse, kCascade);
+    open();
+    const RowId north = add("Regions", "north");
+    for (int c = 0; c < 3; ++c) {
+        add("Customers", c, "north");
+        for (int o = 0; o < 200; ++o)
+            add("Orders", c * 1000 + o, c);
+    }
+    const Texts orders = column("Orders", 0);
+    // The orders go first, then the first customer cannot be taken out of its index.
+    const auto page = rootOf("Customers", "PrimaryKey");
+    const auto was = patch(page, 0, 0x55);
+    EXPECT_EQ(remove("Regions", north), 3197);
+    EXPECT_EQ(store_->recordCount("Orders"), 600);
+    EXPECT_EQ(column("Orders", 0), orders);
+    EXPECT_EQ(store_->recordCount("Customers"), 3);
+    EXPECT_EQ(store_->recordCount("Regions"), 1);
+    patch(page, 0, was);
+    add("Orders", 5000, 1);
+    EXPECT_EQ(store_->recordCount("Orders"), 601);
+    EXPECT_EQ(remove("Regions", rowOf("Regions")), 0);
+    EXPECT_EQ(store_->recordCount("Orders"), 0);
+}
+
+TEST_P(Related, aNewKeyThatCannotBeWritten_leavesTheChildrenTheirOldOne)
+{
+    relate("Customers", "CustomersRegion", "Regions", kCascade, kRefuse);
+    open();
+    const RowId north = add("Regions", "north");
+    for (int c = 0; c < 300; ++c)
+        add("Customers", c, "north");
+    // The children follow first; then the parent's memo finds no page.
+    const jet::RowPointer map = mapOfNotes("Regions");
+    const auto at = recordAt(map);
+    const auto was = patch(map.page, at, 7);
+    const std::string note(6000, 'n');
+    const FieldChange both[] = {{0, view("a far longer name")}, {1, ValueView::text(note)}};
+    EXPECT_EQ(errorOf([&] { store_->writer("Regions")->update(north, both); }), 3197);
+    EXPECT_EQ(column("Customers", 1).count("north"), 300u);
+    EXPECT_EQ(column("Regions", 0), Texts{"north"});
+    patch(map.page, at, was);
+    EXPECT_EQ(errorOf([&] { store_->writer("Regions")->update(rowOf("Regions"), both); }), 0);
+    EXPECT_EQ(column("Customers", 1).count("a far longer name"), 300u);
 }
 
 TEST_P(Related, childrenCanBeLeftWithoutAParent)
