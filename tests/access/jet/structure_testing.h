@@ -8,21 +8,16 @@
 #include <string>
 #include <vector>
 
-#include "access/engine_error.h"
 #include "access/formats/jet/jet_driver.h"
 #include "access/value_text.h"
 #include "tests/access/jet/jet_testing.h"
+#include "tests/access/support/store_testing.h"
 
 namespace velnor::testing {
 
-inline FieldDef fieldNamed(std::string name, FieldType type, int size = 0)
-{
-    FieldDef field;
-    field.name = std::move(name);
-    field.type = type;
-    field.size = size;
-    return field;
-}
+using store_testing::errorOf;
+using store_testing::fieldDef;
+using store_testing::layoutOf;
 
 inline IndexDef indexNamed(std::string name, std::vector<IndexFieldDef> fields)
 {
@@ -46,16 +41,6 @@ inline IndexDef primaryKey(std::vector<IndexFieldDef> fields)
     return index;
 }
 
-template <class Action> int errorOf(Action action)
-{
-    try {
-        action();
-    } catch (const EngineError& error) {
-        return error.number();
-    }
-    return 0;
-}
-
 class Structures : public ::testing::TestWithParam<int> {
 protected:
     void SetUp() override
@@ -77,10 +62,7 @@ protected:
     void expectSound()
     {
         store_->commit();
-        store_->check({}, [](const Problem& problem) {
-            if (!problem.harmless)
-                ADD_FAILURE() << problem.where << ": " << problem.text;
-        });
+        EXPECT_THAT(store_testing::faultsOf(*store_), ::testing::IsEmpty());
         const Verdict verdict = outsideCheck(content());
         if (verdict.available) {
             EXPECT_TRUE(verdict.sound) << verdict.output;
@@ -88,17 +70,13 @@ protected:
     }
     void makeTable(std::vector<FieldDef> fields, std::vector<IndexDef> indexes = {})
     {
-        TableLayout layout;
-        layout.name = "T";
-        layout.fields = std::move(fields);
-        layout.indexes = std::move(indexes);
-        store_->createTable(layout);
+        store_->createTable(layoutOf("T", std::move(fields), std::move(indexes)));
     }
     /// ID Long, NAME Text 60, NOTE Memo.
     void makeNotes(std::vector<IndexDef> indexes = {})
     {
-        makeTable({fieldNamed("ID", FieldType::Long), fieldNamed("NAME", FieldType::Text, 60),
-                   fieldNamed("NOTE", FieldType::Memo)},
+        makeTable({fieldDef("ID", FieldType::Long), fieldDef("NAME", FieldType::Text, 60),
+                   fieldDef("NOTE", FieldType::Memo)},
                   std::move(indexes));
     }
     void addNotes(int count, int from = 0)

@@ -52,26 +52,26 @@ TEST_P(Fields, newFieldsOfEveryTypeReadAsNullUntilTheyAreWritten)
     addNotes(100);
     const std::vector<std::string> names = column(1), notes = column(2);
     std::vector<std::pair<FieldDef, ValueView>> added{
-        {fieldNamed("BYTE", FieldType::Byte), ValueView::integer(200)},
-        {fieldNamed("TEXT", FieldType::Text, 30), ValueView::text("a text")},
-        {fieldNamed("INTEGER", FieldType::Integer), ValueView::integer(-5)},
-        {fieldNamed("MEMO", FieldType::Memo), ValueView::text("a memo of more than a few letters")},
-        {fieldNamed("LONG", FieldType::Long), ValueView::integer(70000)},
-        {fieldNamed("CURRENCY", FieldType::Currency), ValueView::currency(123456)},
-        {fieldNamed("BINARY", FieldType::Binary, 20),
+        {fieldDef("BYTE", FieldType::Byte), ValueView::integer(200)},
+        {fieldDef("TEXT", FieldType::Text, 30), ValueView::text("a text")},
+        {fieldDef("INTEGER", FieldType::Integer), ValueView::integer(-5)},
+        {fieldDef("MEMO", FieldType::Memo), ValueView::text("a memo of more than a few letters")},
+        {fieldDef("LONG", FieldType::Long), ValueView::integer(70000)},
+        {fieldDef("CURRENCY", FieldType::Currency), ValueView::currency(123456)},
+        {fieldDef("BINARY", FieldType::Binary, 20),
          ValueView::bytes({reinterpret_cast<const std::uint8_t*>("abc"), 3})},
-        {fieldNamed("SINGLE", FieldType::Single), ValueView::real(0.5)},
-        {fieldNamed("DOUBLE", FieldType::Double), ValueView::real(1e100)},
-        {fieldNamed("DATE", FieldType::Date), ValueView::date(38000.5)},
-        {fieldNamed("OLE", FieldType::LongBinary),
+        {fieldDef("SINGLE", FieldType::Single), ValueView::real(0.5)},
+        {fieldDef("DOUBLE", FieldType::Double), ValueView::real(1e100)},
+        {fieldDef("DATE", FieldType::Date), ValueView::date(38000.5)},
+        {fieldDef("OLE", FieldType::LongBinary),
          ValueView::bytes({reinterpret_cast<const std::uint8_t*>("picture"), 7})},
-        {fieldNamed("GUID", FieldType::Guid),
+        {fieldDef("GUID", FieldType::Guid),
          ValueView::text("{01234567-89AB-CDEF-0123-456789ABCDEF}")},
-        {fieldNamed("BOOLEAN", FieldType::Boolean), ValueView::boolean(true)},
+        {fieldDef("BOOLEAN", FieldType::Boolean), ValueView::boolean(true)},
     };
     if (jet4())
         added.push_back(
-            {fieldNamed("DECIMAL", FieldType::Decimal), ValueView::decimal(false, 0, 42, 0)});
+            {fieldDef("DECIMAL", FieldType::Decimal), ValueView::decimal(false, 0, 42, 0)});
     int at = 3;
     for (const auto& [field, value] : added) {
         store_->addField("T", field);
@@ -101,9 +101,9 @@ TEST_P(Fields, newFieldsOfEveryTypeReadAsNullUntilTheyAreWritten)
 
 TEST_P(Fields, aDroppedFieldIsGoneAndTheOthersKeepTheirValues)
 {
-    makeTable({fieldNamed("ID", FieldType::Long), fieldNamed("A", FieldType::Text, 20),
-               fieldNamed("N", FieldType::Double), fieldNamed("B", FieldType::Text, 20),
-               fieldNamed("FLAG", FieldType::Boolean), fieldNamed("D", FieldType::Date)},
+    makeTable({fieldDef("ID", FieldType::Long), fieldDef("A", FieldType::Text, 20),
+               fieldDef("N", FieldType::Double), fieldDef("B", FieldType::Text, 20),
+               fieldDef("FLAG", FieldType::Boolean), fieldDef("D", FieldType::Date)},
               {primaryKey({{"ID", false}})});
     {
         const auto writer = store_->writer("T");
@@ -124,8 +124,8 @@ TEST_P(Fields, aDroppedFieldIsGoneAndTheOthersKeepTheirValues)
     EXPECT_EQ(column(3), dates);
     expectSound();
     // New fields do not show what the dropped ones left in the records.
-    store_->addField("T", fieldNamed("N", FieldType::Double));
-    store_->addField("T", fieldNamed("A", FieldType::Text, 20));
+    store_->addField("T", fieldDef("N", FieldType::Double));
+    store_->addField("T", fieldDef("A", FieldType::Text, 20));
     EXPECT_THAT(column(4), Each("Null"));
     EXPECT_THAT(column(5), Each("Null"));
     for (const RowId row : rows()) {
@@ -146,7 +146,7 @@ TEST_P(Fields, aDroppedMemoGivesItsPagesBack)
 {
     makeNotes();
     addNotes(200);
-    store_->addField("T", fieldNamed("SECOND", FieldType::Memo));
+    store_->addField("T", fieldDef("SECOND", FieldType::Memo));
     const std::string memo(20000, 'm');
     for (const RowId row : rows())
         set(row, 3, ValueView::text(memo));
@@ -158,7 +158,7 @@ TEST_P(Fields, aDroppedMemoGivesItsPagesBack)
     expectSound();
     for (const RowId row : rows())
         set(row, 1, ValueView::text("written again"));
-    store_->addField("T", fieldNamed("THIRD", FieldType::Memo));
+    store_->addField("T", fieldDef("THIRD", FieldType::Memo));
     EXPECT_THAT(column(3), Each("Null"));
     for (const RowId row : rows())
         set(row, 3, ValueView::text(memo));
@@ -175,9 +175,9 @@ TEST_P(Fields, whatCannotGoOrComeIsRefused)
     EXPECT_EQ(dropError("ID"), 3280);
     EXPECT_EQ(dropError("name"), 3280);
     EXPECT_EQ(dropError("NOTHING"), 3265);
-    EXPECT_EQ(fieldError(fieldNamed("note", FieldType::Long)), 3191);
-    EXPECT_EQ(fieldError(fieldNamed("BIG", FieldType::BigInt)), 3251);
-    EXPECT_EQ(errorOf([&] { store_->addField("MSysObjects", fieldNamed("X", FieldType::Long)); }),
+    EXPECT_EQ(fieldError(fieldDef("note", FieldType::Long)), 3191);
+    EXPECT_EQ(fieldError(fieldDef("BIG", FieldType::BigInt)), 3251);
+    EXPECT_EQ(errorOf([&] { store_->addField("MSysObjects", fieldDef("X", FieldType::Long)); }),
               3251);
     EXPECT_EQ(errorOf([&] { store_->dropField("MSysACEs", "SID"); }), 3251);
     store_->dropIndex("T", "Both");
@@ -194,12 +194,12 @@ TEST_P(Fields, aTableHas255FieldsInItsLife)
     makeNotes();
     addNotes(3);
     for (int i = 0; i < 126; ++i) {
-        store_->addField("T", fieldNamed("F" + std::to_string(i), FieldType::Byte));
+        store_->addField("T", fieldDef("F" + std::to_string(i), FieldType::Byte));
         store_->dropField("T", "F" + std::to_string(i));
-        store_->addField("T", fieldNamed("G" + std::to_string(i), FieldType::Boolean));
+        store_->addField("T", fieldDef("G" + std::to_string(i), FieldType::Boolean));
     }
     EXPECT_EQ(store_->layout("T").fields.size(), 129u);
-    EXPECT_EQ(fieldError(fieldNamed("LAST", FieldType::Byte)), 3190);
+    EXPECT_EQ(fieldError(fieldDef("LAST", FieldType::Byte)), 3190);
     EXPECT_THAT(column(0), ElementsAre("0", "1", "2"));
     addNotes(3, 3);
     EXPECT_THAT(column(0), ElementsAre("0", "1", "2", "3", "4", "5"));
@@ -208,10 +208,10 @@ TEST_P(Fields, aTableHas255FieldsInItsLife)
 
 TEST_P(Fields, aRecordMustFitInAPage)
 {
-    makeTable({fieldNamed("FIRST", FieldType::Guid)});
+    makeTable({fieldDef("FIRST", FieldType::Guid)});
     int number = 0;
     for (int i = 0; i < 250 && number == 0; ++i)
-        number = fieldError(fieldNamed("GUID" + std::to_string(i), FieldType::Guid));
+        number = fieldError(fieldDef("GUID" + std::to_string(i), FieldType::Guid));
     // Jet 4 has room for all that a table may have; the smaller pages of Jet 3 have not.
     EXPECT_EQ(number, jet4() ? 0 : 3047);
     expectSound();
@@ -224,7 +224,7 @@ TEST_P(Fields, aDefinitionGrowsOverFurtherPagesAndShrinksAgain)
     const std::string tail(58, 'x');
     for (int i = 0; i < 120; ++i)
         store_->addField("T",
-                         fieldNamed(std::to_string(1000 + i) + tail,
+                         fieldDef(std::to_string(1000 + i) + tail,
                                     i % 3 ? FieldType::Text : FieldType::Memo, i % 3 ? 50 : 0));
     EXPECT_EQ(store_->layout("T").fields.size(), 123u);
     for (const RowId row : rows())
@@ -246,7 +246,7 @@ TEST_P(Fields, propertiesComeAndGoWithTheirField)
 {
     makeNotes();
     addNotes(3);
-    FieldDef city = fieldNamed("CITY", FieldType::Text, 30);
+    FieldDef city = fieldDef("CITY", FieldType::Text, 30);
     city.required = true;
     city.allowZeroLength = false;
     city.defaultValue = "\"Rome\"";
@@ -254,7 +254,7 @@ TEST_P(Fields, propertiesComeAndGoWithTheirField)
     city.validationRule = "<>\"Oslo\"";
     city.validationText = "Not Oslo.";
     store_->addField("T", city);
-    store_->addField("T", fieldNamed("PLAIN", FieldType::Long));
+    store_->addField("T", fieldDef("PLAIN", FieldType::Long));
     reopen();
     FieldDef read = store_->layout("T").fields[3];
     EXPECT_TRUE(read.required);
@@ -266,7 +266,7 @@ TEST_P(Fields, propertiesComeAndGoWithTheirField)
     EXPECT_THAT(column(3), Each("Null")) << "what stands is not filled";
     expectSound();
     store_->dropField("T", "City");
-    city = fieldNamed("CITY", FieldType::Text, 30);
+    city = fieldDef("CITY", FieldType::Text, 30);
     store_->addField("T", city);
     read = store_->layout("T").fields[4];
     EXPECT_EQ(read.name, "CITY");
@@ -279,7 +279,7 @@ TEST_P(Fields, aNewAutonumberNumbersTheRecords)
 {
     makeNotes();
     addNotes(500);
-    FieldDef number = fieldNamed("NUMBER", FieldType::Long);
+    FieldDef number = fieldDef("NUMBER", FieldType::Long);
     number.autonumber = true;
     store_->addField("T", number);
     const auto all = column(3);
@@ -291,7 +291,7 @@ TEST_P(Fields, aNewAutonumberNumbersTheRecords)
     std::vector<ValueView> row(4);
     store_->writer("T")->insert(row);
     EXPECT_EQ(column(3).back(), "501");
-    FieldDef guid = fieldNamed("GUID", FieldType::Guid);
+    FieldDef guid = fieldDef("GUID", FieldType::Guid);
     guid.autonumber = true;
     store_->addField("T", guid);
     store_->addIndex("T", uniqueIndex("ByGuid", {{"GUID", false}}));
@@ -306,7 +306,7 @@ TEST_P(Fields, aNewAutonumberNumbersTheRecords)
 /// the table has a variable field, and take bytes of the record for it.
 TEST_P(Fields, theFirstVariableFieldIsReadByOthersAsWell)
 {
-    makeTable({fieldNamed("ID", FieldType::Long), fieldNamed("N", FieldType::Integer)});
+    makeTable({fieldDef("ID", FieldType::Long), fieldDef("N", FieldType::Integer)});
     {
         const auto writer = store_->writer("T");
         for (int i = 0; i < 300; ++i) {
@@ -315,7 +315,7 @@ TEST_P(Fields, theFirstVariableFieldIsReadByOthersAsWell)
         }
     }
     const auto ids = column(0);
-    store_->addField("T", fieldNamed("NAME", FieldType::Text, 40));
+    store_->addField("T", fieldDef("NAME", FieldType::Text, 40));
     EXPECT_EQ(column(0), ids);
     EXPECT_THAT(column(2), Each("Null"));
     expectSound();

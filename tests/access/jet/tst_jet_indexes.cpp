@@ -90,7 +90,7 @@ TEST_P(Indexes, anIndexMadeLaterOrdersTheRecordsOfEveryType)
     const auto cases = typeCases(jet4());
     std::vector<FieldDef> fields;
     for (const TypeCase& one : cases)
-        fields.push_back(fieldNamed(one.name, one.type, one.size));
+        fields.push_back(fieldDef(one.name, one.type, one.size));
     makeTable(fields);
     {
         const auto writer = store_->writer("T");
@@ -137,7 +137,7 @@ TEST_P(Indexes, anIndexMadeLaterOrdersTheRecordsOfEveryType)
 
 TEST_P(Indexes, anIndexOverManyPagesAgreesWithTheRecords)
 {
-    makeTable({fieldNamed("ID", FieldType::Long), fieldNamed("NAME", FieldType::Text, 200)});
+    makeTable({fieldDef("ID", FieldType::Long), fieldDef("NAME", FieldType::Text, 200)});
     constexpr int kRecords = 60000;
     {
         const auto writer = store_->writer("T");
@@ -215,7 +215,7 @@ TEST_P(Indexes, nullsAreKeptRepeatedIgnoredOrRefusedAsTheIndexSays)
 
 TEST_P(Indexes, severalFieldsEachInItsOwnDirection)
 {
-    makeTable({fieldNamed("CITY", FieldType::Text, 20), fieldNamed("N", FieldType::Integer)});
+    makeTable({fieldDef("CITY", FieldType::Text, 20), fieldDef("N", FieldType::Integer)});
     {
         const auto writer = store_->writer("T");
         for (const char* city : {"Rome", "Bonn", "Oslo"})
@@ -235,8 +235,8 @@ TEST_P(Indexes, whatCannotBeAnIndexIsRefused)
 {
     std::vector<FieldDef> fields;
     for (int i = 0; i < 11; ++i)
-        fields.push_back(fieldNamed("F" + std::to_string(i), FieldType::Long));
-    fields.push_back(fieldNamed("OLE", FieldType::LongBinary));
+        fields.push_back(fieldDef("F" + std::to_string(i), FieldType::Long));
+    fields.push_back(fieldDef("OLE", FieldType::LongBinary));
     makeTable(fields, {primaryKey({{"F0", false}})});
     const auto add = [&](const IndexDef& index) {
         return errorOf([&] { store_->addIndex("T", index); });

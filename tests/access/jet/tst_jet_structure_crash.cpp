@@ -39,16 +39,16 @@ std::vector<Step> steps()
             store.addIndex("T", indexNamed("ByName", {{"NAME", true}, {"ID", false}}));
         },
         [](Store& store) {
-            FieldDef city = fieldNamed("CITY", FieldType::Text, 30);
+            FieldDef city = fieldDef("CITY", FieldType::Text, 30);
             city.required = true;
             store.addField("T", city);
         },
-        [](Store& store) { store.addField("T", fieldNamed("MORE", FieldType::Memo)); },
+        [](Store& store) { store.addField("T", fieldDef("MORE", FieldType::Memo)); },
         [](Store& store) { addRecords(store, 100, 3000); },
         [](Store& store) { store.dropIndex("T", "ByName"); },
         [](Store& store) { store.dropField("T", "NOTE"); },
         [](Store& store) { store.dropField("T", "CITY"); },
-        [](Store& store) { store.addField("T", fieldNamed("SIZE", FieldType::Double)); },
+        [](Store& store) { store.addField("T", fieldDef("SIZE", FieldType::Double)); },
     };
 }
 
@@ -80,8 +80,8 @@ protected:
         const auto store = driver_.open(files, writing());
         TableLayout layout;
         layout.name = "T";
-        layout.fields = {fieldNamed("ID", FieldType::Long), fieldNamed("NAME", FieldType::Text, 40),
-                         fieldNamed("NOTE", FieldType::Memo)};
+        layout.fields = {fieldDef("ID", FieldType::Long), fieldDef("NAME", FieldType::Text, 40),
+                         fieldDef("NOTE", FieldType::Memo)};
         store->createTable(layout);
         addRecords(*store, 120, 1);
         start_ = files.content(kTestFile);
