@@ -141,10 +141,14 @@ int run(Context& context, const Arguments& arguments)
     Progress progress("Records written", arguments.has("--progress"));
     CopyTally tally;
     try {
-        runCopy(context.workspace, job, tally, {kBetweenCommits, [&](std::int64_t copied) {
-                                                    progress.show(copied);
-                                                    return !interrupted();
-                                                }});
+        CopyWatch watch;
+        watch.every = kBetweenCommits;
+        watch.reached = [&](std::int64_t copied) {
+            progress.show(copied);
+            return true;
+        };
+        watch.stop = interrupted;
+        runCopy(context.workspace, job, tally, watch);
     } catch (...) {
         std::fputs("Copy Unsuccessful\n", stderr);
         throw;

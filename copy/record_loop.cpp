@@ -1,5 +1,7 @@
 #include "copy/record_loop.h"
 
+#include <algorithm>
+
 #include "copy/conversion.h"
 #include "copy/further_sheet.h"
 #include "platform/paths.h"
@@ -33,6 +35,12 @@ std::vector<PlannedPair> plan(Recordset& source, Recordset& target,
 std::string_view bareName(std::string_view record)
 {
     return record.substr(0, record.rfind('.'));
+}
+
+/// Of so many records written, how many a commit may leave for the next one.
+std::int64_t betweenCommits(std::int64_t written, std::int64_t least)
+{
+    return std::max(least, written / 8);
 }
 
 bool sameTable(const CopyJob::End& a, const CopyJob::End& b)
@@ -98,9 +106,15 @@ void runCopy(Workspace& workspace, const CopyJob& job, CopyTally& tally, const C
     Recordset target = to.OpenRecordset(job.to.record);
 
     CopyWatch committed = watch;
+    std::int64_t safe = 0;
     if (watch.reached) {
         committed.reached = [&](std::int64_t copied) {
+            if (watch.stop && watch.stop())
+                return false;
+            if (copied - safe < betweenCommits(copied, watch.every))
+                return true;
             to.commit();
+            safe = copied;
             return watch.reached(copied);
         };
     }

@@ -30,6 +30,8 @@ struct CopyWatch {
     /// Called when the target's sheet has no further row: puts another one in its place, and gives
     /// false when there is none. May be empty.
     std::function<bool(Recordset& target)> full = {};
+    /// Of runCopy(): asked each `every` records, also where nothing is committed; true ends the copy.
+    std::function<bool()> stop = {};
 };
 
 /// No bound on the number of records.
@@ -53,9 +55,10 @@ struct CopyJob {
     std::vector<FieldPair> pairs;
 };
 
-/// Opens both ends, copies, closes. Where a sheet is full the records go on in a further one. The callback of `watch` is called after a commit: the records
-/// it is told of are safe on the disk. A table copied into itself gets the records that it had at
-/// the start.
+/// Opens both ends, copies, closes. Where a sheet is full the records go on in a further one.
+/// `watch.reached` is called after a commit: the records it is told of are safe on the disk. The
+/// more there are, the more lie between two commits, since each goes through all indexes. A table
+/// copied into itself gets the records that it had at the start.
 void runCopy(Workspace& workspace, const CopyJob& job, CopyTally& tally,
              const CopyWatch& watch = {});
 

@@ -204,6 +204,39 @@ private slots:
         QCOMPARE(rows().size(), 7);
     }
 
+    void watcher_isToldLessOften_theMoreRecordsThereAre()
+    {
+        makeNumbers(300);
+        QList<qint64> told;
+        const CopyWatch watch{10, [&](std::int64_t copied) {
+                                  told << copied;
+                                  return true;
+                              }};
+        QCOMPARE(run(numbersJob(), watch).number, 0);
+        QCOMPARE(told.first(3), (QList<qint64>{10, 20, 30}));
+        QVERIFY(told.size() < 30);
+        for (qsizetype i = 1; i < told.size(); ++i)
+            QVERIFY(told[i] - told[i - 1] <= std::max<qint64>(10, told[i] / 8 + 10));
+        QCOMPARE(rows().size(), 300);
+    }
+
+    void stop_isAskedBetweenCommitsToo()
+    {
+        makeNumbers(300);
+        int asked = 0;
+        qint64 told = 0;
+        CopyWatch watch{10, [&](std::int64_t copied) {
+                            told = copied;
+                            return true;
+                        }};
+        watch.stop = [&] { return ++asked == 20; };
+        QCOMPARE(run(numbersJob(), watch).number, 0);
+        QVERIFY(tally_.cancelled);
+        QCOMPARE(tally_.copied, 200);
+        QVERIFY(told < 200);
+        QCOMPARE(rows().size(), 200);
+    }
+
     void watcher_canEndTheCopy()
     {
         makeNumbers(7);
