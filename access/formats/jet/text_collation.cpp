@@ -1,6 +1,7 @@
 #include "access/formats/jet/text_collation.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 #include "access/formats/jet/collation_weights.h"
@@ -86,6 +87,51 @@ void complement(KeyBytes& key, std::size_t from)
 {
     for (std::size_t i = from; i < key.size(); ++i)
         key[i] = static_cast<std::uint8_t>(~key[i]);
+}
+
+/// The primary bytes of an ASCII character that adds nothing else to a Jet 4 key; none of others.
+struct PlainWeight {
+    std::uint8_t bytes = 0;
+    std::array<std::uint8_t, 2> primary{};
+};
+
+std::array<PlainWeight, 128> plainWeights()
+{
+    std::array<PlainWeight, 128> plain;
+    for (std::size_t c = 0; c < plain.size(); ++c) {
+        const UnitWeight weight = unitWeight(static_cast<char16_t>(c));
+        const bool accents = std::ranges::any_of(
+            weight.secondary, [](std::uint8_t value) { return value > kPlainSecondary; });
+        if (weight.kind != UnitWeight::Kind::Weight || accents || weight.primaryBytes > 2)
+            continue;
+        plain[c] = {weight.primaryBytes, {weight.primary[0], weight.primary[1]}};
+    }
+    return plain;
+}
+
+/// The whole key of a text of such characters, as most are. False, and nothing, for another.
+bool appendPlain(std::string_view text, KeyBytes& key)
+{
+    static const std::array<PlainWeight, 128> kPlain = plainWeights();
+    const std::size_t from = key.size();
+    key.resize(from + 3 + 2 * text.size());
+    std::uint8_t* out = key.data() + from;
+    *out++ = 0x7F;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        const PlainWeight* weight = byte < kPlain.size() ? &kPlain[byte] : nullptr;
+        if (!weight || weight->bytes == 0) {
+            key.resize(from);
+            return false;
+        }
+        out[0] = weight->primary[0];
+        out[1] = weight->primary[1];
+        out += weight->bytes;
+    }
+    *out++ = 1;
+    *out++ = 0;
+    key.resize(static_cast<std::size_t>(out - key.data()));
+    return true;
 }
 
 /// The accents of a Jet 3 key: nibbles, high one first.
@@ -185,6 +231,8 @@ bool TextCollation::appendJet3(std::string_view utf8, KeyBytes& key)
 
 bool TextCollation::appendJet4(std::string_view utf8, KeyBytes& key)
 {
+    if (utf8.size() <= kKeyCharacters && appendPlain(withoutTrailingBlanks(utf8), key))
+        return true;
     secondaries_.clear();
     records_.clear();
     bool sure = true;
