@@ -61,6 +61,13 @@ public:
         decodeCdxNode(bytes, pad_, node);
     }
 
+    bool search(std::uint32_t at, const Wanted& wanted, NodeHit& hit) override
+    {
+        CdxFile::NodeBytes bytes;
+        return at >= kCdxNodeBytes && file_.file_.readAt(at, bytes) == bytes.size() &&
+               searchCdxNode(bytes, keyLength_, pad_, wanted, hit);
+    }
+
     bool fits(const TreeNode& node) const override { return cdxNodeFits(node, pad_); }
 
     void store(const TreeNode& node) override

@@ -82,42 +82,117 @@ std::uint32_t commonBytes(const std::uint8_t* a, const std::uint8_t* b, std::uin
 
 }  // namespace
 
+namespace {
+
+/// The entries of a packed leaf, one after the other, each checked against the leaf.
+class LeafReader {
+public:
+    LeafReader(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint32_t keyLength)
+        : p_(bytes.data()), length_(keyLength), count_(loadLE<std::uint16_t>(p_ + kCountAt)),
+          recordMask_(loadLE<std::uint32_t>(p_ + kRecordMaskAt)), beforeMask_(p_[kBeforeMaskAt]),
+          padMask_(p_[kPadMaskAt]), recordBits_(p_[kRecordBitsAt]), beforeBits_(p_[kBeforeBitsAt]),
+          entryBytes_(p_[kEntryBytesAt]), lowest_(kHead + count_ * entryBytes_)
+    {
+        sound_ = count_ == 0 || (entryBytes_ >= 1 && entryBytes_ <= 8 && recordBits_ <= 32 &&
+                                 beforeBits_ <= 16 && lowest_ <= kCdxNodeBytes);
+    }
+
+    bool sound() const { return sound_; }
+    std::size_t count() const { return count_; }
+
+    /// Goes on to an entry; they must be taken in their order. False when it is not sound.
+    bool take(std::size_t i)
+    {
+        const std::uint64_t entry = entryAt(kHead + i * entryBytes_);
+        record = static_cast<std::uint32_t>(entry) & recordMask_;
+        before = static_cast<std::uint32_t>(entry >> recordBits_) & beforeMask_;
+        pads = static_cast<std::uint32_t>(entry >> (recordBits_ + beforeBits_)) & padMask_;
+        if (before + pads > length_ || (i == 0 && before))
+            return false;
+        stored = length_ - before - pads;
+        if (end_ < lowest_ + stored)
+            return false;
+        end_ -= stored;
+        return true;
+    }
+    const std::uint8_t* keptBytes() const { return p_ + end_; }
+
+    // Of the entry that was taken: what its key shares with the one before, what is kept of it, and
+    // how many pad bytes end it.
+    std::uint32_t record = 0, before = 0, stored = 0, pads = 0;
+
+private:
+    std::uint64_t entryAt(std::size_t at) const
+    {
+        if (at + 8 > kCdxNodeBytes)
+            return loadEntry(p_ + at, entryBytes_);
+        return loadLE<std::uint64_t>(p_ + at) & (~std::uint64_t{0} >> (64 - 8 * entryBytes_));
+    }
+
+    const std::uint8_t* p_;
+    std::uint32_t length_;
+    std::size_t count_;
+    std::uint32_t recordMask_, beforeMask_, padMask_, recordBits_, beforeBits_, entryBytes_;
+    std::size_t lowest_;
+    std::size_t end_ = kCdxNodeBytes;
+    bool sound_ = false;
+};
+
+}  // namespace
+
 void decodeCdxLeaf(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint8_t pad,
                    TreeNode& node)
 {
-    const std::uint8_t* p = bytes.data();
-    const std::size_t count = loadLE<std::uint16_t>(p + kCountAt);
-    const auto recordMask = loadLE<std::uint32_t>(p + kRecordMaskAt);
-    const std::uint32_t beforeMask = p[kBeforeMaskAt], padMask = p[kPadMaskAt];
-    const std::uint32_t recordBits = p[kRecordBitsAt], beforeBits = p[kBeforeBitsAt];
-    const std::uint32_t entryBytes = p[kEntryBytesAt];
-    if (count == 0)
-        return;
-    if (entryBytes < 1 || entryBytes > 8 || recordBits > 32 || beforeBits > 16 ||
-        kHead + count * entryBytes > kCdxNodeBytes)
-        damaged("its entries do not fit");
     const std::uint32_t length = node.keyLength;
-    const std::size_t lowest = kHead + count * entryBytes;
-    node.keys.resize(count * length);
-    node.records.resize(count);
-    std::size_t end = kCdxNodeBytes;
+    LeafReader leaf(bytes, length);
+    if (!leaf.sound())
+        damaged("its entries do not fit");
+    node.keys.resize(leaf.count() * length);
+    node.records.resize(leaf.count());
     std::uint8_t* key = node.keys.data();
-    for (std::size_t i = 0; i < count; ++i, key += length) {
-        const std::uint64_t entry = loadEntry(p + kHead + i * entryBytes, entryBytes);
-        const auto before = static_cast<std::uint32_t>(entry >> recordBits) & beforeMask;
-        const auto pads = static_cast<std::uint32_t>(entry >> (recordBits + beforeBits)) & padMask;
-        if (before + pads > length || (i == 0 && before))
-            damaged("a key is longer than keys are");
-        const std::uint32_t stored = length - before - pads;
-        if (end < lowest + stored)
+    for (std::size_t i = 0; i < leaf.count(); ++i, key += length) {
+        if (!leaf.take(i))
             damaged("its keys do not fit");
-        end -= stored;
-        if (before)
-            std::memcpy(key, key - length, before);
-        std::memcpy(key + before, p + end, stored);
-        std::memset(key + before + stored, pad, pads);
-        node.records[i] = static_cast<std::uint32_t>(entry) & recordMask;
+        if (leaf.before)
+            std::memcpy(key, key - length, leaf.before);
+        std::memcpy(key + leaf.before, leaf.keptBytes(), leaf.stored);
+        std::memset(key + leaf.before + leaf.stored, pad, leaf.pads);
+        node.records[i] = leaf.record;
     }
+}
+
+bool searchCdxLeaf(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint32_t keyLength,
+                   std::uint8_t pad, const Wanted& wanted, NodeHit& hit)
+{
+    LeafReader leaf(bytes, keyLength);
+    if (!leaf.sound() || keyLength > hit.key.size())
+        return false;
+    std::uint8_t* key = hit.key.data();
+    std::uint32_t end = 0;    // behind it the key in hand has pad bytes
+    std::uint32_t match = 0;  // what the key in hand, which is in front, shares with the wanted one
+    hit.count = leaf.count();
+    for (hit.index = 0; hit.index < hit.count; ++hit.index) {
+        if (!leaf.take(hit.index))
+            return false;
+        if (leaf.before > end)
+            std::memset(key + end, pad, leaf.before - end);
+        std::memcpy(key + leaf.before, leaf.keptBytes(), leaf.stored);
+        end = leaf.before + leaf.stored;
+        if (hit.index > 0 && leaf.before > match)
+            continue;
+        std::uint32_t at = leaf.before;
+        int by = 0;
+        for (; by == 0 && at < wanted.length; at += by == 0)
+            by = (at < end ? key[at] : pad) - wanted.key[at];
+        if (by == 0 && wanted.record != 0)
+            by = (leaf.record > wanted.record) - (leaf.record < wanted.record);
+        if (wanted.behind ? by > 0 : by >= 0)
+            break;
+        match = at;
+    }
+    std::memset(key + end, pad, keyLength - end);
+    hit.record = leaf.record;
+    return true;
 }
 
 void CdxLeafPacker::begin()

@@ -20,6 +20,11 @@ using CdxBytes = std::span<std::uint8_t, kCdxNodeBytes>;
 void decodeCdxLeaf(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint8_t pad,
                    TreeNode& node);
 
+/// Searches the leaf for the first entry that is not in front of what is wanted, and looks at no
+/// other behind it. False when it is not sound as far as that.
+bool searchCdxLeaf(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint32_t keyLength,
+                   std::uint8_t pad, const Wanted& wanted, NodeHit& hit);
+
 /// Packs keys one after the other, as many as a leaf takes.
 class CdxLeafPacker {
 public:

@@ -25,11 +25,37 @@ void decodeInner(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::size_t
     if (count > cdxMostItems(node.keyLength))
         damaged("its entries do not fit");
     const std::uint8_t* p = bytes.data() + kInnerHead;
+    node.keys.resize(count * node.keyLength);
+    node.records.resize(count);
+    node.children.resize(count);
     for (std::size_t i = 0; i < count; ++i, p += node.keyLength + 8) {
-        node.keys.insert(node.keys.end(), p, p + node.keyLength);
-        node.records.push_back(loadBE<std::uint32_t>(p + node.keyLength));
-        node.children.push_back(loadBE<std::uint32_t>(p + node.keyLength + 4));
+        std::memcpy(node.keys.data() + i * node.keyLength, p, node.keyLength);
+        node.records[i] = loadBE<std::uint32_t>(p + node.keyLength);
+        node.children[i] = loadBE<std::uint32_t>(p + node.keyLength + 4);
     }
+}
+
+bool searchInner(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint32_t keyLength,
+                 const Wanted& wanted, NodeHit& hit)
+{
+    const std::size_t count = loadLE<std::uint16_t>(bytes.data() + 2);
+    if (count == 0 || count > cdxMostItems(keyLength))
+        return false;
+    const auto item = [&](std::size_t i) {
+        return bytes.data() + kInnerHead + i * (keyLength + 8);
+    };
+    std::size_t low = 0, high = count;
+    while (low < high) {
+        const std::size_t middle = (low + high) / 2;
+        const std::uint8_t* key = item(middle);
+        if (wanted.isBehind(key, loadBE<std::uint32_t>(key + keyLength)))
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    hit.index = std::min(low, count - 1);
+    hit.child = loadBE<std::uint32_t>(item(hit.index) + keyLength + 4);
+    return true;
 }
 
 /// False when they do not all fit.
@@ -64,6 +90,14 @@ void decodeCdxNode(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint
         decodeCdxLeaf(bytes, pad, node);
     else
         decodeInner(bytes, count, node);
+}
+
+bool searchCdxNode(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint32_t keyLength,
+                   std::uint8_t pad, const Wanted& wanted, NodeHit& hit)
+{
+    hit.leaf = loadLE<std::uint16_t>(bytes.data()) & kLeaf;
+    return hit.leaf ? searchCdxLeaf(bytes, keyLength, pad, wanted, hit)
+                    : searchInner(bytes, keyLength, wanted, hit);
 }
 
 void putCdxHead(const TreeNode& node, bool root, std::span<std::uint8_t, kCdxNodeBytes> bytes)

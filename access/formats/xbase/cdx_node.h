@@ -16,6 +16,9 @@ inline constexpr std::size_t kCdxNodeBytes = 512;
 /// 3197 when it is not sound. `pad`: the byte that ends keys of this index.
 void decodeCdxNode(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint8_t pad,
                    TreeNode& node);
+/// Searches a node in its bytes. False when it is not sound.
+bool searchCdxNode(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint32_t keyLength,
+                   std::uint8_t pad, const Wanted& wanted, NodeHit& hit);
 /// False when it does not fit.
 bool encodeCdxNode(const TreeNode& node, std::uint8_t pad, bool root,
                    std::span<std::uint8_t, kCdxNodeBytes> bytes);

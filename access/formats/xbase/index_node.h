@@ -8,6 +8,7 @@
 // keys.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -49,6 +50,35 @@ struct SortedEntries {
     const std::uint8_t* key(std::size_t i) const { return keys + i * keyLength; }
 };
 
+/// What a search looks for: the first key that begins with these bytes or is behind them; among
+/// equal keys the first whose record is not less, unless that is 0. `behind`: past equal ones.
+struct Wanted {
+    const std::uint8_t* key = nullptr;
+    std::size_t length = 0;
+    std::uint32_t record = 0;
+    bool behind = false;
+
+    /// Whether the place that is looked for lies behind this key.
+    bool isBehind(const std::uint8_t* other, std::uint32_t otherRecord) const
+    {
+        int by = std::memcmp(other, key, length);
+        if (by == 0 && record != 0)
+            by = (otherRecord > record) - (otherRecord < record);
+        return behind ? by <= 0 : by < 0;
+    }
+};
+
+/// What a search finds in a node that it does not decode: the child to go on with, or the first
+/// entry of a leaf that is not in front of what is wanted (index == count: there is none).
+struct NodeHit {
+    bool leaf = false;
+    std::size_t index = 0;
+    std::uint32_t child = kNoNode;  ///< of an inner node
+    std::size_t count = 0;          ///< of a leaf; so are the next two
+    std::uint32_t record = 0;
+    std::array<std::uint8_t, kLongestKey> key;
+};
+
 class NodeStore {
 public:
     virtual ~NodeStore() = default;
@@ -72,6 +102,9 @@ public:
             store(node);
         return there;
     }
+    /// Searches the node at a place without decoding it. False where that does not go, or the node
+    /// is not sound.
+    virtual bool search(std::uint32_t, const Wanted&, NodeHit&) { return false; }
     /// Enters a key into the leaf at a place, in front of others. False, and nothing is changed,
     /// where that does not go without decoding the leaf.
     virtual bool insertInLeaf(std::uint32_t, const std::uint8_t*, std::uint32_t) { return false; }

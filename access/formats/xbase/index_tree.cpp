@@ -60,7 +60,7 @@ std::uint32_t IndexTree::childFor(std::size_t n, std::uint32_t at, const std::ui
             return kNoNode;
     }
     const TreeNode& node = level(n).node;
-    const std::size_t place = path_.place(node, key, store_.keyLength(), record, true);
+    const std::size_t place = TreeWalker::place(node, {key, store_.keyLength(), record, true});
     return node.children[std::min(place, node.children.size() - 1)];
 }
 
@@ -85,10 +85,10 @@ void IndexTree::insert(const std::uint8_t* key, std::uint32_t record)
         return;
     loaded_ = 0;
     // Among equal keys without order by record the place behind all of them keeps numbers rising.
-    path_.down(key, store_.keyLength(), store_.recordsAreOrdered() ? record : 0, true);
+    path_.down({key, store_.keyLength(), store_.recordsAreOrdered() ? record : 0, true});
     Level& leaf = level(path_.depth_ - 1);
     if (!store_.recordsAreOrdered())
-        leaf.index = path_.place(leaf.node, key, store_.keyLength(), record, true);
+        leaf.index = TreeWalker::place(leaf.node, {key, store_.keyLength(), record, true});
     leaf.node.insertKey(leaf.index, key, record);
     leaf.changed = true;
     inserted_ = leaf.index;
@@ -120,6 +120,7 @@ void IndexTree::growRoot()
     if (path_.depth_ >= kDeepestTree)
         throw EngineError(EngineErrorNumber::Corrupt, "The tree of an index is too deep.");
     Level top;
+    top.loaded = true;
     const TreeNode& old = level(0).node;
     top.node.at = store_.allocate();
     top.node.leaf = false;

@@ -19,7 +19,7 @@ inline constexpr std::size_t kDeepestTree = 40;
 /// Stands between entries while a tree is searched or walked. Good until the tree changes.
 class TreeWalker {
 public:
-    explicit TreeWalker(NodeStore& store);
+    explicit TreeWalker(NodeStore& store) : TreeWalker(store, false) {}
 
     bool first();
     bool last();
@@ -32,8 +32,14 @@ public:
     bool seekEntry(const std::uint8_t* key, std::uint32_t record);
 
     bool on() const { return on_; }
-    const std::uint8_t* key() const { return leaf().node.key(leaf().index); }
-    std::uint32_t record() const { return leaf().node.records[leaf().index]; }
+    const std::uint8_t* key() const
+    {
+        return leaf().loaded ? leaf().node.key(leaf().index) : hit_.key.data();
+    }
+    std::uint32_t record() const
+    {
+        return leaf().loaded ? leaf().node.records[leaf().index] : hit_.record;
+    }
 
 private:
     friend class IndexTree;
@@ -41,32 +47,40 @@ private:
         TreeNode node;
         std::size_t index = 0;
         bool changed = false;
+        bool loaded = false;  // a search passes nodes without decoding them
     };
+    /// `whole`: every node on the way is decoded, to be changed.
+    TreeWalker(NodeStore& store, bool whole);
 
     const Level& leaf() const { return levels_[depth_ - 1]; }
     Level& leaf() { return levels_[depth_ - 1]; }
-    Level& push(std::uint32_t at);
+    Level& enter(std::uint32_t at);
+    Level& load(Level& level);
+    Level& push(std::uint32_t at) { return load(enter(at)); }
     bool fall(bool toEnd);
+    bool onEntry() const
+    {
+        return leaf().index < (leaf().loaded ? leaf().node.count() : hit_.count);
+    }
     bool nextLeaf();
     bool previousLeaf();
     void countStep(bool forward);
-    void down(const std::uint8_t* key, std::size_t length, std::uint32_t record, bool behind);
-    int compare(const TreeNode& node, std::size_t i, const std::uint8_t* key, std::size_t length,
-                std::uint32_t record) const;
-    std::size_t place(const TreeNode& node, const std::uint8_t* key, std::size_t length,
-                      std::uint32_t record, bool behind) const;
+    void down(const Wanted& wanted);
+    static std::size_t place(const TreeNode& node, const Wanted& wanted);
 
     NodeStore& store_;
+    bool whole_;
     std::vector<Level> levels_;
     std::size_t depth_ = 0;
     bool on_ = false;
     bool forward_ = true;
     std::uint64_t steps_ = 0;
+    NodeHit hit_;  // of the leaf, while that is not loaded
 };
 
 class IndexTree {
 public:
-    explicit IndexTree(NodeStore& store) : store_(store), path_(store) {}
+    explicit IndexTree(NodeStore& store) : store_(store), path_(store, true) {}
 
     bool contains(const std::uint8_t* key, std::uint32_t record);
     /// The record of the first entry with this key; 0 when there is none.

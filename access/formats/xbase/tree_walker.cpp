@@ -14,21 +14,30 @@ namespace {
 
 }  // namespace
 
-TreeWalker::TreeWalker(NodeStore& store) : store_(store) {}
+TreeWalker::TreeWalker(NodeStore& store, bool whole) : store_(store), whole_(whole) {}
 
-TreeWalker::Level& TreeWalker::push(std::uint32_t at)
+TreeWalker::Level& TreeWalker::enter(std::uint32_t at)
 {
     if (depth_ >= kDeepestTree)
         damaged("it is too deep");
     if (levels_.size() <= depth_)
         levels_.emplace_back();
     Level& level = levels_[depth_];
-    store_.load(at, level.node);
+    level.node.at = at;
+    level.index = 0;
+    level.changed = level.loaded = false;
+    ++depth_;
+    return level;
+}
+
+TreeWalker::Level& TreeWalker::load(Level& level)
+{
+    if (level.loaded)
+        return level;
+    store_.load(level.node.at, level.node);
     if (!level.node.leaf && level.node.children.empty())
         damaged("a node has no children");
-    level.index = 0;
-    level.changed = false;
-    ++depth_;
+    level.loaded = true;
     return level;
 }
 
@@ -60,7 +69,7 @@ bool TreeWalker::nextLeaf()
     for (;;) {
         countStep(true);
         std::size_t up = depth_ - 1;
-        while (up > 0 && levels_[up - 1].index + 1 >= levels_[up - 1].node.children.size())
+        while (up > 0 && levels_[up - 1].index + 1 >= load(levels_[up - 1]).node.children.size())
             --up;
         if (up == 0)
             return on_ = false;
@@ -83,7 +92,7 @@ bool TreeWalker::previousLeaf()
         if (up == 0)
             return on_ = false;
         depth_ = up;
-        Level& level = leaf();
+        Level& level = load(leaf());
         --level.index;
         push(level.node.children[level.index]);
         if (fall(true))
@@ -111,7 +120,8 @@ bool TreeWalker::last()
 
 bool TreeWalker::next()
 {
-    if (++leaf().index < leaf().node.count())
+    Level& level = load(leaf());
+    if (++level.index < level.node.count())
         return true;
     return nextLeaf();
 }
@@ -119,30 +129,19 @@ bool TreeWalker::next()
 bool TreeWalker::previous()
 {
     if (leaf().index > 0) {
-        --leaf().index;
+        --load(leaf()).index;
         return on_ = true;
     }
     return previousLeaf();
 }
 
-int TreeWalker::compare(const TreeNode& node, std::size_t i, const std::uint8_t* key,
-                        std::size_t length, std::uint32_t record) const
-{
-    const int by = std::memcmp(node.key(i), key, length);
-    if (by || record == 0)
-        return by;
-    return (node.records[i] > record) - (node.records[i] < record);
-}
-
-/// The first key that is not before the wanted one (or that is behind it). Record 0: keys alone.
-std::size_t TreeWalker::place(const TreeNode& node, const std::uint8_t* key, std::size_t length,
-                              std::uint32_t record, bool behind) const
+/// The first key that is not in front of what is wanted.
+std::size_t TreeWalker::place(const TreeNode& node, const Wanted& wanted)
 {
     std::size_t low = 0, high = node.count();
     while (low < high) {
         const std::size_t middle = (low + high) / 2;
-        const int by = compare(node, middle, key, length, record);
-        if (behind ? by <= 0 : by < 0)
+        if (wanted.isBehind(node.key(middle), node.records[middle]))
             low = middle + 1;
         else
             high = middle;
@@ -150,26 +149,35 @@ std::size_t TreeWalker::place(const TreeNode& node, const std::uint8_t* key, std
     return low;
 }
 
-void TreeWalker::down(const std::uint8_t* key, std::size_t length, std::uint32_t record,
-                      bool behind)
+void TreeWalker::down(const Wanted& wanted)
 {
     depth_ = 0;
     steps_ = 0;
-    push(store_.root());
-    const std::uint32_t inInner = store_.recordsAreOrdered() ? record : 0;
-    while (!leaf().node.leaf) {
-        Level& level = leaf();
-        level.index = std::min(place(level.node, key, length, inInner, behind),
-                               level.node.children.size() - 1);
-        push(level.node.children[level.index]);
+    Wanted inInner = wanted;
+    if (!store_.recordsAreOrdered())
+        inInner.record = 0;
+    std::uint32_t at = store_.root();
+    for (;;) {
+        Level& level = enter(at);
+        if (!whole_ && store_.recordsAreOrdered() && store_.search(at, wanted, hit_)) {
+            level.index = hit_.index;
+            if (hit_.leaf)
+                return;
+            at = hit_.child;
+            continue;
+        }
+        if (load(level).node.leaf)
+            break;
+        level.index = std::min(place(level.node, inInner), level.node.children.size() - 1);
+        at = level.node.children[level.index];
     }
-    leaf().index = place(leaf().node, key, length, record, behind);
+    leaf().index = place(leaf().node, wanted);
 }
 
 bool TreeWalker::seek(const std::uint8_t* key, std::size_t length, bool behind)
 {
-    down(key, length, 0, behind);
-    if (leaf().index < leaf().node.count())
+    down({key, length, 0, behind});
+    if (onEntry())
         return on_ = true;
     return nextLeaf();
 }
@@ -178,8 +186,8 @@ bool TreeWalker::seekEntry(const std::uint8_t* key, std::uint32_t record)
 {
     const std::uint32_t length = store_.keyLength();
     if (store_.recordsAreOrdered()) {
-        down(key, length, record, false);
-        on_ = leaf().index < leaf().node.count();
+        down({key, length, record, false});
+        on_ = onEntry();
         if (!on_)
             nextLeaf();
         return on_ && this->record() == record && std::memcmp(this->key(), key, length) == 0;

@@ -83,6 +83,92 @@ TEST(CdxLeaf, anEntryComesIntoThePackedBytes)
     EXPECT_GT(refused, 1000);
 }
 
+/// A node of random keys that begin alike, in order.
+TreeNode randomNode(std::mt19937& random, std::uint32_t length, std::uint8_t pad, std::size_t most)
+{
+    TreeNode node = emptyLeaf(length);
+    for (std::size_t i = 0; i < most; ++i) {
+        std::vector<std::uint8_t> key(length, pad);
+        for (std::size_t n = 0; n < random() % (length + 1); ++n)
+            key[n] = static_cast<std::uint8_t>('a' + random() % 2);
+        TreeNode more = node;
+        const std::uint32_t record = 1 + random() % 500;
+        more.insertKey(placeOf(node, key, record), key.data(), record);
+        if (!cdxNodeFits(more, pad))
+            break;
+        node = std::move(more);
+    }
+    return node;
+}
+
+/// The first entry that is not in front of what is wanted, by looking at each.
+std::size_t foundByLooking(const TreeNode& node, const Wanted& wanted)
+{
+    std::size_t at = 0;
+    while (at < node.count() && wanted.isBehind(node.key(at), node.records[at]))
+        ++at;
+    return at;
+}
+
+TEST(CdxLeaf, aSearchInThePackedBytesFindsWhatLookingAtEachKeyFinds)
+{
+    std::mt19937 random(3);
+    for (int round = 0; round < 3000; ++round) {
+        const auto length = static_cast<std::uint32_t>(1 + random() % 30);
+        const std::uint8_t pad = random() % 2 ? ' ' : 0;
+        const TreeNode node = randomNode(random, length, pad, random() % 100);
+        const Bytes bytes = packed(node, pad);
+        for (int i = 0; i < 30; ++i) {
+            std::vector<std::uint8_t> key(length, pad);
+            if (node.count() && random() % 3)
+                key.assign(node.key(0), node.key(1));
+            if (node.count() && random() % 3) {
+                const std::size_t at = random() % node.count();
+                key.assign(node.key(at), node.key(at) + length);
+            }
+            if (random() % 2)
+                key[random() % length] = static_cast<std::uint8_t>('a' + random() % 2);
+            const bool whole = random() % 2;
+            const Wanted wanted{key.data(), whole ? length : random() % (length + 1),
+                                whole ? static_cast<std::uint32_t>(random() % 500) : 0,
+                                random() % 2 == 0};
+            NodeHit hit;
+            ASSERT_TRUE(searchCdxNode(bytes, length, pad, wanted, hit));
+            ASSERT_TRUE(hit.leaf);
+            ASSERT_EQ(hit.count, node.count());
+            ASSERT_EQ(hit.index, foundByLooking(node, wanted));
+            if (hit.index == node.count())
+                continue;
+            ASSERT_EQ(hit.record, node.records[hit.index]);
+            ASSERT_EQ(std::memcmp(hit.key.data(), node.key(hit.index), length), 0);
+        }
+    }
+}
+
+TEST(CdxLeaf, aSearchInTheBytesOfAnInnerNodeFindsTheChild)
+{
+    std::mt19937 random(4);
+    for (int round = 0; round < 1000; ++round) {
+        TreeNode node = randomNode(random, 8, ' ', 1 + random() % cdxMostItems(8));
+        node.leaf = false;
+        for (std::size_t i = 0; i < node.count(); ++i)
+            node.children.push_back(static_cast<std::uint32_t>(1024 + 512 * i));
+        const Bytes bytes = packed(node, ' ');
+        for (int i = 0; i < 30; ++i) {
+            const std::size_t at = random() % node.count();
+            const bool whole = random() % 2;
+            const Wanted wanted{node.key(at), whole ? 8u : 3u,
+                                whole ? static_cast<std::uint32_t>(random() % 500) : 0,
+                                random() % 2 == 0};
+            NodeHit hit;
+            ASSERT_TRUE(searchCdxNode(bytes, 8, ' ', wanted, hit));
+            ASSERT_FALSE(hit.leaf);
+            ASSERT_EQ(hit.index, std::min(foundByLooking(node, wanted), node.count() - 1));
+            ASSERT_EQ(hit.child, node.children[hit.index]);
+        }
+    }
+}
+
 TEST(CdxLeaf, rubbishIsNotWrittenInto)
 {
     std::mt19937 random(2);
@@ -101,6 +187,8 @@ TEST(CdxLeaf, rubbishIsNotWrittenInto)
         std::array<std::uint8_t, 12> key{};
         key[0] = static_cast<std::uint8_t>(random());
         insertIntoCdxLeaf(bytes, 12, 0, key.data(), 1 + random() % 100);  // no fault of memory
+        NodeHit hit;
+        searchCdxNode(bytes, 12, 0, {key.data(), 12, 0, false}, hit);
     }
 }
 
