@@ -69,8 +69,6 @@ class Small final : public sql::SourceTable {
 public:
     explicit Small(const char* name) : layout_(layoutOf(name)) {}
     const TableLayout& layout() const override { return layout_; }
-    sql::TextKeys textKeys() const override { return sql::TextKeys::Unknown; }
-    bool nullsFirst() const override { return false; }
     std::unique_ptr<RowCursor> cursor(std::optional<std::string_view>) override
     {
         return std::make_unique<Rows>();

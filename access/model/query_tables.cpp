@@ -2,21 +2,8 @@
 
 #include "access/model/database_state.h"
 #include "access/model/record_source.h"
-#include "platform/paths.h"
 
 namespace velnor::model {
-namespace {
-
-sql::TextKeys textKeysOf(std::string_view connect)
-{
-    const std::string word = paths::foldName(connect.substr(0, connect.find(';')));
-    if (word.empty() || word.starts_with("ACCESS") || word.starts_with("MS ACCESS"))
-        return sql::TextKeys::Blind;
-    return word.starts_with("DBASE") || word.starts_with("FOXPRO") ? sql::TextKeys::Bytes
-                                                                   : sql::TextKeys::Unknown;
-}
-
-}  // namespace
 
 std::shared_ptr<sql::SourceTable> QueryTables::find(std::string_view name, std::string_view table)
 {
@@ -24,8 +11,8 @@ std::shared_ptr<sql::SourceTable> QueryTables::find(std::string_view name, std::
     if (!database)
         return nullptr;
     try {
-        auto found = std::make_shared<QueryTable>(
-            database->sharedStore(), layoutOf(*database, table), textKeysOf(database->connect()));
+        auto found =
+            std::make_shared<QueryTable>(database->sharedStore(), layoutOf(*database, table));
         found_.push_back(found);
         return found;
     } catch (const EngineError& e) {

@@ -15,13 +15,16 @@ class DatabaseState;
 /// A table of an open store.
 class QueryTable final : public sql::SourceTable {
 public:
-    QueryTable(std::shared_ptr<OpenStore> store, TableLayout layout, sql::TextKeys keys)
-        : store_(std::move(store)), layout_(std::move(layout)), keys_(keys)
+    QueryTable(std::shared_ptr<OpenStore> store, TableLayout layout)
+        : store_(std::move(store)), layout_(std::move(layout))
     {
     }
     const TableLayout& layout() const override { return layout_; }
-    sql::TextKeys textKeys() const override { return keys_; }
-    bool nullsFirst() const override { return keys_ == sql::TextKeys::Blind; }
+    IndexOrder orderOf(const IndexDef& index) override
+    {
+        auto* const orders = dynamic_cast<IndexOrders*>(&store_->store());
+        return orders ? orders->indexOrder(layout_.name, index) : IndexOrder{};
+    }
     std::unique_ptr<RowCursor> cursor(std::optional<std::string_view> index) override
     {
         return store_->store().cursor(layout_.name, index);
@@ -32,7 +35,6 @@ public:
 private:
     std::shared_ptr<OpenStore> store_;
     TableLayout layout_;
-    sql::TextKeys keys_;
 };
 
 class QueryTables final : public sql::Tables {

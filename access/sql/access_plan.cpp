@@ -83,12 +83,6 @@ bool isUpper(TestOp op)
     return op == TestOp::Less || op == TestOp::LessEqual;
 }
 
-/// "NAME" or "UPPER(NAME)": what the keys of an index by one field may be made of.
-bool upperOf(const IndexDef& index)
-{
-    return paths::sameName(index.expression, "UPPER(" + index.fields[0].name + ")");
-}
-
 }  // namespace
 
 int positionOfField(const TableLayout& layout, std::string_view name)
@@ -159,13 +153,12 @@ const AccessPlanner::Condition* AccessPlanner::conditionOn(int field, bool equal
 
 bool AccessPlanner::searchable(const IndexDef& index) const
 {
+    const IndexOrder order = table_.orderOf(index);
     const bool plain =
         index.expression.empty() ||
-        (index.fields.size() == 1 &&
-         (paths::sameName(index.expression, index.fields[0].name) || upperOf(index)));
-    // xBase indexes that are unique leave records with equal keys out.
-    const bool whole = table_.textKeys() != TextKeys::Bytes || !index.unique;
-    return plain && whole && !index.fields.empty() && index.condition.empty() &&
+        (index.fields.size() == 1 && (paths::sameName(index.expression, index.fields[0].name) ||
+                                      order.texts == TextKeys::Blind));
+    return plain && !order.leavesEqualOut && !index.fields.empty() && index.condition.empty() &&
            index.cannotKeep.empty() &&
            std::none_of(index.fields.begin(), index.fields.end(),
                         [](const IndexFieldDef& f) { return f.descending; });
@@ -173,6 +166,7 @@ bool AccessPlanner::searchable(const IndexDef& index) const
 
 void AccessPlanner::considerIndex(const IndexDef& index)
 {
+    const TextKeys texts = table_.orderOf(index).texts;
     AccessPlan plan;
     plan.road = Road::Index;
     plan.index = index.name;
@@ -182,17 +176,17 @@ void AccessPlanner::considerIndex(const IndexDef& index)
         const bool text =
             field >= 0 &&
             sqlTypeOf(layout_.fields[static_cast<std::size_t>(field)].type) == SqlType::Text;
-        const bool spelled = text && table_.textKeys() == TextKeys::Bytes && !upperOf(index);
-        if (field < 0 || (text && table_.textKeys() == TextKeys::Unknown) ||
-            (spelled && index.fields.size() > 1))
+        const bool spelled = text && texts == TextKeys::Bytes;
+        if (field < 0 || (text && texts == TextKeys::Unknown) || (spelled && i > 0))
             break;
         const Condition* equal = conditionOn(field, true);
         if (equal) {
             plan.equalTerms.push_back(static_cast<int>(equal - conditions_.data()));
             part *= kEqualPart;
-            if (spelled)
-                plan.road = Road::Spelling;
-            continue;
+            if (!spelled)
+                continue;
+            plan.road = Road::Spelling;
+            break;
         }
         for (std::size_t c = 0; !text && c < conditions_.size(); ++c) {
             const PlanTerm& term = conditions_[c].term;
@@ -223,7 +217,7 @@ void AccessPlanner::considerIndex(const IndexDef& index)
 bool AccessPlanner::givesOrder(const IndexDef& index, const sqlite3_index_info& info,
                                bool& backwards) const
 {
-    if (!table_.nullsFirst() || index.ignoreNulls || info.nOrderBy == 0 ||
+    if (!table_.orderOf(index).nullsFirst || index.ignoreNulls || info.nOrderBy == 0 ||
         static_cast<std::size_t>(info.nOrderBy) > index.fields.size() || !index.expression.empty())
         return false;
     backwards = info.aOrderBy[0].desc;

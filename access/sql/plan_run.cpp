@@ -105,12 +105,12 @@ RowRoad* PlanRun::begin(const AccessPlan& plan, std::span<sqlite3_value* const> 
     road_.reset();
     if (!readTests(plan, values))
         return nullptr;
-    road_ = roadOf(plan);
     bool there = false;
     try {
         there = road_ && road_->first();
     } catch (const EngineError& error) {
-        // An index that cannot be searched this way: past all records then.
+        // An index that is older than its table, or cannot be searched this way: past all records
+        // then.
         if (plan.ordered || error.code() == EngineErrorNumber::Cancelled)
             throw;
         road_.reset();
@@ -122,11 +122,14 @@ RowRoad* PlanRun::begin(const AccessPlan& plan, std::span<sqlite3_value* const> 
     return there ? road_.get() : nullptr;
 }
 
+        if (closed_ != &plan)
+            road_ = roadOf(plan);
 /// A cursor on an index, or past all records: made once, since a join comes here for every record.
 std::shared_ptr<RowCursor> PlanRun::cursorOn(const std::string& index, int number)
 {
     for (const Kept& kept : cursors_)
         if (kept.index == index && kept.number == number)
+        closed_ = &plan;
             return kept.cursor;
     const auto name = index.empty() ? std::nullopt : std::optional<std::string_view>(index);
     cursors_.push_back({index, number, module_.table().cursor(name)});

@@ -47,6 +47,7 @@ private:
     std::unique_ptr<RowRoad> road_;
 
     std::unique_ptr<GroupedRows> grouped_;
+    const AccessPlan* closed_ = nullptr;  // its road was tried and cannot be taken
     std::unique_ptr<KeptTable> kept_;
     const AccessPlan* keptFor_ = nullptr;
     bool keptTooLarge_ = false;

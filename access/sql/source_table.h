@@ -7,23 +7,15 @@
 #include <string_view>
 
 #include "access/formats/driver.h"
+#include "access/formats/index_order.h"
 
 namespace velnor::sql {
-
-/// How the texts of an index are ordered, so far as a search may count on it.
-enum class TextKeys : std::uint8_t {
-    Unknown,  ///< texts are never looked for in an index
-    Blind,    ///< equal but for case are one key
-    Bytes,    ///< by character code: capitals stand before small letters
-};
 
 class SourceTable {
 public:
     virtual ~SourceTable() = default;
     virtual const TableLayout& layout() const = 0;
-    virtual TextKeys textKeys() const = 0;
-    /// Null keys stand first, as the smallest ones: an index may give an order.
-    virtual bool nullsFirst() const = 0;
+    virtual IndexOrder orderOf(const IndexDef&) { return {}; }
     virtual std::unique_ptr<RowCursor> cursor(std::optional<std::string_view> index) = 0;
     /// Live records; may cost a look through the file.
     virtual std::int64_t recordCount() = 0;

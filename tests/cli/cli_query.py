@@ -1,6 +1,6 @@
 """velnor-cli query: every example of the dialect on each format, and generated statements over real
 files, against the same statement on a plain SQLite import of the independent dump."""
-import csv, io, json, os, random, signal, sqlite3, subprocess, time
+import csv, io, json, os, random, re, signal, sqlite3, subprocess, time
 from cli_support import *
 
 csv.field_size_limit(1 << 30)
@@ -180,14 +180,31 @@ def test_small_memory_gives_the_same_answer(folder):
         assert few.count("\n") > 50
 
 
-def test_indexes_give_the_same_answer(folder):
-    rng = random.Random(7)
-    rows = people(3000)
-    for row in rows:  # every spelling, gaps, negative numbers, equal keys
+CONDITIONS = ["NAME = 'PERSON 0000123'", "NAME = 'person'", "NAME = 'pErSoN a'", "NAME = ''", "NAME IN ('person', 'x')",
+              "CITY = 'city 7'", "AMOUNT = 12.5", "AMOUNT > 3000 AND AMOUNT <= 3100.5", "AMOUNT < -100", "AMOUNT = 0",
+              "AMOUNT >= 1e9", "QTY = 7", "QTY = 7.5", "QTY > 7.5 AND QTY < 9.5", "QTY BETWEEN 3 AND 5",
+              "DAY = #1/1/1910#", "DAY >= #12/1/1950# AND DAY < #2/1/1951#", "DAY < #1/1/1911#", "QTY = 3 AND CITY = 'CITY 3'",
+              "NAME = 'Zzz'", "AMOUNT IS NULL AND QTY < 20", "NAME = 'person' OR QTY = 3"]
+
+
+def odd_people(count):
+    """Every spelling, gaps, negative numbers, equal keys."""
+    rng, rows = random.Random(7), people(count)
+    for row in rows:
         row[0] = rng.choice([row[0], row[0].upper(), row[0].lower(), "person", "Person A", ""])
         row[1] = rng.choice([row[1], row[1].upper()])
         row[2] = rng.choice([row[2], "-" + row[2][:8], "", "0.00"])
         row[4] = rng.choice([row[4], row[4], ""])
+    return rows
+
+
+def same_records(want, got, what):
+    assert len(want) == len(got) and all(all(same(a, b) for a, b in zip(x, y)) for x, y in zip(want, got)), \
+        (what, len(want), len(got), want[:2], got[:2])
+
+
+def test_indexes_give_the_same_answer(folder):
+    rows = odd_people(3000)
     plain_dbf, dbf = os.path.join(folder, "plain.dbf"), os.path.join(folder, "big.dbf")
     mdb = os.path.join(folder, "big.mdb")
     make_dbf(plain_dbf, PEOPLE, rows)
@@ -201,17 +218,11 @@ def test_indexes_give_the_same_answer(folder):
     make_dbf(os.path.join(fox, "big.dbf"), PEOPLE, rows)
     for field in ("NAME", "CITY", "AMOUNT", "QTY", "DAY"):
         cli("index", os.path.join(fox, "big.dbf"), "--add", "I" + field, "--field", field, "--as", "foxpro2")
-    conditions = ["NAME = 'PERSON 0000123'", "NAME = 'person'", "NAME = 'pErSoN a'", "NAME = ''", "NAME IN ('person', 'x')",
-                  "CITY = 'city 7'", "AMOUNT = 12.5", "AMOUNT > 3000 AND AMOUNT <= 3100.5", "AMOUNT < -100", "AMOUNT = 0",
-                  "AMOUNT >= 1e9", "QTY = 7", "QTY = 7.5", "QTY > 7.5 AND QTY < 9.5", "QTY BETWEEN 3 AND 5",
-                  "DAY = #1/1/1910#", "DAY >= #12/1/1950# AND DAY < #2/1/1951#", "DAY < #1/1/1911#", "QTY = 3 AND CITY = 'CITY 3'",
-                  "NAME = 'Zzz'", "AMOUNT IS NULL AND QTY < 20", "NAME = 'person' OR QTY = 3"]
-    for where in conditions:
+    for where in CONDITIONS:
         want = sorted(answer(plain_dbf, "SELECT NAME, CITY, AMOUNT, QTY, DAY FROM plain WHERE " + where))
         for source in (dbf, mdb, fox):
             got = sorted(answer(source, "SELECT NAME, CITY, AMOUNT, QTY, DAY FROM big WHERE " + where))
-            assert len(want) == len(got) and all(all(same(a, b) for a, b in zip(x, y)) for x, y in zip(want, got)), \
-                (source, where, len(want), len(got), want[:2], got[:2])
+            same_records(want, got, (source, where))
     for order in ("QTY", "QTY DESC", "AMOUNT, QTY", "DAY DESC"):
         want = [r[0] for r in answer(plain_dbf, "SELECT QTY FROM plain WHERE AMOUNT > 0 ORDER BY " + order)] if "QTY" == order[:3] else None
         for source in (dbf, mdb, fox):
@@ -221,6 +232,70 @@ def test_indexes_give_the_same_answer(folder):
     want = answer(plain_dbf, joined.format(a="plain"))
     for source in (dbf, mdb, fox):
         assert answer(source, joined.format(a="big")) == want, source
+
+
+NUMBERED = [("ID", "N", 8, 0)] + PEOPLE
+
+
+def paradox_tables(folder, count):
+    """The same records without a key, and with one, which may be of two fields."""
+    source = os.path.join(folder, "numbered.dbf")
+    make_dbf(source, NUMBERED, [[str(i)] + row for i, row in enumerate(odd_people(count))])
+    plain_db, made = os.path.join(folder, "plain.db"), []
+    cli("convert", source, plain_db)
+    fields = [w for f in ("ID:Long", "NAME:Text:30", "CITY:Text:20", "AMOUNT:Double", "QTY:Long", "DAY:Date",
+                          "FLAG:Boolean") for w in ("--field", f)]
+    for name, order, key in (("big", fields, "ID"), ("texts", [fields[i] for i in (4, 5, 0, 1, 2, 3, *range(6, 14))], "CITY,ID")):
+        own = os.path.join(folder, name)
+        os.mkdir(own)
+        path = os.path.join(own, "big.db")
+        cli("create", path, *order, "--index", "PrimaryKey:%s:primary" % key)
+        cli("copy", source, path, "--yes")
+        made.append(path)
+    return plain_db, made
+
+
+def test_paradox_indexes_give_the_same_answer(folder):
+    plain_db, made = paradox_tables(folder, 3000)
+    for path in made:
+        for field in ("NAME", "CITY", "AMOUNT", "QTY", "DAY"):  # named for their field: with case
+            cli("index", path, "--add", field, "--field", field)
+        cli("index", path, "--add", "Blind", "--field", "CITY", "--field", "NAME")
+    fields = "SELECT ID, NAME, CITY, AMOUNT, QTY, DAY FROM %s WHERE "
+    more = ["ID = 77", "ID BETWEEN 10 AND 20", "CITY = 'CITY 7' AND NAME = 'person'", "CITY = 'city 7' AND ID > 500"]
+    for where in CONDITIONS + more:
+        want = sorted(answer(plain_db, fields % "plain" + where))
+        for path in made:
+            same_records(want, sorted(answer(path, fields % "big" + where)), (path, where))
+    for order in ("ID", "ID DESC", "QTY DESC, ID"):
+        want = answer(plain_db, "SELECT ID FROM plain WHERE AMOUNT > 0 ORDER BY " + order)
+        for path in made:
+            assert answer(path, "SELECT ID FROM big WHERE AMOUNT > 0 ORDER BY " + order) == want, (path, order)
+    joined = "SELECT Count(*) FROM {t} AS x INNER JOIN {t} AS y ON x.NAME = y.NAME AND x.CITY = y.CITY"
+    want = answer(plain_db, joined.format(t="plain"))
+    for path in made:
+        assert answer(path, joined.format(t="big")) == want, path
+
+
+def test_an_index_that_is_older_than_its_table_is_passed_by(folder):
+    plain_db, made = paradox_tables(folder, 300)
+    path, own = made[0], os.path.dirname(made[0])
+    cli("index", path, "--add", "QTY", "--field", "QTY")
+    index = [n for n in os.listdir(own) if re.fullmatch(r"big\.[xy].*", n, re.I)]
+    assert len(index) == 2, os.listdir(own)
+    older = {n: open(os.path.join(own, n), "rb").read() for n in index}
+    row = os.path.join(folder, "row.csv")
+    with open(row, "w") as f:
+        f.write("ID,NAME,QTY\n5000,late,7\n")
+    cli("copy", row, path, "--yes")
+    statement = "SELECT NAME FROM big WHERE QTY = 7"
+    want = answer(path, statement)
+    assert ["late"] in want and len(want) > 1, want
+    for name, data in older.items():
+        open(os.path.join(own, name), "wb").write(data)
+    assert sorted(answer(path, statement)) == sorted(want)
+    joined = "SELECT b.NAME FROM big AS a INNER JOIN big AS b ON a.QTY = b.QTY WHERE a.ID = 5000"
+    assert sorted(answer(path, joined)) == sorted(want)
 
 
 def test_cancel_stops_at_once(folder):

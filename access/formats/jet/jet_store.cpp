@@ -9,8 +9,8 @@ namespace {
 [[noreturn]] void linked(const CatalogEntry& entry)
 {
     throw EngineError(EngineErrorNumber::NotSupported,
-                      "\"" + entry.name +
-                          "\" is a link to the table \"" + entry.foreignName + "\" of another file" +
+                      "\"" + entry.name + "\" is a link to the table \"" + entry.foreignName +
+                          "\" of another file" +
                           (entry.database.empty() ? "" : ", \"" + entry.database + "\"") +
                           "; open that file.");
 }
@@ -74,6 +74,11 @@ TableLayout JetStore::layout(std::string_view table)
     }
     describe(*openTable(table), catalog_.properties(entry), layout);
     return layout;
+}
+
+IndexOrder JetStore::indexOrder(std::string_view, const IndexDef&)
+{
+    return {TextKeys::Blind, true, false};
 }
 
 std::int64_t JetStore::recordCount(std::string_view table)

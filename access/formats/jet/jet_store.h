@@ -6,6 +6,7 @@
 #include <string>
 
 #include "access/formats/driver.h"
+#include "access/formats/index_order.h"
 #include "access/formats/jet/catalog.h"
 #include "access/formats/jet/jet_file.h"
 #include "access/formats/jet/jet_table.h"
@@ -13,7 +14,7 @@
 
 namespace velnor::jet {
 
-class JetStore final : public Store {
+class JetStore final : public Store, public IndexOrders {
 public:
     JetStore(FileSystem& files, const OpenRequest& request);
 
@@ -36,11 +37,12 @@ public:
     void changePassword(std::string_view password) override;
     void commit() override;
     std::size_t pendingBytes() const override { return file_.pendingBytes(); }
-    /// In a long append to indexes only when the file has doubled by a commit: each one costs a walk
-    /// through the indexes. Else the pages are written before it.
+    /// In a long append to indexes only when the file has doubled by a commit: each one costs a
+    /// walk through the indexes. Else the pages are written before it.
     void breathe(std::size_t mostBytes) override;
     void check(std::string_view table, const ProblemSink& report) override;
     std::vector<std::pair<std::string, std::string>> info(std::string_view table) override;
+    IndexOrder indexOrder(std::string_view table, const IndexDef& index) override;
 
     JetFile& file() { return file_; }
     Catalog& catalog() { return catalog_; }

@@ -31,6 +31,22 @@ TableLayout ParadoxStore::layout(std::string_view table)
     return layoutOf(*open(table));
 }
 
+IndexOrder ParadoxStore::indexOrder(std::string_view table, const IndexDef& index)
+{
+    const auto opened = open(table);
+    const FileHeader& header = opened->header();
+    IndexOrder order;
+    if (index.primary)
+        order.nullsFirst =
+            keyOrderOf(header, {header.fields.data(), header.keyFields}, false).byBytes;
+    if (!textsSortByBytes(header))
+        return order;
+    const SecondaryIndex* const secondary = findIndex(*opened, index.name);
+    const bool blind = !index.primary && secondary && secondary->blindToCase();
+    order.texts = blind ? TextKeys::Blind : TextKeys::Bytes;
+    return order;
+}
+
 std::int64_t ParadoxStore::recordCount(std::string_view table)
 {
     return open(table)->chain().records();

@@ -7,12 +7,13 @@
 #include <vector>
 
 #include "access/formats/folder/folder_store.h"
+#include "access/formats/index_order.h"
 #include "access/formats/paradox/db_table.h"
 #include "access/formats/paradox/new_table.h"
 
 namespace velnor::paradox {
 
-class ParadoxStore final : public FolderStore<DbTable> {
+class ParadoxStore final : public FolderStore<DbTable>, public IndexOrders {
 public:
     ParadoxStore(FileSystem& files, const OpenRequest& request, const NewTableForm& form);
 
@@ -30,6 +31,7 @@ public:
     bool acceptsPassword(std::string_view password) override;
     void check(std::string_view table, const ProblemSink& report) override;
     std::vector<std::pair<std::string, std::string>> info(std::string_view table) override;
+    IndexOrder indexOrder(std::string_view table, const IndexDef& index) override;
 
 private:
     std::shared_ptr<DbTable> openTable(const std::string& path) override;

@@ -54,6 +54,21 @@ TableLayout XbaseStore::layout(std::string_view table)
     return layout;
 }
 
+/// By the bytes of the code page, or of their capitals; what other expressions make is not known.
+IndexOrder XbaseStore::indexOrder(std::string_view, const IndexDef& index)
+{
+    IndexOrder order;
+    order.leavesEqualOut = index.unique;
+    if (index.fields.size() != 1)
+        return order;
+    const std::string& field = index.fields[0].name;
+    if (paths::sameName(index.expression, field))
+        order.texts = TextKeys::Bytes;
+    else if (paths::sameName(index.expression, "UPPER(" + field + ")"))
+        order.texts = TextKeys::Blind;
+    return order;
+}
+
 std::int64_t XbaseStore::recordCount(std::string_view table)
 {
     return open(table)->recordCount();

@@ -6,13 +6,14 @@
 #include <string>
 
 #include "access/formats/folder/folder_store.h"
+#include "access/formats/index_order.h"
 #include "access/formats/xbase/dbf_format.h"
 #include "access/formats/xbase/dbf_table.h"
 #include "access/formats/xbase/table_rewrite.h"
 
 namespace velnor::xbase {
 
-class XbaseStore final : public FolderStore<DbfTable> {
+class XbaseStore final : public FolderStore<DbfTable>, public IndexOrders {
 public:
     XbaseStore(FileSystem& files, const OpenRequest& request, const NewTableForm& form);
 
@@ -33,6 +34,7 @@ public:
     void dropIndex(std::string_view table, std::string_view index) override;
     void check(std::string_view table, const ProblemSink& report) override;
     std::vector<std::pair<std::string, std::string>> info(std::string_view table) override;
+    IndexOrder indexOrder(std::string_view table, const IndexDef& index) override;
 
 private:
     std::shared_ptr<DbfTable> openTable(const std::string& path) override;
