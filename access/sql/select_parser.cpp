@@ -278,12 +278,14 @@ void StatementParser::parseSelectInto(Select& select)
     }
     checkGroups(select);
     leave();
+    groupByRecords(select);
 }
 
 void StatementParser::readPrefix(Select& select)
 {
     select.distinct = takeWord("DISTINCT");
-    if (!select.distinct && !takeWord("DISTINCTROW"))
+    select.distinctRow = !select.distinct && takeWord("DISTINCTROW");
+    if (!select.distinct && !select.distinctRow)
         takeWord("ALL");
     if (!atWord("TOP") || tokens_[at_ + 1].kind != TokenKind::Number)
         return;
@@ -338,6 +340,9 @@ void StatementParser::addOutput(Select& select)
     output.value = asValue(parseExpression());
     output.endColumn = select.named.size();
     output.name = takeAlias();
+    const auto first = tokens_.begin() + static_cast<std::ptrdiff_t>(begin);
+    output.asks = std::any_of(first, tokens_.begin() + static_cast<std::ptrdiff_t>(at_),
+                              [](const Token& t) { return t.isWord("SELECT"); });
     select.outputs.push_back(std::move(output));
 }
 
@@ -418,6 +423,40 @@ void StatementParser::checkGroups(const Select& select) const
 int StatementParser::outputCalled(const Select& select, const std::string& name) const
 {
     for (std::size_t i = 0; i < select.outputs.size(); ++i)
+/// DISTINCTROW over a join: a record of the tables that give fields comes once, however many
+/// records of the others it meets. Where every table gives one, nothing comes twice.
+void StatementParser::groupByRecords(Select& select) const
+{
+    const bool grouped = select.aggregated || !select.groups.empty() || !select.having.empty();
+    if (!select.distinctRow || grouped)
+        return;
+    const auto gives = [&](const std::string& front) {
+        for (const Output& output : select.outputs)
+            for (std::size_t i = output.firstColumn; i < output.endColumn; ++i)
+                if (select.named[i].sql.starts_with(front))
+                    return true;
+        return false;
+    };
+    for (const Output& output : select.outputs)
+        if (output.asks)  // it may depend on the records of any table
+            return;
+    std::size_t giving = 0;
+    std::string keys;
+    const auto add = [&](const std::string& key) { keys += (keys.empty() ? "" : ", ") + key; };
+    for (const ScopeTable& table : select.scope.tables()) {
+        const std::string front = table.sql + ".";
+        if (!gives(front))
+            continue;
+        ++giving;
+        if (table.source)
+            add(front + "rowid");
+        for (std::size_t i = 0; !table.source && i < table.columns.size(); ++i)
+            add(expressionOf(table, static_cast<int>(i)).sql + " COLLATE BINARY");
+    }
+    if (giving > 0 && giving < select.scope.tables().size())
+        select.groupBy = " GROUP BY " + keys;
+}
+
         if (paths::sameName(select.outputs[i].name, name))
             return static_cast<int>(i);
     return -1;

@@ -29,11 +29,13 @@ private:
         Expression value;
         std::string name;
         std::size_t firstColumn, endColumn;  ///< in Select::named
+        bool asks = false;                   ///< holds a SELECT of its own
     };
     struct Select {
         explicit Select(const NameScope* outer) : scope(outer) {}
         NameScope scope;
         bool distinct = false;
+        bool distinctRow = false;
         bool aggregated = false;
         std::optional<double> top;
         bool percent = false;
@@ -80,6 +82,7 @@ private:
     std::string orderItem(Select& select);
     int outputCalled(const Select& select, const std::string& name) const;
     std::string bodyOf(const Select& select, bool exact, const std::string& more) const;
+    void groupByRecords(Select& select) const;
     Query parseQuery(const NameScope* outer);
     Query finishUnion(Select& first);
     std::string limited(const Select& select, const std::string& body,

@@ -262,6 +262,35 @@ TEST_F(SqlDialect, veryDeepStatementsAreRefused_notRun)
 {
     std::string deep = "SELECT ";
     deep += std::string(5000, '(');
+// Regions by their orders: a record of the one table comes once, not once an order.
+TEST_F(SqlDialect, distinctRow_givesARecordOnce_howeverManyOthersItMeets)
+{
+    const std::string joined = " FROM REGIONS INNER JOIN ORDERS ON REGIONS.Region = ORDERS.Region";
+    EXPECT_EQ(answer("SELECT Head" + joined).size(), 4u);
+    EXPECT_THAT(answer("SELECT DISTINCTROW Head" + joined),
+                UnorderedElementsAre("O'Brien", "Berg"));
+    EXPECT_THAT(answer("SELECT DISTINCTROW REGIONS.*" + joined + " WHERE ORDERS.ID < 4"),
+                ElementsAre("EAST|O'Brien"));
+    EXPECT_THAT(answer("SELECT DISTINCTROW TOP 1 Head" + joined + " ORDER BY Head DESC"),
+                ElementsAre("O'Brien"));
+    EXPECT_THAT(answer("SELECT DISTINCTROW Total" + joined + " WHERE ID IN (1, 3)"),
+                UnorderedElementsAre("100.25", "300"));
+}
+
+// Equal values of different records stay apart, and where every table gives a field all stay.
+TEST_F(SqlDialect, distinctRow_goesByRecords_notByValues)
+{
+    const std::string both = " FROM ORDERS AS o, REGIONS AS r";
+    EXPECT_THAT(answer("SELECT DISTINCTROW o.Paid" + both + " WHERE o.ID < 4"),
+                UnorderedElementsAre("True", "False", "True"));
+    EXPECT_EQ(answer("SELECT DISTINCTROW o.Paid, r.Head" + both).size(), 10u);
+    EXPECT_EQ(answer("SELECT DISTINCTROW Paid FROM ORDERS").size(), 5u);
+    EXPECT_EQ(answer("SELECT DISTINCTROW Count(*)" + both), Lines{"10"});
+    const std::string subquery = " FROM ORDERS AS o, (SELECT Head FROM REGIONS) AS q";
+    EXPECT_EQ(answer("SELECT DISTINCTROW o.ID" + subquery).size(), 5u);
+    EXPECT_EQ(answer("SELECT DISTINCTROW q.Head" + subquery).size(), 2u);
+}
+
     EXPECT_EQ(numberOf(deep + "1 FROM ORDERS"), 3075);
     std::string many = "SELECT ID FROM ORDERS WHERE ID = 1";
     for (int i = 0; i < 900; ++i)
