@@ -1,33 +1,10 @@
 // Functions over the records of a group: Sum, Avg, StDev, Var and their kin, First, Last.
-//
-// Sums of whole numbers are exact as long as they fit; others carry the rounding of each step
-// along, so that sums of amounts come out as on paper.
-#include <cmath>
-#include <new>
-
+#include "access/sql/accumulators.h"
 #include "access/sql/function_support.h"
 #include "access/sql/functions.h"
 
 namespace velnor::sql {
 namespace {
-
-struct Sum {
-    std::int64_t count, whole;
-    double sum, rest;  // rest: what the additions to `sum` lost
-    bool real;
-
-    void add(double d)
-    {
-        const double next = sum + d;
-        rest += std::fabs(sum) >= std::fabs(d) ? (sum - next) + d : (d - next) + sum;
-        sum = next;
-    }
-    double value() const
-    {
-        const double all = sum + rest;
-        return std::isnan(all) ? sum : all;
-    }
-};
 
 /// Null in the first call: no memory.
 template <class State> State* stateOf(Call call)
@@ -45,75 +22,36 @@ void addToSum(Call call, int, Given given)
     auto* s = stateOf<Sum>(call);
     if (!s)
         return;
-    ++s->count;
-    if (!s->real && sqlite3_value_type(given[0]) == SQLITE_INTEGER) {
-        const std::int64_t i = sqlite3_value_int64(given[0]);
-        if (!__builtin_add_overflow(s->whole, i, &s->whole))
-            return;
-        s->real = true;
-        s->add(static_cast<double>(s->whole));
-        s->add(static_cast<double>(i));
-        return;
-    }
-    if (!s->real) {
-        s->real = true;
-        s->sum = static_cast<double>(s->whole);
-    }
-    s->add(sqlite3_value_double(given[0]));
+    if (sqlite3_value_type(given[0]) == SQLITE_INTEGER)
+        s->addInteger(sqlite3_value_int64(given[0]));
+    else
+        s->addReal(sqlite3_value_double(given[0]));
 }
 
 void giveSum(Call call)
 {
-    auto* s = stateOf<Sum>(call);
-    if (!s)
-        return;
-    if (s->count == 0)
-        sqlite3_result_null(call);
-    else if (s->real)
-        sqlite3_result_double(call, s->value());
-    else
-        sqlite3_result_int64(call, s->whole);
+    if (const auto* s = stateOf<Sum>(call))
+        setResult(call, s->total(), false);
 }
 
 void giveAverage(Call call)
 {
-    auto* s = stateOf<Sum>(call);
-    if (!s)
-        return;
-    if (s->count == 0)
-        return sqlite3_result_null(call);
-    const double sum = s->real ? s->value() : static_cast<double>(s->whole);
-    sqlite3_result_double(call, sum / static_cast<double>(s->count));
+    if (const auto* s = stateOf<Sum>(call))
+        setResult(call, s->average(), false);
 }
-
-struct Spread {
-    std::int64_t count;
-    double mean, squares;
-};
 
 void addToSpread(Call call, int, Given given)
 {
     if (isNull(given[0]))
         return;
-    auto* s = stateOf<Spread>(call);
-    if (!s)
-        return;
-    const double d = sqlite3_value_double(given[0]);
-    const double away = d - s->mean;
-    s->mean += away / static_cast<double>(++s->count);
-    s->squares += away * (d - s->mean);
+    if (auto* s = stateOf<Spread>(call))
+        s->add(sqlite3_value_double(given[0]));
 }
 
-/// `missing`: 1 for a sample, 0 for all there are.
 template <int missing, bool root> void giveSpread(Call call)
 {
-    auto* s = stateOf<Spread>(call);
-    if (!s)
-        return;
-    if (s->count <= missing)
-        return sqlite3_result_null(call);
-    const double variance = s->squares / static_cast<double>(s->count - missing);
-    sqlite3_result_double(call, root ? std::sqrt(variance) : variance);
+    if (const auto* s = stateOf<Spread>(call))
+        setResult(call, s->variance(missing, root), false);
 }
 
 struct Kept {

@@ -135,6 +135,7 @@ Expression StatementParser::aggregateOf(const FunctionDef& function, std::size_t
     const std::string call = std::string(function.runs) + "(";
     if (function.name == "COUNT" && takeSign("*")) {
         e.sql = "COUNT(*)";
+        noteFunction(function, nullptr, e.sql);
     } else {
         ++inAggregate_;
         const bool distinct = takeWord("DISTINCT");
@@ -147,6 +148,10 @@ Expression StatementParser::aggregateOf(const FunctionDef& function, std::size_t
         e.type = resultType(function.result, argument);
         e.sql = call + (distinct ? "DISTINCT " : "") +
                 (plain ? argument[0].sql : sortKey(argument[0])) + ")";
+        if (distinct)
+            select_->otherFunctions = true;
+        else
+            noteFunction(function, &argument[0], e.sql);
     }
     needSign(")");
     leave();

@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-#include "access/sql/kept_rows.h"
+#include "access/sql/group_keys.h"
 
 namespace velnor::sql {
 
@@ -29,30 +29,20 @@ private:
     static constexpr std::uint32_t kNone = 0xFFFFFFFF;
     static constexpr std::size_t kBlockRecords = 1u << 14;
 
-    struct Spelling {
-        std::uint64_t hash;
-        std::uint32_t first = kNone, last = kNone;  // records
+    /// The records of a spelling.
+    struct Chain {
+        std::uint32_t first = kNone, last = kNone;
         std::uint32_t count = 0;
-        std::uint32_t next = kNone;    // an equal spelling
-        std::uint32_t bucket = kNone;  // the next one of the same hash bucket
-        bool leads = true;             // the first one of its group
+        std::uint32_t next = kNone;  // an equal spelling
     };
     struct Block {
         std::unique_ptr<ValueView[]> values;
         std::unique_ptr<std::uint32_t[]> next;
     };
 
-    std::uint32_t spellingOf(RowCursor& cursor);
-    std::uint32_t addSpelling(std::uint64_t hash);
-    void joinEqual(std::uint32_t spelling);
-    bool equalKeys(std::uint32_t a, std::uint32_t b) const;
-    void addRecord(std::uint32_t spelling, RowCursor& cursor);
-    void growBuckets();
+    Chain& chainOf(std::uint32_t spelling);
+    void addRecord(Chain& chain, RowCursor& cursor);
     std::size_t bytes() const;
-    ValueView keyValue(std::uint32_t spelling, std::size_t key) const
-    {
-        return keys_[spelling * keyFields_.size() + key];
-    }
     ValueView value(std::uint32_t record, std::size_t place) const
     {
         return blocks_[record / kBlockRecords]
@@ -63,13 +53,11 @@ private:
         return blocks_[record / kBlockRecords].next[record % kBlockRecords];
     }
 
-    std::vector<int> keyFields_, otherFields_;
+    GroupKeys keys_;
+    std::vector<int> otherFields_;
     std::vector<int>
         place_;  // of each field: below 0 the key -1 - n, else the place among the others
-    std::vector<Spelling> spellings_;
-    std::vector<ValueView> keys_, wanted_;
-    std::vector<std::uint32_t> exact_, folded_;  // hash buckets: of spellings, and of groups
-    std::vector<std::uint32_t> nextGroup_;
+    std::vector<Chain> chains_;         // by spelling
     std::vector<std::uint32_t> order_;  // the first spelling of each group
     std::vector<Block> blocks_;
     std::uint32_t records_ = 0;

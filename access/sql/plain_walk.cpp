@@ -95,4 +95,11 @@ std::optional<PlainWalk> plainWalkOf(sqlite3* db, const std::string& sql)
     return LoopReader(steps, static_cast<std::size_t>(filter - steps.begin()) + 1).read();
 }
 
+bool asksColumnsBelow(sqlite3* db, const std::string& sql, int bound)
+{
+    const std::vector<Step> steps = programOf(db, sql);
+    return std::any_of(steps.begin(), steps.end(),
+                       [&](const Step& step) { return step.name == "VColumn" && step.p2 < bound; });
+}
+
 }  // namespace velnor::sql

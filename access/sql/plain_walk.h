@@ -1,5 +1,5 @@
-// access/sql/plain_walk.h - statements for which the machine does nothing with a record but give its
-// columns: their records can be taken from the table's road without it.
+// access/sql/plain_walk.h - statements for which the machine does nothing with a record but give
+// its columns: their records can be taken from the table's road without it.
 //
 // The machine's own program says so, not the statement: conditions and orders that the road does
 // not keep by itself would be steps in the program's loop.
@@ -22,5 +22,7 @@ struct PlainWalk {
 
 /// The walk that `sql` over one table is; nothing when it is more, or not understood.
 std::optional<PlainWalk> plainWalkOf(sqlite3* db, const std::string& sql);
+/// Whether the machine asks a table for a column in front of `bound`.
+bool asksColumnsBelow(sqlite3* db, const std::string& sql, int bound);
 
 }  // namespace velnor::sql

@@ -102,17 +102,34 @@ Tests PlanRun::tests() const
 
 RowRoad* PlanRun::begin(const AccessPlan& plan, std::span<sqlite3_value* const> values)
 {
+    RowRoad* const records = beginRecords(plan, values);
+    RunContext& context = module_.context();
+    if (!context.grouping)
+        return records;
+    groups_ = std::make_unique<GroupValues>(*context.grouping);
+    if (records)
+        groups_->fill(*records, context.options.memory * 2);
+    groups_->sort(context);
+    groupRoad_ = std::make_unique<GroupValuesRoad>(*groups_, context.grouping->keys.size());
+    return groupRoad_->first() ? groupRoad_.get() : nullptr;
+}
+
+RowRoad* PlanRun::beginRecords(const AccessPlan& plan, std::span<sqlite3_value* const> values)
+{
     road_.reset();
     if (!readTests(plan, values))
         return nullptr;
     bool there = false;
     try {
+        if (closed_ != &plan)
+            road_ = roadOf(plan);
         there = road_ && road_->first();
     } catch (const EngineError& error) {
         // An index that is older than its table, or cannot be searched this way: past all records
         // then.
         if (plan.ordered || error.code() == EngineErrorNumber::Cancelled)
             throw;
+        closed_ = &plan;
         road_.reset();
     }
     if (!road_) {
@@ -122,14 +139,11 @@ RowRoad* PlanRun::begin(const AccessPlan& plan, std::span<sqlite3_value* const> 
     return there ? road_.get() : nullptr;
 }
 
-        if (closed_ != &plan)
-            road_ = roadOf(plan);
 /// A cursor on an index, or past all records: made once, since a join comes here for every record.
 std::shared_ptr<RowCursor> PlanRun::cursorOn(const std::string& index, int number)
 {
     for (const Kept& kept : cursors_)
         if (kept.index == index && kept.number == number)
-        closed_ = &plan;
             return kept.cursor;
     const auto name = index.empty() ? std::nullopt : std::optional<std::string_view>(index);
     cursors_.push_back({index, number, module_.table().cursor(name)});

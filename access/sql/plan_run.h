@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "access/sql/group_values.h"
 #include "access/sql/grouped_rows.h"
 #include "access/sql/kept_rows.h"
 #include "access/sql/table_module.h"
@@ -18,10 +19,11 @@ namespace velnor::sql {
 class PlanRun {
 public:
     explicit PlanRun(TableModule& module) : module_(module) {}
-    /// Stands on the first record; null when there is none.
+    /// Stands on the first record, or the first group; null when there is none.
     RowRoad* begin(const AccessPlan& plan, std::span<sqlite3_value* const> values);
 
 private:
+    RowRoad* beginRecords(const AccessPlan& plan, std::span<sqlite3_value* const> values);
     bool readTests(const AccessPlan& plan, std::span<sqlite3_value* const> values);
     ValueView termValue(int term) const;
     std::shared_ptr<RowCursor> cursorOn(const std::string& index, int number = 0);
@@ -45,9 +47,11 @@ private:
     std::vector<Value> values_;                     // by term; for lists Null
     std::vector<std::unique_ptr<ScanTest>> tests_;  // by term; null when it decides nothing
     std::unique_ptr<RowRoad> road_;
-
-    std::unique_ptr<GroupedRows> grouped_;
     const AccessPlan* closed_ = nullptr;  // its road was tried and cannot be taken
+
+    std::unique_ptr<GroupValues> groups_;
+    std::unique_ptr<RowRoad> groupRoad_;
+    std::unique_ptr<GroupedRows> grouped_;
     std::unique_ptr<KeptTable> kept_;
     const AccessPlan* keptFor_ = nullptr;
     bool keptTooLarge_ = false;

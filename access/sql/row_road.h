@@ -25,6 +25,8 @@ public:
     virtual ValueView exact(int field) = 0;
     /// The field as the table has it.
     virtual ValueView raw(int field) = 0;
+    /// The columns of a grouping (grouping.h), from 0; other roads have none.
+    virtual ValueView further(int) { return {}; }
     /// The first out.size() fields as the table has them.
     virtual void rawFields(std::span<ValueView> out)
     {

@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "access/engine_error.h"
+#include "access/sql/grouping.h"
 
 namespace velnor::sql {
 
@@ -25,6 +26,8 @@ struct RunContext {
     std::exception_ptr failure;
     bool severalTables = false;
     bool groupsInMemory = true;  ///< until they were too many once
+    /// The table gives groups in place of records.
+    const Grouping* grouping = nullptr;
 
     /// Once for each record looked at.
     void step() { work(kStepWork); }

@@ -129,6 +129,7 @@ void StatementParser::finishTop(Select& select, const std::string& order,
     const std::string body = bodyOf(select, true, more);
     made_.sql = ties ? body + order : limited(select, body, order);
     putRecordsSql(select, more, order);
+    findGrouping(select, order, keys);
 }
 
 /// One table and its fields as they are: the names of its records are enough.
@@ -277,8 +278,8 @@ void StatementParser::parseSelectInto(Select& select)
         select.having = " HAVING " + asCondition(having);
     }
     checkGroups(select);
-    leave();
     groupByRecords(select);
+    leave();
 }
 
 void StatementParser::readPrefix(Select& select)
@@ -339,10 +340,10 @@ void StatementParser::addOutput(Select& select)
     Output output{{}, {}, select.named.size(), 0};
     output.value = asValue(parseExpression());
     output.endColumn = select.named.size();
-    output.name = takeAlias();
     const auto first = tokens_.begin() + static_cast<std::ptrdiff_t>(begin);
     output.asks = std::any_of(first, tokens_.begin() + static_cast<std::ptrdiff_t>(at_),
                               [](const Token& t) { return t.isWord("SELECT"); });
+    output.name = takeAlias();
     select.outputs.push_back(std::move(output));
 }
 
@@ -397,6 +398,8 @@ void StatementParser::readGroups(Select& select)
     do {
         const Expression e = asValue(parseExpression());
         select.groups.push_back(e.sql);
+        const std::string field = "a" + std::to_string(e.table) + ".c" + std::to_string(e.position);
+        select.groupFields.push_back(e.sql == field ? e.position : -1);
         select.groupBy += (select.groupBy.empty() ? " GROUP BY " : ", ") + sortKey(e);
     } while (takeSign(","));
 }
@@ -420,9 +423,6 @@ void StatementParser::checkGroups(const Select& select) const
     }
 }
 
-int StatementParser::outputCalled(const Select& select, const std::string& name) const
-{
-    for (std::size_t i = 0; i < select.outputs.size(); ++i)
 /// DISTINCTROW over a join: a record of the tables that give fields comes once, however many
 /// records of the others it meets. Where every table gives one, nothing comes twice.
 void StatementParser::groupByRecords(Select& select) const
@@ -457,6 +457,9 @@ void StatementParser::groupByRecords(Select& select) const
         select.groupBy = " GROUP BY " + keys;
 }
 
+int StatementParser::outputCalled(const Select& select, const std::string& name) const
+{
+    for (std::size_t i = 0; i < select.outputs.size(); ++i)
         if (paths::sameName(select.outputs[i].name, name))
             return static_cast<int>(i);
     return -1;

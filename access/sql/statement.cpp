@@ -75,6 +75,7 @@ struct Statement::Machine {
     std::vector<Value> ties;
     bool done = false;
 
+    std::optional<Grouping> grouping;
     std::optional<PlainWalk> walk;  // the machine finds the first record, the road the others
     RowRoad* road = nullptr;        // once the first one is found
     std::vector<int> rawFields;     // of the walk, where the columns are fields as they are
@@ -90,6 +91,7 @@ struct Statement::Machine {
     std::int64_t countOf(const std::string& sql);
     bool stepRun();
     bool stepAnyway();
+    bool takeGrouping(const Translation& translation);
     void takeWalk(const Translation& translation);
     bool stepWalk();
     ValueView walkValue(std::size_t n);
@@ -152,23 +154,42 @@ bool Statement::Machine::stepRun()
     return false;
 }
 
-/// Groups that have no room in memory are made by sorting instead; nothing was given yet then.
+/// Groups that have no room in memory are made by sorting instead; nothing was given yet then. Nor
+/// was it where WHERE holds for no record whatever it has: of all records together there is a group
+/// even so.
 bool Statement::Machine::stepAnyway()
 {
     try {
-        return stepRun();
+        const bool there = stepRun();
+        if (there || given > 0 || !context.grouping || !context.grouping->keys.empty())
+            return there;
     } catch (const GroupsTooLarge&) {
         if (given > 0 || !context.groupsInMemory)
             throw EngineError(kTooComplex, "The statement needs more memory than it may have.");
     }
     context.groupsInMemory = false;
+    context.grouping = nullptr;
     run = prepare(running);
     return stepRun();
 }
 
+/// The groups from the table itself, unless the machine would have to look at records for WHERE.
+bool Statement::Machine::takeGrouping(const Translation& translation)
+{
+    if (gives != Gives::Values || !translation.grouping)
+        return false;
+    grouping = translation.grouping;
+    context.grouping = &*grouping;
+    run = prepare(grouping->sql);
+    if (!asksColumnsBelow(db.get(), grouping->sql, 2 * tables.front()->fields()))
+        return true;
+    context.grouping = nullptr;
+    return false;
+}
+
 void Statement::Machine::takeWalk(const Translation& translation)
 {
-    if (tables.size() != 1 || tieColumns > 0)
+    if (tables.size() != 1 || tieColumns > 0 || context.grouping)
         return;
     walk = plainWalkOf(db.get(), running);
     if (!walk || gives == Gives::Records || translation.fieldOfColumn.empty())
@@ -234,7 +255,8 @@ Statement::Statement(const Translation& translation, Gives gives, RunOptions opt
                                                          translation.tables[i], m.context));
     const std::string bound =
         "PRAGMA cache_size=-" +
-        std::to_string(std::clamp<std::size_t>(m.context.options.memory, kLeastRun, kMostRun) >> 10);
+        std::to_string(std::clamp<std::size_t>(m.context.options.memory, kLeastRun, kMostRun) >>
+                       10);
     sqlite3_exec(db, bound.c_str(), nullptr, nullptr, nullptr);
     if (m.context.options.cancelled)
         sqlite3_progress_handler(db, kStepsBetweenQuestions, stopWhenCancelled, &m.context);
@@ -244,7 +266,8 @@ Statement::Statement(const Translation& translation, Gives gives, RunOptions opt
         m.top = static_cast<std::int64_t>(std::ceil(
             static_cast<double>(m.countOf(translation.countSql)) * *translation.topPercent / 100));
     m.running = gives == Gives::Values ? translation.sql : translation.recordsSql;
-    m.run = m.prepare(m.running);
+    if (!m.takeGrouping(translation))
+        m.run = m.prepare(m.running);
     m.takeWalk(translation);
 }
 
@@ -255,7 +278,8 @@ bool Statement::step()
     Machine& m = *machine_;
     if (m.done || m.top == 0)
         return false;
-    m.done = !(m.walk ? m.stepWalk() : m.stepAnyway()) || (m.top > 0 && m.given >= m.top && !m.tiesWithLast());
+    m.done = !(m.walk ? m.stepWalk() : m.stepAnyway()) ||
+             (m.top > 0 && m.given >= m.top && !m.tiesWithLast());
     if (m.done)
         return false;
     if (++m.given == m.top)

@@ -42,6 +42,10 @@ private:
         std::vector<Output> outputs;
         std::vector<NamedColumn> named;
         std::vector<std::string> groups;
+        std::vector<int> groupFields;  ///< -1: no plain field
+        std::vector<GroupFunction> functions;
+        std::vector<std::string> functionSql;  ///< of each of them
+        bool otherFunctions = false;           ///< over more than a field
         std::string from, where, groupBy, having;
     };
     /// What a SELECT, or several with UNION between them, gives.
@@ -78,17 +82,27 @@ private:
     void nameOutputs(Select& select) const;
     void readGroups(Select& select);
     void checkGroups(const Select& select) const;
+    void groupByRecords(Select& select) const;
     std::string readOrder(Select& select, std::vector<std::string>* keys);
     std::string orderItem(Select& select);
     int outputCalled(const Select& select, const std::string& name) const;
     std::string bodyOf(const Select& select, bool exact, const std::string& more) const;
-    void groupByRecords(Select& select) const;
     Query parseQuery(const NameScope* outer);
     Query finishUnion(Select& first);
     std::string limited(const Select& select, const std::string& body,
                         const std::string& order) const;
     void finishTop(Select& select, const std::string& order, const std::vector<std::string>& keys);
     void putRecordsSql(const Select& select, const std::string& more, const std::string& order);
+
+    // group_parser.cpp
+    void noteFunction(const FunctionDef& function, const Expression* argument,
+                      const std::string& sql);
+    std::string furtherColumn(const Select& select, std::string_view sql, bool exact) const;
+    std::optional<std::string> groupConditions(const Select& select) const;
+    std::optional<std::string> groupOrder(const Select& select, const std::string& order,
+                                          const std::vector<std::string>& keys) const;
+    void findGrouping(const Select& select, const std::string& order,
+                      const std::vector<std::string>& keys);
 
     // from_parser.cpp
     void readFrom(Select& select);

@@ -113,8 +113,9 @@ int column(sqlite3_vtab_cursor* base, sqlite3_context* call, int number)
     return guarded(cursor.module.context(), [&] {
         const int fields = cursor.module.fields();
         const bool plain = number < fields;
-        const ValueView value =
-            plain ? cursor.road->plain(number) : cursor.road->exact(number - fields);
+        const ValueView value = plain                 ? cursor.road->plain(number)
+                                : number < 2 * fields ? cursor.road->exact(number - fields)
+                                                      : cursor.road->further(number - 2 * fields);
         if (value.kind() == ValueKind::Text)
             cursor.module.context().workOn(value.asText().size());
         setResult(call, value, !plain);
@@ -186,7 +187,31 @@ std::string TableModule::declaration() const
         hidden += ", e" + number + " HIDDEN";
         ++n;
     }
-    return made + hidden + ")";
+    return made + hidden + furtherColumns() + ")";
+}
+
+/// Those of groups: keys in both forms, then functions. Texts need the order of texts.
+std::string TableModule::furtherColumns() const
+{
+    std::string made;
+    if (!context_.grouping)
+        return made;
+    const auto hidden = [&](int field) {
+        const auto& fields = table_->layout().fields;
+        const bool text =
+            field >= 0 && sqlTypeOf(fields[static_cast<std::size_t>(field)].type) == SqlType::Text;
+        return text ? std::string(" TEXT HIDDEN COLLATE ") + kTextOrder : std::string(" HIDDEN");
+    };
+    const Grouping& grouping = *context_.grouping;
+    for (const char* letter : {"k", "x"})
+        for (std::size_t i = 0; i < grouping.keys.size(); ++i)
+            made += std::string(", ") + letter + std::to_string(i) + hidden(grouping.keys[i]);
+    for (std::size_t i = 0; i < grouping.functions.size(); ++i) {
+        const GroupFunction& function = grouping.functions[i];
+        const bool ofField = function.kind >= Aggregate::Min;
+        made += ", g" + std::to_string(i) + hidden(ofField ? function.field : -1);
+    }
+    return made;
 }
 
 std::int64_t TableModule::records()
@@ -201,7 +226,7 @@ std::int64_t TableModule::records()
 
 int TableModule::addPlan(sqlite3_index_info& info)
 {
-    const bool groups = !context_.severalTables && context_.groupsInMemory;
+    const bool groups = !context_.severalTables && context_.groupsInMemory && !context_.grouping;
     AccessPlanner planner(*table_, context_.options.memory, records(), groups);
     plans_.push_back(planner.plan(info));
     return static_cast<int>(plans_.size()) - 1;

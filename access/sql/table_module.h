@@ -38,6 +38,7 @@ public:
 
 private:
     std::int64_t records();
+    std::string furtherColumns() const;
 
     std::shared_ptr<SourceTable> table_;
     RunContext& context_;

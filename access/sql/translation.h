@@ -16,6 +16,7 @@
 #include <string_view>
 #include <vector>
 
+#include "access/sql/grouping.h"
 #include "access/sql/source_table.h"
 
 namespace velnor::sql {
@@ -42,6 +43,9 @@ struct Translation {
     /// the field of each column.
     std::string recordsSql;
     std::vector<int> fieldOfColumn;
+
+    /// Groups of one table: the same statement for a table that gives groups in place of records.
+    std::optional<Grouping> grouping;
 };
 
 bool isSelect(std::string_view source);

@@ -170,6 +170,40 @@ TEST_F(SqlDialect, groupsCountAndSum)
     EXPECT_EQ(numberOf("SELECT ID FROM ORDERS WHERE Count(*) > 1"), 3096);
 }
 
+// Groups that the table works out itself, and those for which the machine looks at records, agree.
+TEST_F(SqlDialect, groupsAreTheSame_whoeverWorksThemOut)
+{
+    const std::string functions =
+        "Count(*), Count(Qty), Sum(Qty), Sum(Total), Avg(Total), Min(City), Max(Day), "
+        "StDev(Total), VarP(Qty), Sum(Rate), Avg(Qty), Max(Paid)";
+    for (const char* where : {"", " WHERE Total > 20", " WHERE City = 'boston'", " WHERE ID > 99",
+                              " WHERE Qty IS NULL", " WHERE 1 = 0", " WHERE City LIKE '*o*'"}) {
+        const std::string from = std::string(" FROM ORDERS") + where;
+        const std::string machine = from + (*where ? " AND" : " WHERE") + " Len(ID) > 0";
+        EXPECT_EQ(answer("SELECT " + functions + from), answer("SELECT " + functions + machine));
+        for (const char* rest :
+             {" GROUP BY Region", " GROUP BY Region, Paid ORDER BY Count(*), Region DESC, Paid",
+              " GROUP BY Region HAVING Count(*) > 1 AND Sum(Total) < 400",
+              " GROUP BY Region HAVING Min(City) <> 'COUNT(*)'"})
+            EXPECT_EQ(answer("SELECT Region, " + functions + from + rest),
+                      answer("SELECT Region, " + functions + machine + rest))
+                << where << rest;
+        EXPECT_EQ(answer("SELECT Day, Total, Max(Total)" + from + " GROUP BY Day, Total"),
+                  answer("SELECT Day, Total, Max(Total)" + machine + " GROUP BY Day, Total"));
+    }
+    EXPECT_THAT(answer("SELECT TOP 2 Region, Count(*) FROM ORDERS GROUP BY Region"),
+                ElementsAre("East|2", "North|2"));
+    EXPECT_THAT(answer("SELECT First(ID), Last(City), First(Qty) FROM ORDERS WHERE ID > 2"),
+                ElementsAre("3|Oslo|Null"));
+}
+
+// Sums of whole numbers that no longer fit become the nearest real.
+TEST_F(SqlDialect, veryLargeSumsDoNotWrap)
+{
+    EXPECT_THAT(answer("SELECT Sum(9000000000000000000) > 4.4E19 FROM ORDERS"),
+                ElementsAre("True"));
+}
+
 TEST_F(SqlDialect, joinsOfAllKinds)
 {
     EXPECT_THAT(answer("SELECT ORDERS.ID, Head FROM ORDERS INNER JOIN REGIONS ON ORDERS.Region = "
@@ -228,6 +262,35 @@ TEST_F(SqlDialect, distinct)
     EXPECT_EQ(numberOf("SELECT DISTINCT City FROM ORDERS ORDER BY Qty"), 3093);
 }
 
+// Regions by their orders: a record of the one table comes once, not once an order.
+TEST_F(SqlDialect, distinctRow_givesARecordOnce_howeverManyOthersItMeets)
+{
+    const std::string joined = " FROM REGIONS INNER JOIN ORDERS ON REGIONS.Region = ORDERS.Region";
+    EXPECT_EQ(answer("SELECT Head" + joined).size(), 4u);
+    EXPECT_THAT(answer("SELECT DISTINCTROW Head" + joined),
+                UnorderedElementsAre("O'Brien", "Berg"));
+    EXPECT_THAT(answer("SELECT DISTINCTROW REGIONS.*" + joined + " WHERE ORDERS.ID < 4"),
+                ElementsAre("EAST|O'Brien"));
+    EXPECT_THAT(answer("SELECT DISTINCTROW TOP 1 Head" + joined + " ORDER BY Head DESC"),
+                ElementsAre("O'Brien"));
+    EXPECT_THAT(answer("SELECT DISTINCTROW Total" + joined + " WHERE ID IN (1, 3)"),
+                UnorderedElementsAre("100.25", "300"));
+}
+
+// Equal values of different records stay apart, and where every table gives a field all stay.
+TEST_F(SqlDialect, distinctRow_goesByRecords_notByValues)
+{
+    const std::string both = " FROM ORDERS AS o, REGIONS AS r";
+    EXPECT_THAT(answer("SELECT DISTINCTROW o.Paid" + both + " WHERE o.ID < 4"),
+                UnorderedElementsAre("True", "False", "True"));
+    EXPECT_EQ(answer("SELECT DISTINCTROW o.Paid, r.Head" + both).size(), 10u);
+    EXPECT_EQ(answer("SELECT DISTINCTROW Paid FROM ORDERS").size(), 5u);
+    EXPECT_EQ(answer("SELECT DISTINCTROW Count(*)" + both), Lines{"10"});
+    const std::string subquery = " FROM ORDERS AS o, (SELECT Head FROM REGIONS) AS q";
+    EXPECT_EQ(answer("SELECT DISTINCTROW o.ID" + subquery).size(), 5u);
+    EXPECT_EQ(answer("SELECT DISTINCTROW q.Head" + subquery).size(), 2u);
+}
+
 TEST_F(SqlDialect, columnsHaveNamesAndTypes)
 {
     Recordset rs =
@@ -262,35 +325,6 @@ TEST_F(SqlDialect, veryDeepStatementsAreRefused_notRun)
 {
     std::string deep = "SELECT ";
     deep += std::string(5000, '(');
-// Regions by their orders: a record of the one table comes once, not once an order.
-TEST_F(SqlDialect, distinctRow_givesARecordOnce_howeverManyOthersItMeets)
-{
-    const std::string joined = " FROM REGIONS INNER JOIN ORDERS ON REGIONS.Region = ORDERS.Region";
-    EXPECT_EQ(answer("SELECT Head" + joined).size(), 4u);
-    EXPECT_THAT(answer("SELECT DISTINCTROW Head" + joined),
-                UnorderedElementsAre("O'Brien", "Berg"));
-    EXPECT_THAT(answer("SELECT DISTINCTROW REGIONS.*" + joined + " WHERE ORDERS.ID < 4"),
-                ElementsAre("EAST|O'Brien"));
-    EXPECT_THAT(answer("SELECT DISTINCTROW TOP 1 Head" + joined + " ORDER BY Head DESC"),
-                ElementsAre("O'Brien"));
-    EXPECT_THAT(answer("SELECT DISTINCTROW Total" + joined + " WHERE ID IN (1, 3)"),
-                UnorderedElementsAre("100.25", "300"));
-}
-
-// Equal values of different records stay apart, and where every table gives a field all stay.
-TEST_F(SqlDialect, distinctRow_goesByRecords_notByValues)
-{
-    const std::string both = " FROM ORDERS AS o, REGIONS AS r";
-    EXPECT_THAT(answer("SELECT DISTINCTROW o.Paid" + both + " WHERE o.ID < 4"),
-                UnorderedElementsAre("True", "False", "True"));
-    EXPECT_EQ(answer("SELECT DISTINCTROW o.Paid, r.Head" + both).size(), 10u);
-    EXPECT_EQ(answer("SELECT DISTINCTROW Paid FROM ORDERS").size(), 5u);
-    EXPECT_EQ(answer("SELECT DISTINCTROW Count(*)" + both), Lines{"10"});
-    const std::string subquery = " FROM ORDERS AS o, (SELECT Head FROM REGIONS) AS q";
-    EXPECT_EQ(answer("SELECT DISTINCTROW o.ID" + subquery).size(), 5u);
-    EXPECT_EQ(answer("SELECT DISTINCTROW q.Head" + subquery).size(), 2u);
-}
-
     EXPECT_EQ(numberOf(deep + "1 FROM ORDERS"), 3075);
     std::string many = "SELECT ID FROM ORDERS WHERE ID = 1";
     for (int i = 0; i < 900; ++i)
