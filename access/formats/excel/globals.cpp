@@ -1,6 +1,7 @@
 #include "access/formats/excel/globals.h"
 
 #include <algorithm>
+#include <set>
 
 #include "access/formats/excel/biff_text.h"
 
@@ -235,6 +236,7 @@ private:
             return;
         }
         std::vector<std::size_t> inOrder;
+        std::set<std::size_t> taken;
         for (std::size_t i = 0; i < boundSheets_.size(); ++i) {
             const Record& record = boundSheets_[i];
             SheetInfo info;
@@ -249,6 +251,12 @@ private:
                 if (inOrder.empty())
                     inOrder = substreams();
                 position = i < inOrder.size() ? inOrder[i] : stream_.size();
+            }
+            // Thousands of sheets at one place would be as many times its cells in memory.
+            if (position < stream_.size() && !taken.insert(position).second) {
+                info.sound = false;
+                fault("sheet " + info.name + " is where another sheet is");
+                position = stream_.size();
             }
             info.position = static_cast<std::uint32_t>(position);
             const std::uint8_t kind =

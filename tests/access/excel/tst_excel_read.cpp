@@ -261,3 +261,27 @@ TEST(ExcelRead, passwordsOpenWhatTheyMust)
     EXPECT_EQ(errorOf([&] { openStore(files, true, "", "wrong"); }), 3031);
     EXPECT_FALSE(tablesOf(*openStore(files, true, "", "password")).empty());
 }
+
+// A small file could claim the cells of its only sheet for thousands of others.
+TEST(ExcelRead, ofSeveralSheetsAtOnePlace_theFirstHasTheCells)
+{
+    BookFile file;
+    for (char c = 'A'; c <= 'Z'; ++c)
+        file.global(0x85, {0, 0, 0, 0, 0, 0, 1, 0, static_cast<std::uint8_t>(c)});
+    Bytes bytes = file.text(0, 0, "NAME").text(1, 0, "x").end();
+    std::vector<std::size_t> bounds;
+    for (std::size_t at = 0; at < bytes.size(); at += 4u + bytes[at + 2] + 256u * bytes[at + 3])
+        if (bytes[at] == 0x85 && bytes[at + 1] == 0)
+            bounds.push_back(at + 4);
+    ASSERT_EQ(bounds.size(), 27u);
+    for (const std::size_t at : bounds)
+        std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(bounds.back()), 4,
+                    bytes.begin() + static_cast<std::ptrdiff_t>(at));
+    FilesWith files(bytes);
+    const auto store = openStore(files, true);
+    ASSERT_EQ(tablesOf(*store).size(), 27u);
+    EXPECT_EQ(rowsOf(*store, "A$").size(), 1u);
+    for (const char* other : {"B$", "Z$", "Sheet1$"})
+        EXPECT_EQ(rowsOf(*store, other).size(), 0u) << other;
+    EXPECT_GE(faultsOf(*store).size(), 26u);
+}
