@@ -14,8 +14,13 @@ try:
     import xlrd
 except ImportError:
     xlrd = None
+    # Debian's package is for Debian's own Python, which need not be the first one.
+    if os.path.exists("/usr/bin/python3") and "EXCEL_PYTHON" not in os.environ:
+        os.environ["EXCEL_PYTHON"] = "Debian"
+        os.execv("/usr/bin/python3", ["/usr/bin/python3", os.path.abspath(__file__)])
 # Refused with a reason: a range without room below it; a text longer than a cell of its version holds.
 REFUSED = ("Error - 3434 ", "Error - 3163 ", "Error - 3021 ")
+BLANKS = {"BLANK", "MULBLANK"}
 # Counts and doubled cells that were wrong in the file before.
 OLD_FAULTS = ("php_bug1505.xls", "php_bug1592.xls", "edr_Test_Issue_11545_NoIndex.xls",
               "edr_Test_git_issue_467_empty_continue_leftoverbytes.xls")
@@ -44,9 +49,31 @@ def faults(path):
     return findings.lines
 
 
+def places(book, part, wanted):
+    """(row, column) -> format of the cells in records of these names."""
+    return {c[:2]: c[2] for r in part if r.name in wanted for c in sheet_check.safe_cells(book, r)}
+
+
+def set_filled_rows_aside(a, b, p, q):
+    """Rows that have formats but no values are filled: a blank cell becomes a value, or stays as it is. What is not
+    so is told; then these rows' blank cells leave both lists, since all else must be equal."""
+    values = sheet_check.CELLS - BLANKS
+    before, after = places(a, p, values), places(b, q, values)
+    filled = {row for row, _ in after.keys() - before.keys()}
+    left = places(b, q, BLANKS)
+    told = ["blank cell %s is gone" % (place,) for place, xf in places(a, p, BLANKS).items()
+            if place[0] in filled and place not in after and left.get(place) != xf]
+    for book, part in ((a, p), (b, q)):
+        part[:] = [r for r in part if r.name not in BLANKS or not sheet_check.safe_cells(book, r)
+                   or sheet_check.u16(r.data) not in filled]
+    return told
+
+
 def differences(old, new):
-    return sheet_check.same_xls(sheet_check.load(old, sheet_check.Silent()),
-                                sheet_check.load(new, sheet_check.Silent()))[0]
+    """What an append changed although it need not."""
+    a, b = (sheet_check.load(path, sheet_check.Silent()) for path in (old, new))
+    told = [text for p, q in zip(a.parts, b.parts) for text in set_filled_rows_aside(a, b, p, q)]
+    return told + sheet_check.same_xls(a, b)[0]
 
 
 def cells(path):
@@ -71,10 +98,8 @@ def one(entry, table, mode, folder, fail):
         if more:
             fail("new faults %s" % sorted(more)[:3])
     if mode == "append":
-        # A row with formats but without values is filled: its blank cells are replaced.
-        lost = differences(old, new)
-        if lost and not any("BLANK" in line or "DIMENSIONS" in line for line in lost):
-            fail(lost[0])
+        for text in differences(old, new)[:1]:
+            fail(text)
     if xlrd is None:
         return True
     was, now = cells(old), cells(new)
@@ -93,7 +118,7 @@ def one(entry, table, mode, folder, fail):
 def main():
     passed = failed = 0
     entries = [e for e in json.load(open(os.path.join(CORPUS, "xls", "manifest.json")))
-               if e["kind"] in ("biff5", "biff8") and not e.get("encrypted") and e["size"] < 36000]
+               if e["kind"] in ("biff5", "biff8") and not e.get("encrypted") and e["size"] < 400000]
     for entry in entries:
         table = next((t for t in entry.get("tables") or [] if t.get("records")), None)
         if not table:
