@@ -1,5 +1,5 @@
-"""The help of velnor-cli, its manual page, its completion and its commands say the same."""
-import os, re, shutil, subprocess
+"""The help of velnor-cli, its manual page, its completion and its commands say the same, and tests try all of it."""
+import glob, os, re, shutil, subprocess
 from cli_support import *
 
 
@@ -37,6 +37,14 @@ def test_manual_page_says_what_help_says(folder):
         _, options = options_of(command)
         there = re.findall(r"^\.B (--\S+)", sections[command], re.M)
         assert sorted(there + ["--help"]) == sorted(options), (command, there, options)
+
+
+def test_every_option_is_tried_by_some_test(folder):
+    tests = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+    scripts = "".join(open(path, encoding="utf-8").read() for path in glob.glob(os.path.join(tests, "**", "*.py"), recursive=True))
+    for command in commands():
+        for option in options_of(command)[1]:
+            assert '"%s"' % option in scripts, "%s %s" % (command, option)
 
 
 def test_manual_page_is_good_roff(folder):
