@@ -11,6 +11,7 @@
 #include "organizer/organizer_store.h"
 #include "platform/desktop_qt/qt_desktop.h"
 #include "platform/host.h"
+#include "windows/context_key.h"
 #include "windows/desktop_look.h"
 #include "windows/save_file_as.h"
 #include "windows/velnor1.h"
@@ -65,6 +66,7 @@ int run(QApplication& app)
 {
     const RealHost machine;
     const DesktopLook look(app);
+    const ContextKey contextKey(app);
     const QString path = commandLinePath(QApplication::arguments());
     upcalls().LoadGroupList = [] { LoadGroupList(); };
     const QString startFolder = QString::fromStdString(host().currentFolder);

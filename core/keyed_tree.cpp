@@ -43,6 +43,7 @@ KeyedTree::KeyedTree(QWidget* parent) : QTreeWidget(parent)
     setAcceptDrops(true);
     setDropIndicatorShown(true);
     fileIcon = [](const QString&) { return pictureOf(File); };
+    connect(this, &QTreeWidget::itemDoubleClicked, this, &KeyedTree::opened);
 }
 
 QTreeWidgetItem* KeyedTree::put(QTreeWidgetItem* parent, const QString& key, const QString& text,
@@ -177,7 +178,11 @@ void KeyedTree::keyPressEvent(QKeyEvent* event)
         deleteCurrent();
         return;
     }
-    QTreeWidget::keyPressEvent(event);
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && currentItem())
+        emit opened(currentItem());
+    else
+        QTreeWidget::keyPressEvent(event);
 }
 
 void KeyedTree::paintEvent(QPaintEvent* event)

@@ -53,6 +53,8 @@ public:
 signals:
     /// Files or a folder fell on the tree, "C:\folder\file.ext"; `under` is null for empty space.
     void filesDropped(const QStringList& paths, QTreeWidgetItem* under);
+    /// By a double click or Enter, also where the desktop opens on a single click: a click chooses.
+    void opened(QTreeWidgetItem* node);
 
 protected:
     QStringList mimeTypes() const override;

@@ -60,7 +60,7 @@ OrganizerPane::OrganizerPane(QWidget* parent) : QWidget(parent)
     });
     connect(SSTree1, &QTreeWidget::itemClicked, this,
             [this](QTreeWidgetItem* node) { nodeClicked(*node); });
-    connect(SSTree1, &QTreeWidget::itemActivated, this,
+    connect(SSTree1, &KeyedTree::opened, this,
             [this](QTreeWidgetItem* node) { nodeOpened(*node); });
     connect(SSTree1, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* node) {
         if (KeyedTree::image(*node) == KeyedTree::ClosedFolder)

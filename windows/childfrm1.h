@@ -86,6 +86,7 @@ private:
     QWidget* buildLists();
     QWidget* buildComments();
     QWidget* buildFind();
+    void addGridActions();
     void openFile();
     bool chooseFirstTable();
     void refreshData();

@@ -1,4 +1,5 @@
 // The controls of the table browser and how they are laid out.
+#include <QAction>
 #include <QPlainTextEdit>
 #include <QSplitter>
 #include <QToolButton>
@@ -71,8 +72,23 @@ void ChildFrm1::buildControls()
     connect(MSFlexGrid1->selectionModel(), &QItemSelectionModel::currentChanged, this,
             edge(this, &ChildFrm1::MSFlexGrid1_Click));
     connect(ExitCommBtn, &QToolButton::clicked, this, edge(this, &ChildFrm1::ExitCommBtn_Click));
+    addGridActions();
     Frame1->hide();
     Frame2->hide();
+}
+
+/// What acts on the records, beside the grid's own copying.
+void ChildFrm1::addGridActions()
+{
+    const auto add = [this](const QString& text, const char* icon, void (ChildFrm1::*procedure)()) {
+        auto* action = new QAction(QIcon::fromTheme(QString::fromLatin1(icon)), text, MSFlexGrid1);
+        connect(action, &QAction::triggered, this, edge(this, procedure));
+        MSFlexGrid1->addAction(action);
+    };
+    add(tr("&Find..."), "edit-find", &ChildFrm1::mnuFindText_Click);
+    add(tr("&View Comments"), "view-pim-notes", &ChildFrm1::mnuViewComments_Click);
+    add(tr("&Data Entry"), "document-edit", &ChildFrm1::ID_DataToggle_Click);
+    add(tr("&Refresh"), "view-refresh", &ChildFrm1::mnuFileRefresh_Click);
 }
 
 QWidget* ChildFrm1::buildFind()

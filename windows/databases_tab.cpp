@@ -92,6 +92,14 @@ QWidget* DatabasesTab::buildTree()
     PTxShTree1->setMinimumWidth(140);
     PTxShTree1->expand(folders_->index(0, 0));
     heading->setBuddy(PTxShTree1);
+    const auto add = [this](const QString& text, const QString& icon, auto procedure) {
+        auto* action = new QAction(QIcon::fromTheme(icon), text, PTxShTree1);
+        connect(action, &QAction::triggered, this, procedure);
+        PTxShTree1->addAction(action);
+    };
+    add(tr("&Refresh"), u"view-refresh"_s, [this] { refresh(); });
+    add(tr("&Collapse Folders"), u"collapse-all"_s, [this] { collapseTree(); });
+    PTxShTree1->setContextMenuPolicy(Qt::ActionsContextMenu);
     box->layout()->addWidget(PTxShTree1);
     connect(PTxShTree1->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& now) { treeFolderChosen(now); });
@@ -120,7 +128,8 @@ void DatabasesTab::dressView(QAbstractItemView& view)
     add(tr("&Up One Folder"), u"go-up"_s, [this] { upFolder(); });
     add(tr("&Refresh"), u"view-refresh"_s, [this] { refresh(); });
     view.setContextMenuPolicy(Qt::ActionsContextMenu);
-    connect(&view, &QAbstractItemView::activated, this,
+    // Not activated(): where the desktop opens on a single click, no file could be selected.
+    connect(&view, &QAbstractItemView::doubleClicked, this,
             [this](const QModelIndex& index) { fileOpened(index); });
 }
 
@@ -436,6 +445,10 @@ bool DatabasesTab::eventFilter(QObject* watched, QEvent* event)
         const auto* key = static_cast<QKeyEvent*>(event);
         if (key->key() == Qt::Key_Backspace) {
             upFolder();
+            return true;
+        }
+        if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
+            fileOpened(view()->currentIndex());
             return true;
         }
     }

@@ -2,6 +2,7 @@
 // command of a form, keys, header clicks, the clipboard, places on a screen that is gone.
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
 #include <QGuiApplication>
@@ -10,9 +11,11 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QProxyStyle>
 #include <QScreen>
 #include <QTabBar>
 #include <QTest>
+#include <QTimer>
 #include <QTreeView>
 
 #include "access/login.h"
@@ -20,9 +23,12 @@
 #include "assist/about1.h"
 #include "assist/help_window.h"
 #include "assist/quik_tip1.h"
+#include "core/keyed_tree.h"
 #include "core/twips.h"
+#include "organizer/organizer_pane.h"
 #include "tests/windows/main_window_case.h"
 #include "windows/childfrm1.h"
+#include "windows/context_key.h"
 #include "windows/databases_tab.h"
 #include "windows/file_list_model.h"
 #include "windows/find_bar.h"
@@ -32,6 +38,28 @@ using namespace velnor;
 using namespace velnor::testing;
 
 namespace {
+
+/// A desktop on which a single click opens.
+class SingleClickDesktop {
+public:
+    SingleClickDesktop() : before_(QApplication::style()->name())
+    {
+        QApplication::setStyle(new Style);
+    }
+    ~SingleClickDesktop() { QApplication::setStyle(before_); }
+
+private:
+    class Style : public QProxyStyle {
+        int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                      QStyleHintReturn* data) const override
+        {
+            return hint == SH_ItemView_ActivateItemOnSingleClick
+                       ? 1
+                       : QProxyStyle::styleHint(hint, option, widget, data);
+        }
+    };
+    QString before_;
+};
 
 /// Parts of Qt's own controls speak through those.
 bool isPartOfAnother(const QWidget& widget)
@@ -196,6 +224,43 @@ private slots:
         QCOMPARE(globals().SELECTED_FILE, "C:\\data\\another.dbf");
     }
 
+    void aClickSelects_alsoWhereTheDesktopOpensOnIt()
+    {
+        const SingleClickDesktop desktop;
+        fixture_->makeCustomers();
+        window_->show();
+        DatabasesTab& tab = window_->databases();
+        tab.goToFolder("C:\\data");
+        QTRY_VERIFY(!tab.files().loading());
+        const QRect row = tab.PTxShList1->visualRect(tab.files().indexOf("C:\\data\\CUSTOMER.DBF"));
+        QTest::mouseClick(tab.PTxShList1->viewport(), Qt::LeftButton, {}, row.center());
+        QCOMPARE(globals().SELECTED_FILE, "C:\\data\\CUSTOMER.DBF");
+        KeyedTree& tree = *tab.organizer->SSTree1;
+        const QRect node = tree.visualItemRect(tree.topLevelItem(0));
+        QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, node.center());
+        QCOMPARE(globals().ORG_DATABASE, "Database 1");
+        QCOMPARE(globals().SELECTED_FILE, "C:\\data\\CUSTOMER.DBF");
+        QVERIFY(!window_->shell());
+        QTest::mouseDClick(tab.PTxShList1->viewport(), Qt::LeftButton, {}, row.center());
+        QVERIFY(window_->shell());
+        QCOMPARE(window_->shell()->children().size(), 1);
+    }
+
+    void shiftF10_opensTheContextMenuOfTheListsTreesAndGrids()
+    {
+        const ContextKey key(*qApp);
+        ChildFrm1* child = browse();
+        window_->show();
+        DatabasesTab& tab = window_->databases();
+        tab.goToFolder("C:\\data");
+        QTRY_VERIFY(!tab.files().loading());
+        QCOMPARE(contextMenuOf(*tab.PTxShList1).first(), "Open");
+        QCOMPARE(contextMenuOf(*tab.PTxShTree1).first(), "Refresh");
+        QCOMPARE(contextMenuOf(*tab.organizer->SSTree1).first(), "Open");
+        QCOMPARE(contextMenuOf(*child->MSFlexGrid1),
+                 (QStringList{"Copy Cells", "Find...", "View Comments", "Data Entry", "Refresh"}));
+    }
+
     void F5_readsTheFolderAgain()
     {
         window_->show();
@@ -306,6 +371,23 @@ private:
         for (int row = 0; row < files.rowCount(); ++row)
             names << files.index(row, FileListModel::Name).data().toString();
         return names;
+    }
+    /// The texts of the menu that the key opens, and closes it.
+    static QStringList contextMenuOf(QWidget& widget)
+    {
+        QStringList texts;
+        QTimer closer;
+        connect(&closer, &QTimer::timeout, &closer, [&] {
+            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            if (!menu)
+                return;
+            for (const QAction* action : menu->actions())
+                texts << action->text().remove(u'&');
+            menu->close();
+        });
+        closer.start(10);
+        QTest::keyClick(&widget, Qt::Key_F10, Qt::ShiftModifier);
+        return texts;
     }
     QString currentFile()
     {

@@ -209,7 +209,7 @@ private slots:
         tab.showFile("C:\\data\\CUSTOMER.DBF");
         QTRY_COMPARE(globals().SELECTED_FILE, "C:\\data\\CUSTOMER.DBF");
         QVERIFY(window_->ToolBarComp1->enabled("ID_mnuSaveAs"));
-        emit tab.PTxShList1->activated(tab.PTxShList1->currentIndex());
+        QTest::keyClick(tab.PTxShList1, Qt::Key_Return);
         QVERIFY(window_->shell());
         tab.upFolder();
         QCOMPARE(tab.folder(), "C:");
