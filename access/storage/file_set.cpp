@@ -129,6 +129,7 @@ struct FileSet::State {
     std::vector<StoredFile*> stored;
     std::unique_ptr<UndoJournal> journal;  // stands while pages of no commit are on the disk
     std::vector<StoredFile*> kept;         // what it keeps, by its numbers
+    std::vector<StoredFile*> made;         // files since the last commit: the journal knows them
     bool savepoint = false;
 
     PageFile& add(std::unique_ptr<PageFile> pageFile, StoredFile& file)
@@ -141,10 +142,11 @@ struct FileSet::State {
     void commit(const std::vector<StoredFile*>& changed);
     void openJournal(std::vector<StoredFile*> keeps);
     void saveOld();
-    void writeFiles(const std::vector<StoredFile*>& changed, std::vector<StoredFile*>& made);
+    void makeFiles(const std::vector<StoredFile*>& changed);
+    void writeFiles(const std::vector<StoredFile*>& changed);
     void spill();
     void keepOld();
-    void putBack(const std::vector<StoredFile*>& made);
+    void putBack();
     void dropChanges();
     template <class Work> void orDropChanges(Work work);
 };
@@ -193,16 +195,15 @@ void FileSet::State::commit(const std::vector<StoredFile*>& changed)
     bool sealed = journal != nullptr;  // 6.
     if (!sealed)
         openJournal(changed);
-    std::vector<StoredFile*> made;
     try {
         saveOld();
         sealed = true;
-        writeFiles(changed, made);
+        writeFiles(changed);
     } catch (const std::exception&) {
         if (journal->isCut())
             owner.broken = true;  // which state a crash would leave is open: either is whole
         else if (sealed)
-            putBack(made);
+            putBack();
         else
             journal->remove();
         journal.reset();
@@ -210,18 +211,23 @@ void FileSet::State::commit(const std::vector<StoredFile*>& changed)
     }
     journal->remove();
     journal.reset();
+    made.clear();
 }
 
-void FileSet::State::writeFiles(const std::vector<StoredFile*>& changed,
-                                std::vector<StoredFile*>& made)
+void FileSet::State::makeFiles(const std::vector<StoredFile*>& changed)
 {
-    for (StoredFile* file : changed) {
+    for (StoredFile* file : changed)
         if (!file->onDisk()) {
             made.push_back(file);
             file->make(files);
         }
+}
+
+void FileSet::State::writeFiles(const std::vector<StoredFile*>& changed)
+{
+    makeFiles(changed);
+    for (StoredFile* file : changed)
         file->write();
-    }
     // Files become shorter only when nothing can run out of room any more: putting the bytes back
     // would need that room. Until then no count points behind an end, either (4).
     for (StoredFile* file : changed)
@@ -241,6 +247,7 @@ void FileSet::State::spill()
         return;
     if (undone)
         keepOld();
+    makeFiles(changed);
     for (StoredFile* file : changed)
         file->writeEarly();
 }
@@ -263,7 +270,7 @@ void FileSet::State::keepOld()
 }
 
 /// 5. If the disk refuses even that, the journal stays for the next opening.
-void FileSet::State::putBack(const std::vector<StoredFile*>& made)
+void FileSet::State::putBack()
 {
     try {
         journal->undo();
@@ -273,13 +280,14 @@ void FileSet::State::putBack(const std::vector<StoredFile*>& made)
     }
     for (StoredFile* file : made)
         file->unmake();
+    made.clear();
 }
 
 void FileSet::State::dropChanges()
 {
     ++owner.generation;
     if (journal)
-        putBack({});
+        putBack();
     journal.reset();
     if (!undone && stored.front()->wroteEarly())
         owner.broken = true;
@@ -304,7 +312,7 @@ template <class Work> void FileSet::State::orDropChanges(Work work)
 
 FileSet::FileSet(FileSystem& files, std::string_view mainPath, const PageFileOptions& options,
                  bool readOnly)
-    : state_(new State{files, std::string(mainPath), {0, readOnly, false}, options.undone, {}, {}, {}, {}, false})
+    : state_(new State{files, std::string(mainPath), {0, readOnly, false}, options.undone, {}, {}, {}, {}, {}, false})
 {
     auto state = std::make_unique<PageFile::State>(state_->owner, state_->path, options,
                                                    openMain(files, mainPath, readOnly));
@@ -315,7 +323,7 @@ FileSet::FileSet(FileSystem& files, std::string_view mainPath, const PageFileOpt
 FileSet::~FileSet()
 {
     if (state_->journal)
-        state_->putBack({});
+        state_->putBack();
 }
 
 PageFile& FileSet::main()

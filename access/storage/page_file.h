@@ -17,8 +17,8 @@
 //    between finds no count ahead of its data. Files that become shorter are cut after all that.
 // 5. An error is not a crash: when commit() fails, the files are put back to the last commit at
 // once.
-// 6. Pages may be written before the commit (spill()), by rule 1: the journal then stands, and grows,
-// until the commit or the rollback.
+// 6. Pages may be written before the commit (spill()), by rule 1: the journal then stands, and
+// grows, until the commit or the rollback.
 #pragma once
 
 #include <cstdint>
@@ -95,7 +95,8 @@ public:
     /// Bytes at any place, over page borders; returns how many there were. Large reads of unchanged
     /// pages go past the cache.
     std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> out);
-    /// As readAt, but pages that are not in the cache stay out of it: for small reads here and there.
+    /// As readAt, but pages that are not in the cache stay out of it: for small reads here and
+    /// there.
     std::size_t peekAt(std::uint64_t offset, std::span<std::uint8_t> out);
     /// Grows the file when it passes the end.
     void writeAt(std::uint64_t offset, std::span<const std::uint8_t> bytes);
@@ -138,7 +139,7 @@ public:
     void commit();
     /// Takes changed pages out of memory before the commit, so that a long change needs no more of
     /// it than a short one (6). They are dropped by a failure, a rollback or a crash as all others.
-    /// Where a file of the set is new or became shorter they stay in memory. Fails as commit().
+    /// Where a file of the set became shorter they stay in memory. Fails as commit().
     void spill();
     /// Drops every change since the last commit. A PageRef held over it shows the old bytes.
     void rollback();

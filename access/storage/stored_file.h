@@ -1,10 +1,10 @@
 // access/storage/stored_file.h - one file of a set: its length, its pages in memory and on the
 // disk.
 //
-// Four lengths: `size` with all changes; `saved`, of the last commit; `disk`, of the file on the disk,
-// which is longer than `saved` once pages were written early; `valid` <= disk, how much of the disk
-// still counts after the file was made shorter. Invariant: a page that reaches behind `valid` and
-// starts before `disk` and `size` is in the cache as changed, or ends at `valid`.
+// Four lengths: `size` with all changes; `saved`, of the last commit; `disk`, of the file on the
+// disk, which is longer than `saved` once pages were written early; `valid` <= disk, how much of
+// the disk still counts after the file was made shorter. Invariant: a page that reaches behind
+// `valid` and starts before `disk` and `size` is in the cache as changed, or ends at `valid`.
 #pragma once
 
 #include <cstdint>
@@ -80,12 +80,15 @@ public:
     /// Before the commit: the pages become clean ones, and can go from memory. Not of a file that
     /// was made shorter.
     void writeEarly();
-    bool mayWriteEarly() const { return file_ && size_ >= saved_ && valid_ == disk_; }
+    bool mayWriteEarly() const
+    {
+        return (file_ || toBeMade_) && size_ >= saved_ && valid_ == disk_;
+    }
     bool wroteEarly() const { return early_; }
     void cutOff();
     void changesAreSaved();
-    /// Back to the last commit, which the disk holds again; pages that somebody holds are read again
-    /// in place.
+    /// Back to the last commit, which the disk holds again; pages that somebody holds are read
+    /// again in place.
     void rollback();
 
     /// From here on the file keeps what its pages hold before they change, until the end of the

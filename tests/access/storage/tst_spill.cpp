@@ -176,6 +176,59 @@ TEST(SpillTest, theFilesOfASetAreOldOrNewTogetherAfterAPowerCut)
     EXPECT_GT(news, 15);
 }
 
+TEST(SpillTest, aNewFileOfTheSetComesWithTheCommitOrNotAtAll)
+{
+    int olds = 0, news = 0;
+    for (unsigned seed = 1; seed <= 600; ++seed) {
+        Work work(seed);
+        FaultyDisk disk(seed * 7919);
+        disk.put(kFile, work.start());
+        const Bytes before = disk.content(kFile);
+        Pair next;
+        disk.cutAt(1 + work.number(60));
+        try {
+            FileSet set(disk, kFile, pagesOf(128, 1024), false);
+            PageFile* index = &set.companion(kIndex, pagesOf(128, 1024), true);
+            if (work.number(4) == 0) {
+                changeBoth(work, set, *index);
+                set.spill();
+                set.rollback();
+                ASSERT_FALSE(disk.fileExists(kIndex)) << "seed " << seed;
+                ASSERT_EQ(disk.content(kFile), before) << "seed " << seed;
+                index = &set.companion(kIndex, pagesOf(128, 1024), true);
+            }
+            next = changeBoth(work, set, *index);
+            set.commit();
+            ASSERT_TRUE(pairOn(disk) == next) << "seed " << seed;
+        } catch (const std::exception& error) {
+            ASSERT_TRUE(disk.wasCut()) << error.what();
+        }
+        disk.restart();
+        recoverFiles(disk, kFile);
+        const bool made = disk.fileExists(kIndex);
+        ASSERT_TRUE(made ? pairOn(disk) == next : disk.content(kFile) == before) << "seed " << seed;
+        ++(made ? news : olds);
+    }
+    EXPECT_GT(olds, 200);
+    EXPECT_GT(news, 30);
+}
+
+TEST(SpillTest, aNewFileTakesNoMemoryEither)
+{
+    FaultyDisk disk;
+    disk.put(kFile, Bytes(1000, 7));
+    FileSet set(disk, kFile, pagesOf(128), false);
+    PageFile& index = set.companion(kIndex, pagesOf(128), true);
+    index.resize(100000);
+    for (std::uint32_t page = 0; page < 700; ++page)
+        index.read(page).edit()[0] = 1;
+    EXPECT_GT(set.pendingBytes(), 80000u);
+    set.spill();
+    EXPECT_LE(set.pendingBytes(), 128u);
+    set.commit();
+    EXPECT_EQ(disk.content(kIndex).size(), 100000u);
+}
+
 TEST(SpillTest, aRollbackGivesTheOldStateBackInMemoryAndOnTheDisk)
 {
     for (unsigned seed = 1; seed <= 300; ++seed) {
