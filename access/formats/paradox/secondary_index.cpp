@@ -6,13 +6,12 @@
 
 #include "access/engine_error.h"
 #include "access/storage/byte_reader.h"
-#include "access/storage/row_sorter.h"
 
 namespace velnor::paradox {
 namespace {
 
 constexpr std::uint16_t kSign = 0x8000;
-constexpr std::size_t kMostInMemory = 8u << 20;  // of entries that are being sorted
+constexpr std::int64_t kEntriesBetweenLooks = 1024;
 
 }  // namespace
 
@@ -195,9 +194,9 @@ void SecondaryIndex::turn(std::uint8_t* entry) const
                        [](std::uint8_t b) { return static_cast<std::uint8_t>(~b); });
 }
 
-bool SecondaryIndex::rebuild(RecordChain& records, FileSystem& files, const std::string& path)
+bool SecondaryIndex::rebuild(RecordChain& records, RowSorter& sorter,
+                             const std::function<void()>& relieve)
 {
-    RowSorter sorter(files, path + "-sort", entryKeyLength(), entryLength(), kMostInMemory);
     for (std::uint32_t at = 0; at < records.blocks(); ++at)
         for (std::uint32_t slot = 0; slot < records.recordsAt(at); ++slot) {
             std::uint8_t* entry = sorter.add();
@@ -214,6 +213,8 @@ bool SecondaryIndex::rebuild(RecordChain& records, FileSystem& files, const std:
         if (unique())
             last.assign(entry.begin(), entry.begin() + static_cast<std::ptrdiff_t>(indexedLength_));
         chain_->append(entry.data());
+        if (chain_->records() % kEntriesBetweenLooks == 0)
+            relieve();
     }
     tree_ = std::make_unique<TreeFile>(*treeBlocks_, *chain_);
     changed_ = true;

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,7 +19,7 @@
 #include "access/formats/paradox/key_order.h"
 #include "access/formats/paradox/record_chain.h"
 #include "access/formats/paradox/tree_file.h"
-#include "platform/file_system.h"
+#include "access/storage/row_sorter.h"
 
 namespace velnor::paradox {
 
@@ -75,10 +76,10 @@ public:
     void insert(const std::uint8_t* entry);
     /// False when the entry is not there.
     bool remove(const std::uint8_t* entry);
-    /// Replaces all entries by those of the table's records. What does not fit into little memory
-    /// is sorted in `files`, beside `path`. False when two records have the same values in a unique
-    /// index: what was made must be taken back then.
-    bool rebuild(RecordChain& records, FileSystem& files, const std::string& path);
+    /// Replaces all entries by those of the table's records, which go through `sorter`; `relieve`
+    /// is called now and then. False when two records have the same values in a unique index: what
+    /// was made must be taken back then.
+    bool rebuild(RecordChain& records, RowSorter& sorter, const std::function<void()>& relieve);
     bool changed() const { return changed_; }
     void touch() { changed_ = true; }
 

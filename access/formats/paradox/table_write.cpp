@@ -11,6 +11,9 @@
 namespace velnor::paradox {
 namespace {
 
+constexpr std::size_t kMostInMemory = 8u << 20;  // of entries that are being sorted
+constexpr std::size_t kMostChanged = 4u << 20;   // of pages while an index is filled
+
 [[noreturn]] void duplicate(const DbTable& table, const std::string& index)
 {
     throw EngineError(EngineErrorNumber::DuplicateKey, "A record with the same key is in " +
@@ -109,6 +112,7 @@ void DbTable::openForWriting()
     if (keyed())
         openPrimaryTree();
     entry_.clear();
+    std::vector<SecondaryIndex*> wrong;
     for (const auto& index : indexes_) {
         if (!index->kept())
             continue;
@@ -122,10 +126,12 @@ void DbTable::openForWriting()
                                   " cannot be kept right: " + index->trouble() + ".");
         openIndexTree(*index);
         if (!fits || (known && !index->chain().ordered()))
-            rebuildIndex(*index);
+            wrong.push_back(index.get());
         entry_.resize(std::max(entry_.size(), index->entryLength()));
     }
     oldEntry_.resize(entry_.size());
+    for (SecondaryIndex* index : wrong)  // when all files are open: their pages may go to the disk
+        rebuildIndex(*index);
     header_.writing = 0;
 }
 
@@ -161,7 +167,13 @@ void DbTable::makeIndex(const std::string& extension, const FileHeader& made)
 
 void DbTable::rebuildIndex(SecondaryIndex& index)
 {
-    if (!index.rebuild(*chain_, *opening_.files, opening_.path))
+    RowSorter sorter(*opening_.files, opening_.path + "-sort", index.entryKeyLength(),
+                     index.entryLength(), kMostInMemory);
+    const auto relieve = [this] {
+        if (files_->pendingBytes() > kMostChanged)
+            files_->spill();
+    };
+    if (!index.rebuild(*chain_, sorter, relieve))
         duplicate(*this, index.name());
     changed_ = true;
 }
