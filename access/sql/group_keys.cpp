@@ -23,8 +23,7 @@ std::uint64_t hashBytes(std::uint64_t hash, std::string_view bytes)
         hash = mixed(hash, word);
     }
     word = bytes.size();
-    std::memcpy(reinterpret_cast<char*>(&word) + 1, bytes.data(),
-                std::min<std::size_t>(bytes.size(), 7));
+    bytes.copy(reinterpret_cast<char*>(&word) + 1, sizeof word - 1);
     return mixed(hash, word);
 }
 
