@@ -11,7 +11,6 @@ PaneHeading::PaneHeading(const QString& text, QWidget* end, QWidget* parent) : Q
     row->setContentsMargins(8, 2, 4, 2);
     label_ = new QLabel(text, this);
     label_->setTextFormat(Qt::PlainText);
-    label_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     QFont bold = label_->font();
     bold.setBold(true);
     label_->setFont(bold);
@@ -23,6 +22,7 @@ PaneHeading::PaneHeading(const QString& text, QWidget* end, QWidget* parent) : Q
 
 void PaneHeading::setText(const QString& text)
 {
+    label_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);  // however long
     label_->setText(text);
 }
 
