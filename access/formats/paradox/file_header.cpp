@@ -238,6 +238,10 @@ FileHeader readHeader(PageFile& file, std::string_view codePage)
     FileHeader header = HeaderReader(bytes, size).read();
     if (!header.isTree() && header.keyFields > header.fields.size())
         noTable("its key has more fields than its records");
+    if (header.kind == FileKind::KeyedTable && header.keyFields == 0) {
+        header.kind = FileKind::PlainTable;
+        header.oddities.push_back("it has a primary key without fields");
+    }
     header.codePage = &chooseCodePage(header, codePage);
     std::string scratch;
     for (StoredField& field : header.fields)

@@ -102,6 +102,28 @@ TEST(ParadoxDamage, damagedFamiliesAreAnsweredOrRefused)
     }
 }
 
+TEST(ParadoxDamage, aTableWhoseKeyHasNoFieldsIsReadLikeOneWithoutAKey)
+{
+    MemoryFileSystem files;
+    {
+        const auto store = openStore(files);
+        store->createTable(layoutOf({fieldDef("ID", FieldType::Long)}, {primaryDef({"ID"})}));
+        const auto writer = store->writer("T");
+        for (int i = 0; i < 2000; ++i)
+            writer->insert(std::array{whole(i)});
+        store->commit();
+    }
+    Bytes bytes = files.content("C:\\T.DB");
+    bytes.at(0x23) = 0;
+    files.put("C:\\T.DB", bytes);
+    const auto store = openStore(files);
+    EXPECT_NE(faultsOf(*store), Rows{});
+    EXPECT_EQ(rowsOf(*store).size(), 2000u);
+    store->writer("T")->insert(std::array{whole(7)});
+    store->commit();
+    EXPECT_EQ(rowsOf(*store).back(), "7");
+}
+
 TEST(ParadoxDamage, filesOfTheWrongKindAreRefused)
 {
     MemoryFileSystem files;
