@@ -80,9 +80,48 @@ std::uint32_t commonBytes(const std::uint8_t* a, const std::uint8_t* b, std::uin
     return same;
 }
 
-}  // namespace
+/// A key that those of a leaf are compared with.
+class SoughtKey {
+public:
+    SoughtKey(const std::uint8_t* key, std::size_t length, std::uint8_t pad)
+        : key_(key), length_(static_cast<std::uint32_t>(length)), pad_(pad),
+          end_(lengthWithoutPads(key, length_, pad))
+    {
+    }
 
-namespace {
+    /// How another key compares with this one, whose first `before` bytes it has, then those at
+    /// `kept`, and pad bytes from `end` on. `same` becomes the place of the first difference.
+    int compare(const std::uint8_t* kept, std::uint32_t before, std::uint32_t end,
+                std::uint32_t& same) const
+    {
+        const std::uint32_t both = std::min(end, length_);
+        same = before;
+        if (before < both) {
+            same += commonBytes(kept, key_ + before, both - before);
+            if (same < both)
+                return kept[same - before] < key_[same] ? -1 : 1;
+        }
+        for (; same < end_; ++same)
+            if (key_[same] != pad_)
+                return pad_ < key_[same] ? -1 : 1;
+        same = length_;
+        return 0;
+    }
+
+private:
+    const std::uint8_t* key_;
+    std::uint32_t length_;
+    std::uint8_t pad_;
+    std::uint32_t end_;  // behind it the key has pad bytes
+};
+
+/// An entry of a leaf as a number: at most eight bytes, lowest first.
+std::uint64_t entryBits(const std::uint8_t* page, std::size_t at, std::uint32_t bytes)
+{
+    if (at + 8 > kCdxNodeBytes)
+        return loadEntry(page + at, bytes);
+    return loadLE<std::uint64_t>(page + at) & (~std::uint64_t{0} >> (64 - 8 * bytes));
+}
 
 /// The entries of a packed leaf, one after the other, each checked against the leaf.
 class LeafReader {
@@ -103,7 +142,7 @@ public:
     /// Goes on to an entry; they must be taken in their order. False when it is not sound.
     bool take(std::size_t i)
     {
-        const std::uint64_t entry = entryAt(kHead + i * entryBytes_);
+        const std::uint64_t entry = entryBits(p_, kHead + i * entryBytes_, entryBytes_);
         record = static_cast<std::uint32_t>(entry) & recordMask_;
         before = static_cast<std::uint32_t>(entry >> recordBits_) & beforeMask_;
         pads = static_cast<std::uint32_t>(entry >> (recordBits_ + beforeBits_)) & padMask_;
@@ -122,13 +161,6 @@ public:
     std::uint32_t record = 0, before = 0, stored = 0, pads = 0;
 
 private:
-    std::uint64_t entryAt(std::size_t at) const
-    {
-        if (at + 8 > kCdxNodeBytes)
-            return loadEntry(p_ + at, entryBytes_);
-        return loadLE<std::uint64_t>(p_ + at) & (~std::uint64_t{0} >> (64 - 8 * entryBytes_));
-    }
-
     const std::uint8_t* p_;
     std::uint32_t length_;
     std::size_t count_;
@@ -167,6 +199,7 @@ bool searchCdxLeaf(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint
     LeafReader leaf(bytes, keyLength);
     if (!leaf.sound() || keyLength > hit.key.size())
         return false;
+    const SoughtKey sought(wanted.key, wanted.length, pad);
     std::uint8_t* key = hit.key.data();
     std::uint32_t end = 0;    // behind it the key in hand has pad bytes
     std::uint32_t match = 0;  // what the key in hand, which is in front, shares with the wanted one
@@ -180,15 +213,13 @@ bool searchCdxLeaf(std::span<const std::uint8_t, kCdxNodeBytes> bytes, std::uint
         end = leaf.before + leaf.stored;
         if (hit.index > 0 && leaf.before > match)
             continue;
-        std::uint32_t at = leaf.before;
-        int by = 0;
-        for (; by == 0 && at < wanted.length; at += by == 0)
-            by = (at < end ? key[at] : pad) - wanted.key[at];
+        std::uint32_t same = 0;
+        int by = sought.compare(leaf.keptBytes(), leaf.before, end, same);
         if (by == 0 && wanted.record != 0)
             by = (leaf.record > wanted.record) - (leaf.record < wanted.record);
         if (wanted.behind ? by > 0 : by >= 0)
             break;
-        match = at;
+        match = same;
     }
     std::memset(key + end, pad, keyLength - end);
     hit.record = leaf.record;
@@ -253,7 +284,7 @@ public:
     LeafInsertion(CdxBytes bytes, std::uint32_t keyLength, std::uint8_t pad,
                   const std::uint8_t* key, std::uint32_t record)
         : p_(bytes.data()), length_(keyLength), pad_(pad), key_(key), record_(record),
-          count_(loadLE<std::uint16_t>(p_ + kCountAt))
+          sought_(key, keyLength, pad), count_(loadLE<std::uint16_t>(p_ + kCountAt))
     {
         packing_.entryBytes = p_[kEntryBytesAt];
         packing_.recordBits = p_[kRecordBitsAt];
@@ -270,7 +301,7 @@ private:
 
     bool isUsual() const
     {
-        if (packing_.entryBytes > 8 || packing_.countBits > 8 || packing_.recordBits > 32)
+        if (packing_.entryBytes < 1 || packing_.entryBytes > 8 || packing_.countBits > 8 || packing_.recordBits > 32)
             return false;
         const auto mask = static_cast<std::uint8_t>((1u << packing_.countBits) - 1);
         const std::uint64_t records = (std::uint64_t{1} << packing_.recordBits) - 1;
@@ -286,7 +317,7 @@ private:
     Entry entryAt(std::size_t i) const
     {
         const std::uint64_t value =
-            loadEntry(p_ + kHead + i * packing_.entryBytes, packing_.entryBytes);
+            entryBits(p_, kHead + i * packing_.entryBytes, packing_.entryBytes);
         const std::uint32_t mask = (1u << packing_.countBits) - 1;
         Entry entry;
         entry.record =
@@ -296,22 +327,6 @@ private:
             static_cast<std::uint32_t>(value >> (packing_.recordBits + packing_.countBits)) & mask;
         entry.stored = length_ - entry.before - entry.pads;
         return entry;
-    }
-
-    /// Compares the wanted key with one whose first `same` bytes it has; moves `same` on to the
-    /// first difference, and says which way that goes.
-    int compare(const std::uint8_t* stored, const Entry& entry, std::uint32_t& same) const
-    {
-        const std::uint32_t end = entry.before + entry.stored;
-        for (std::uint32_t at = entry.before; at < length_; ++at) {
-            const std::uint8_t theirs = at < end ? stored[at - entry.before] : pad_;
-            if (theirs != key_[at]) {
-                same = at;
-                return theirs < key_[at] ? -1 : 1;
-            }
-        }
-        same = length_;
-        return 0;
     }
 
     /// False when the place is behind the last entry, or the leaf is not sound.
@@ -330,7 +345,8 @@ private:
             if (place_ > 0 && next_.before > match)
                 continue;
             std::uint32_t same = 0;
-            const int by = compare(p_ + end, next_, same);
+            const int by =
+                sought_.compare(p_ + end, next_.before, next_.before + next_.stored, same);
             if (by > 0 || (by == 0 && next_.record > record_)) {
                 matchNext_ = same;
                 return findLowest(end);
@@ -394,6 +410,7 @@ private:
     std::uint8_t pad_;
     const std::uint8_t* key_;
     std::uint32_t record_;
+    SoughtKey sought_;
     std::size_t count_;
     Packing packing_{};
     std::size_t lowest_ = 0;                         // behind the entries
