@@ -10,7 +10,7 @@ namespace velnor::jet {
 namespace {
 
 constexpr std::size_t kBlockBytes = 1u << 20;
-constexpr std::size_t kReadBytes = 2u << 20;        // for all blocks of the file together
+constexpr std::size_t kReadBytes = 1u << 20;        // for all blocks of the file together
 constexpr std::size_t kLeastReadBytes = 16u << 10;  // for one
 constexpr std::size_t kLengthBytes = 2;
 constexpr std::size_t kPlaceBytes = 4;

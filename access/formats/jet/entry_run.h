@@ -18,7 +18,7 @@ namespace velnor::jet {
 class EntryRun {
 public:
     /// `mostInMemory`: bytes of closed blocks.
-    explicit EntryRun(PageSpace& space, std::size_t mostInMemory = 3u << 20)
+    explicit EntryRun(PageSpace& space, std::size_t mostInMemory = 3u << 19)
         : space_(&space), mostInMemory_(mostInMemory)
     {
     }

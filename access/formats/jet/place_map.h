@@ -1,7 +1,9 @@
 // access/formats/jet/place_map.h - where the records of a table stand after it was copied.
 //
 // Both tables have their records in the same order, and the pages of the copy are filled one after
-// the other without holes. So a page needs a few words only, however many records are on it.
+// the other without holes. So a page needs a few words only, however many records are on it: the
+// places are asked for in the order of each index, all over the map, which should stay in the
+// processor's cache.
 #pragma once
 
 #include <bitset>
@@ -28,11 +30,12 @@ public:
 
 private:
     static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+    using Slots = std::bitset<256>;
     struct OldPage {
-        std::bitset<256> slots;
-        std::uint32_t first = 0;    // number of its first record in the copy
-        std::uint32_t newPage = 0;  // that record's place in newPages_
-        bool dense = true;          // no slot in front of a record is empty
+        std::uint32_t first = 0;       // number of its first record in the copy
+        std::uint32_t newPage = 0;     // that record's place in newPages_
+        std::uint32_t sparse = kNone;  // in sparse_, when a slot in front of a record is empty
+        std::uint32_t records = 0;
     };
     struct NewPage {
         PageNumber number = 0;
@@ -40,6 +43,7 @@ private:
     };
     std::vector<std::uint32_t> placeOfPage_;  // in oldPages_, by page number
     std::vector<OldPage> oldPages_;
+    std::vector<Slots> sparse_;  // the slots that have a record
     std::vector<NewPage> newPages_;
     std::uint32_t records_ = 0;
 };
