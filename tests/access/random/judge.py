@@ -7,7 +7,7 @@ KIND is jet, xbase, paradox, sheet or text. Every reader that is here must give 
 first field names a record. The checker of the kind must find no fault. Exit 1 and words when one does not agree.
 VELNOR_TOOLS is the folder of the checkers.
 """
-import csv, ctypes, io, os, shutil, subprocess, sys
+import csv, ctypes, io, json, os, shutil, subprocess, sys
 
 TOOLS = os.environ['VELNOR_TOOLS']
 sys.path.insert(0, TOOLS)
@@ -174,11 +174,44 @@ def judge_by_mdb_tools(kind, file, table, expected):
     return None if names == set(expected[1]) else 'mdb-export: other records'
 
 
+# Prints a table as JSON: names, and records as texts in the form of the dumps.
+MDB_READER = r'''
+const {default: Reader} = require('mdb-reader');
+const table = new Reader(require('fs').readFileSync(process.argv[1])).getTable(process.argv[2]);
+const second = date => new Date(Math.round(date.getTime() / 1000) * 1000).toISOString();
+const single = value => [6, 7, 8, 9].map(n => parseFloat(value.toPrecision(n))).find(v => Math.fround(v) === value);
+const columns = table.getColumns();
+const text = (value, type) =>
+    value === null || value === undefined ? '' :
+    value instanceof Date ? second(value).replace('T', ' ').replace(/\.000Z$/, '').replace(/ 00:00:00$/, '') :
+    Buffer.isBuffer(value) ? (value.length > 64 ? `[binary ${value.length} bytes]` : value.toString('hex')) :
+    typeof value === 'boolean' ? (value ? 'True' : 'False') :
+    type === 'repid' ? `{${value.toUpperCase()}}` :
+    type === 'float' ? String(single(value)) : String(value);
+console.log(JSON.stringify({
+    names: columns.map(c => c.name),
+    rows: table.getData().map(row => columns.map(c => text(row[c.name], c.type)))}));
+'''
+
+
+def judge_by_mdb_reader(kind, file, table, expected):
+    """the npm package mdb-reader, where node finds it (NODE_PATH)"""
+    if kind != 'jet' or not shutil.which('node') or output_of(['node', '-e', 'require("mdb-reader")'])[0]:
+        return None
+    status, out, err = output_of(['node', '-e', MDB_READER, file, table])
+    if status:
+        return 'mdb-reader: ' + err[-600:]
+    made = json.loads(out)
+    text = io.StringIO(newline='')
+    csv.writer(text).writerows([made['names']] + made['rows'])
+    return compare('mdb-reader', text.getvalue(), expected)
+
+
 def main(argv):
     kind, file, table, expected_path = argv[1:5]
     with open(expected_path, encoding='utf-8', newline='') as f:
         expected = rows_of(f.read())
-    for judge in (judge_by_checker, judge_by_pxlib, judge_by_csv_reader, judge_by_mdb_tools, judge_by_perl, judge_by_python_dbf):
+    for judge in (judge_by_checker, judge_by_pxlib, judge_by_csv_reader, judge_by_mdb_tools, judge_by_mdb_reader, judge_by_perl, judge_by_python_dbf):
         said = judge(kind, file, table, expected)
         if said:
             print(said)
