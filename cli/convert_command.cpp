@@ -350,7 +350,7 @@ int run(Context& context, const Arguments& arguments)
         return showMapping(context, target, layout, {rows, fields}, arguments.has("--json"));
     Database to = openTarget(context, target);
     if (!hasTable(context, to, target))
-        makeTable(to, target, layout);
+        makeTargetTable(context, to, target, layout);
     else if (!arguments.has("--add"))
         throw EngineError(EngineErrorNumber::TableAlreadyExists,
                           "Table '" + target.source.table + "' already exists.");

@@ -41,7 +41,7 @@ int run(Context& context, const Arguments& arguments)
         throw UsageError("a TABLE name is needed");
     Database database = openTarget(context, target);
     if (!layout.fields.empty())
-        makeTable(database, target, layout);
+        makeTargetTable(context, database, target, layout);
     database.Close();
     if (arguments.has("--json"))
         ResultJson()

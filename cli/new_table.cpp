@@ -94,4 +94,18 @@ void makeTable(Database& database, const Target& target, const TableLayout& layo
     database.TableDefs().Append(std::move(table));
 }
 
+void makeTargetTable(Context& context, Database& database, const Target& target,
+                     const TableLayout& layout)
+{
+    try {
+        makeTable(database, target, layout);
+    } catch (const EngineError&) {
+        if (!target.fileExists && !isTableFile(target.source.kind)) {
+            database.Close();
+            context.files.remove(target.source.path);
+        }
+        throw;
+    }
+}
+
 }  // namespace velnor::cli

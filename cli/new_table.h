@@ -24,5 +24,9 @@ Database openTarget(Context& context, Target& target);
 bool hasTable(Context& context, Database& database, const Target& target);
 /// Makes a table with its fields and indexes, through the engine's steps.
 void makeTable(Database& database, const Target& target, const TableLayout& layout);
+/// The same in a target that openTarget opened: a file that was made for the table goes with it
+/// when the table cannot be made.
+void makeTargetTable(Context& context, Database& database, const Target& target,
+                     const TableLayout& layout);
 
 }  // namespace velnor::cli

@@ -79,6 +79,18 @@ def test_diff_tells_what_differs(folder):
     cli("diff", a, b, "--key", "NOPE", ok=False)
 
 
+def test_a_file_for_a_table_that_cannot_be_made_is_not_left_behind(folder):
+    a = table(folder)
+    for name, wrong in (("n.wk4", "T"), ("n.xls", "a/b"), ("n.mdb", "a.b")):
+        new, there = os.path.join(folder, name), os.path.join(folder, "there." + name)
+        cli("convert", a, there, "--table", "Right")
+        for path in (new, there):
+            _, err = cli("convert", a, path, "--table", wrong, ok=False)
+            assert err.startswith("Error - 3125 - "), err
+            cli("create", path, wrong, "--field", "A:Text:5", ok=False)
+        assert not os.path.exists(new) and len(cli("tables", there)[0].splitlines()) == 1
+
+
 def test_delete_table(folder):
     a, mdb = table(folder), os.path.join(folder, "c.mdb")
     cli("convert", a, mdb, "--table", "ONE")
