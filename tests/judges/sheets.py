@@ -56,6 +56,7 @@ def of_csv(path):
 class Judge:
     """Gives the cells of the sheets of a file, in their order; None when it cannot read the file."""
     kinds = ("xls", "wk4")
+    crops = False  # gives no rows above and no columns left of the first cell
 
     def __init__(self, folder):
         self.folder = folder
@@ -92,7 +93,7 @@ class Xlrd(Judge):
 
 
 class Gnumeric(Judge):
-    name = "Gnumeric"
+    name, crops = "Gnumeric", True
 
     def there(self, _):
         return shutil.which("ssconvert")
@@ -118,13 +119,14 @@ class LibreOffice(Judge):
         made = glob.glob(os.path.join(out, "*.csv"))
         if done.returncode or not made:
             return None
-        return {re.sub(r"^.*?-", "", os.path.basename(p)[:-4], count=1): of_csv(p) for p in made}
+        base = os.path.splitext(os.path.basename(path))[0]
+        return {os.path.basename(p)[len(base) + 1:-4]: of_csv(p) for p in made}
 
     def doubts(self, kind, value, read):
         if kind != "wk4":
             return False
-        # It does not know that code, and gives a moment as its day, since these files have no format for both.
-        return not value.isascii() or bool(read and read.isdigit() and read == value.split(".")[0])
+        # It does not know that code, and gives a moment as a day, since these files have no format for both.
+        return not value.isascii() or bool(read and read.isdigit() and abs(float(value) - int(read)) < 1)
 
 
 class SheetJs(Judge):
@@ -163,12 +165,16 @@ class Bench:
         self.disagreed += 1
         print("%s: %s: %s" % (judge.name, what, text))
 
-    def one_sheet(self, judge, sheets, ours, kind, what):
-        """One sheet of a judge has all of our cells."""
+    def one_sheet(self, judge, sheets, ours, every, kind, what):
+        """One sheet of a judge has all of our cells; `every` has also those that were there before."""
         sheets = list(sheets.values()) if isinstance(sheets, dict) else sheets
+        if judge.crops:
+            top, left = min(p[0] for p in every), min(p[1] for p in every)
+            ours = {(p[0] - top, p[1] - left): v for p, v in ours.items()}
         wrong = None
         for sheet in sheets:
-            wrong = [(p, v, sheet.get(p)) for p, v in ours.items() if sheet.get(p) != v and not judge.doubts(kind, v, sheet.get(p))]
+            wrong = [(p, v, sheet.get(p)) for p, v in ours.items()
+                     if sheet.get(p) != v and not judge.doubts(kind, v, sheet.get(p))]
             if not wrong:
                 self.agreed[judge.name] += 1
                 return
@@ -184,7 +190,7 @@ class Bench:
                 if sheets is None:
                     self.tell(judge, what, "cannot read it")
                 else:
-                    self.one_sheet(judge, sheets, ours, kind, what)
+                    self.one_sheet(judge, sheets, ours, ours, kind, what)
 
     def added(self, path, what):
         """Records of the first table that can take them are added to it again."""
@@ -198,11 +204,12 @@ class Bench:
             was = self.cells(copy, table)
             if not self.velnor("copy", some, copy, table, "--yes")[0]:
                 continue
-            fresh = {p: v for p, v in self.cells(copy, table).items() if p not in was}
+            every = self.cells(copy, table)
+            fresh = {p: v for p, v in every.items() if p not in was}
             if fresh:
-                return self.compare(before, copy, fresh, what)
+                return self.compare(before, copy, fresh, every, what)
 
-    def compare(self, before, copy, fresh, what):
+    def compare(self, before, copy, fresh, every, what):
         kind = copy.rsplit(".", 1)[1]
         for judge in self.judges:
             old = before[judge.name]
@@ -217,7 +224,7 @@ class Bench:
             if lost:
                 self.tell(judge, what, "%d old cells changed, first %r" % (len(lost), lost[0]))
             else:
-                self.one_sheet(judge, new, fresh, kind, what)
+                self.one_sheet(judge, new, fresh, every, kind, what)
 
 
 def source(path, rows, texts):
@@ -226,15 +233,15 @@ def source(path, rows, texts):
         out.writerow(["NAME", "DAY", "MOMENT", "AMOUNT", "QTY", "NOTE"])
         for i in range(rows):
             day = "%d-%02d-%02d" % (1950 + i % 100, i % 12 + 1, i % 28 + 1)
-            out.writerow(["%s %d" % (texts[i % len(texts)], i), day, "%s %02d:%02d:%02d" % (day, i % 23 + 1, i % 60, i % 59),
-                          "%.2f" % (i * 1.25 - 300), i - 50, "" if i % 3 else 'a, "b"'])
+            moment = "%s %02d:%02d:%02d" % (day, i % 23 + 1, i % 60, i % 59)
+            out.writerow(["%s %d" % (texts[i % len(texts)], i), day, moment, "%.2f" % (i * 1.25 - 300), i - 50, "" if i % 3 else 'a, "b"'])
     return path
 
 
 def new_files(bench, folder):
     given = os.path.join(folder, "source.csv")
-    for name, words, texts in (("new.xls", [], ["Ärzte", "€ Ж 漢", "x" * 9000]), ("new5.xls", ["--as", "excel95"], ["Ärzte"]),
-                               ("new.wk4", [], ["Ärzte", "Ж"])):
+    for name, words, texts in (("new.xls", [], ["Ärzte", "€ Ж 漢", "x" * 9000]),
+                               ("new5.xls", ["--as", "excel95"], ["Ärzte"]), ("new.wk4", [], ["Ärzte", "Ж"])):
         path, mark = os.path.join(folder, name), "$" if name.endswith("xls") else ":"
         source(given, 500, texts)
         for table in ("First", "Second"):
