@@ -48,6 +48,11 @@ def plain(value):
         return text.replace("\r\n", "\n")
 
 
+def plain_lotus(text):
+    """Other characters, and line ends, have a code of these files that most programs do not know."""
+    return text.isascii() and text.isprintable()
+
+
 def of_csv(path):
     with open(path, encoding="utf-8", errors="replace", newline="") as f:
         return {(r, c): plain(v) for r, row in enumerate(csv.reader(f)) for c, v in enumerate(row) if v != ""}
@@ -126,7 +131,7 @@ class LibreOffice(Judge):
         if kind != "wk4":
             return False
         # It does not know that code, and gives a moment as a day, since these files have no format for both.
-        return not value.isascii() or bool(read and read.isdigit() and abs(float(value) - int(read)) < 1)
+        return not plain_lotus(value) or bool(read and read.isdigit() and abs(float(value) - int(read)) < 1)
 
 
 class SheetJs(Judge):
@@ -144,7 +149,7 @@ class SheetJs(Judge):
                 for cells in json.loads(done.stdout).values()]
 
     def doubts(self, kind, value, read):
-        return kind == "wk4" and (not value.isascii() or value.startswith("-") or value == "0")
+        return kind == "wk4" and (not plain_lotus(value) or value.startswith("-") or value == "0")
 
 
 class Bench:
