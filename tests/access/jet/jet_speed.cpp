@@ -82,6 +82,7 @@ public:
                     indexed / plain);
         seek();
         ordinals();
+        change();
         std::filesystem::remove(native_);
     }
 
@@ -182,6 +183,35 @@ private:
             std::printf("Jet %d  %d seeks %-12s   %7.3f s  %.0f a second\n", version_, found, by,
                         seconds, kSeeks / seconds);
         }
+    }
+
+    /// A value that is in an index changes, then records go.
+    void change()
+    {
+        const auto store = open();
+        const auto writer = store->writer("T");
+        std::vector<RowId> rows;
+        {
+            const auto cursor = store->cursor("T", std::nullopt);
+            for (bool on = cursor->first(); on; on = cursor->next())
+                rows.push_back(cursor->row());
+        }
+        const auto timed = [&](const char* what, std::size_t every, auto act) {
+            const Stopwatch watch;
+            std::size_t done = 0;
+            for (std::size_t i = 0; i < rows.size(); i += every) {
+                act(rows[i], i);
+                if (++done % 16 == 0)
+                    store->breathe(kMostPendingBytes);
+            }
+            store->commit();
+            std::printf("Jet %d  %zu records %-14s %7.3f s\n", version_, done, what, watch.seconds());
+        };
+        timed("changed", 10, [&](RowId row, std::size_t i) {
+            const FieldChange change{2, ValueView::real(static_cast<double>(i))};
+            writer->update(row, {&change, 1});
+        });
+        timed("deleted", 10, [&](RowId row, std::size_t) { writer->remove(row); });
     }
 
     void ordinals()
